@@ -1,0 +1,54 @@
+// A spatializer profile of a tuning document.
+#pragma once
+
+#include <ormel/ParameterValues.h>
+
+namespace ormel {
+
+/** A profile and the parameters that hold for all of its endpoints. */
+class Profile : public ParameterValues {
+  public:
+    static const std::set<Parameter>& kValidParams;
+
+    /** The graphic-equalizer preset of the same number starts out selected. */
+    Profile(int profileId, std::string name, bool mobility);
+
+    /** Restores a stored profile, which starts clean. */
+    Profile(long long id, int profileId, std::string name, bool mobility);
+
+    int64_t getId() const override { return mId; }
+    const std::set<Parameter>& getValidParams() const override;
+
+    int getProfileId() const { return mProfileId; }
+    std::string getName() const { return mName; }
+
+    /** Renames the profile and marks it dirty. */
+    void setName(std::string name);
+
+    bool isMobility() const { return mMobility; }
+
+    /** Unlike the other setters, leaves the dirty flag alone. */
+    void setMobility(bool mobility) { mMobility = mobility; }
+
+    int getSelectedGeqPreset() const { return mSelectedGeqPreset; }
+
+    /** Selects a graphic-equalizer preset and marks the profile dirty. */
+    void setSelectedGeqPreset(int presetId);
+
+    /** Whether profile id and all values are equal; nothing else counts. */
+    bool equals(const Profile& other) const;
+
+    /**
+     * The fields, one "name=value" line each, then every valid parameter. Parameters that were
+     * never set get an empty list, which stays.
+     */
+    std::string toString();
+
+  private:
+    int mProfileId;
+    std::string mName;
+    bool mMobility;
+    int mSelectedGeqPreset;
+};
+
+}  // namespace ormel
