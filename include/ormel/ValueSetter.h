@@ -1,0 +1,207 @@
+// The readers of a tuning document's parameter elements, and their registry.
+#pragma once
+
+#include <ormel/ParameterValues.h>
+#include <ormel/TagIterator.h>
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ormel {
+
+/**
+ * Reads the parameter elements of one name into a tuning object.
+ *
+ * A setter keeps nothing between calls, so one object serves every document; set() may run on
+ * several threads at once, on different objects and iterators. Setters never fail: what is missing
+ * reads as empty text, and that as 0 or as an empty row.
+ */
+class ValueSetter {
+  public:
+    virtual ~ValueSetter() = default;
+
+    /** Name of the elements that this setter reads. */
+    virtual std::string getNodeName() const { return mNodeName; }
+
+    /**
+     * Reads the element under the cursor of @p iterator and stores every parameter that it feeds
+     * into @p values. The cursor ends where it was.
+     */
+    virtual void set(ParameterValues& values, TagIterator& iterator) const = 0;
+
+    /** The parameters that this setter feeds, in the order in which it stores them. */
+    const std::vector<Parameter>& getParams() const { return mParams; }
+
+  protected:
+    ValueSetter(std::string nodeName, std::vector<Parameter> params);
+    ValueSetter(const ValueSetter&) = default;
+    ValueSetter(ValueSetter&&) = default;
+    ValueSetter& operator=(const ValueSetter&) = default;
+    ValueSetter& operator=(ValueSetter&&) = default;
+
+    std::string mNodeName;
+    std::vector<Parameter> mParams;
+};
+
+/** Stores the element's "value" attribute: a number, or 1 for "true" and 0 for "false". */
+class SimpleValueSetter : public ValueSetter {
+  public:
+    SimpleValueSetter(std::string nodeName, Parameter param);
+    void set(ParameterValues& values, TagIterator& iterator) const override;
+};
+
+/** Stores the row of numbers in the element's first attribute, whatever its name. */
+class RowDataValueSetter : public ValueSetter {
+  public:
+    RowDataValueSetter(std::string nodeName, Parameter param);
+    void set(ParameterValues& values, TagIterator& iterator) const override;
+};
+
+/** As RowDataValueSetter, but an empty row is stored as a single 0. */
+class DrcRowDataValueSetter : public RowDataValueSetter {
+  public:
+    using RowDataValueSetter::RowDataValueSetter;
+    void set(ParameterValues& values, TagIterator& iterator) const override;
+};
+
+/** Stores the rows of a matrix, which are the element's grandchildren, one after another. */
+class MixMatrixValueSetter : public ValueSetter {
+  public:
+    MixMatrixValueSetter(std::string nodeName, Parameter param);
+    void set(ParameterValues& values, TagIterator& iterator) const override;
+};
+
+/** Stores the number of every attribute of the element, in document order. */
+class VirtualBassSubgainValueSetter : public ValueSetter {
+  public:
+    VirtualBassSubgainValueSetter(std::string nodeName, Parameter param);
+    void set(ParameterValues& values, TagIterator& iterator) const override;
+};
+
+/** Base of the setters that read attributes by name, each into the parameter at its place. */
+class NamedAttributesValueSetter : public ValueSetter {
+  protected:
+    NamedAttributesValueSetter(std::string nodeName, std::vector<Parameter> params,
+                               std::vector<std::string> attrNames);
+
+    std::vector<std::string> mAttrNames;
+};
+
+/** Stores the two ends of a frequency range, each an attribute of the element. */
+class VirtualBassValueSetter : public NamedAttributesValueSetter {
+  public:
+    static constexpr std::array<const char*, 2> kAttrNames = {"frequency_low", "frequency_high"};
+
+    VirtualBassValueSetter(std::string nodeName, std::vector<Parameter> params);
+    void set(ParameterValues& values, TagIterator& iterator) const override;
+};
+
+/** Base of the setters that store a preset's bands, which lie three levels below the element. */
+class PresetBandsValueSetter : public NamedAttributesValueSetter {
+  public:
+    void set(ParameterValues& values, TagIterator& iterator) const override;
+
+  protected:
+    /** @param bandName name that every band must bear; empty if any name will do */
+    PresetBandsValueSetter(std::string nodeName, std::vector<Parameter> params,
+                           std::vector<std::string> attrNames, std::string bandName);
+
+  private:
+    std::string mBandName;
+};
+
+/**
+ * Stores the bands of an intelligent-equalizer preset. The first element among them that is no
+ * "band_ieq" ends them with the message "No attribute band_ieq was found!" (info, tag
+ * "ValueSetter").
+ */
+class IeqValueSetter : public PresetBandsValueSetter {
+  public:
+    static constexpr std::array<const char*, 2> kAttrNames = {"frequency", "target"};
+
+    IeqValueSetter(std::string nodeName, std::vector<Parameter> params);
+};
+
+/** Stores the bands of a graphic-equalizer preset, whatever their name. */
+class GeqValueSetter : public PresetBandsValueSetter {
+  public:
+    static constexpr std::array<const char*, 2> kAttrNames = {"frequency", "gain"};
+
+    GeqValueSetter(std::string nodeName, std::vector<Parameter> params);
+};
+
+/** Base of the setters that store bands, which are the element's children, column by column. */
+class BandColumnsValueSetter : public NamedAttributesValueSetter {
+  public:
+    void set(ParameterValues& values, TagIterator& iterator) const override;
+
+  protected:
+    using NamedAttributesValueSetter::NamedAttributesValueSetter;
+
+    /** The number that an attribute's text stands for in its column. */
+    virtual int readColumn(size_t column, const std::string& text) const;
+};
+
+/** Stores the bands of the audio optimizer. */
+class AudioOptimizerValueSetter : public BandColumnsValueSetter {
+  public:
+    static constexpr std::array<const char*, 5> kAttrNames = {
+            "frequency", "gain_left", "gain_right", "gain_left_surround", "gain_right_surround"};
+
+    AudioOptimizerValueSetter(std::string nodeName, std::vector<Parameter> params);
+};
+
+/** Stores the bands of the regulator. Their last column is 1 for exactly "true", else 0. */
+class RegulatorTuningValueSetter : public BandColumnsValueSetter {
+  public:
+    static constexpr std::array<const char*, 4> kAttrNames = {"frequency", "threshold_low",
+                                                              "threshold_high", "isolated_band"};
+
+    RegulatorTuningValueSetter(std::string nodeName, std::vector<Parameter> params);
+
+  protected:
+    int readColumn(size_t column, const std::string& text) const override;
+};
+
+/**
+ * The registry of setters by element name.
+ *
+ * Lookups insert, so lookups on one collection must not run at the same time.
+ */
+class SetterCollection {
+  public:
+    /** The process's 91 setters, by address in table order. Never destroyed. */
+    static const std::set<ValueSetter*>& kAllValueSetters;
+
+    SetterCollection();
+
+    /**
+     * The setter of an element name, null for any other name. Such a name is remembered, so the
+     * collection grows by every new name that it is asked for.
+     */
+    ValueSetter* getValueSetter(std::string_view name);
+
+  private:
+    std::map<std::string, ValueSetter*, std::less<>> mSetters;
+};
+
+/** The readings that setters and the document parser share. The cursor ends where it was. */
+class NodeParseUtils {
+  public:
+    /** The "value" attribute: 1 for "true", 0 for "false", else a number; 0 for a non-element. */
+    static int parseValue(TagIterator& iterator);
+
+    /** The row of numbers in the first attribute, whatever its name; empty without attributes. */
+    static std::vector<int> parseDataRow(TagIterator& iterator);
+
+    /** The rows on the children of the first child element, one after another. */
+    static std::vector<int> parseMixMatrix(TagIterator& iterator);
+};
+
+}  // namespace ormel

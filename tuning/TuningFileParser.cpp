@@ -1,0 +1,372 @@
+#define LOG_TAG "TuningFileParser"
+
+#include <ormel/TuningFileParser.h>
+
+#include <log/log.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace ormel {
+
+namespace {
+
+/** Made on first use, which may be before this file's static initialisation. */
+SetterCollection& setterCollection() {
+    static auto& collection = *new SetterCollection;
+    return collection;
+}
+
+bool hasPrefix(const std::string& version, std::string_view prefix) {
+    return version.compare(0, prefix.size(), prefix) == 0;
+}
+
+/**
+ * Whether the version's first characters sort below those of @p prefix. Versions are compared as
+ * bytes: "3.10.0" is below "3.4.", and an absent version is below everything.
+ */
+bool isBelow(const std::string& version, std::string_view prefix) {
+    return version.compare(0, prefix.size(), prefix) < 0;
+}
+
+/** Reads attributes of the current node by name; those that are not there are empty. */
+std::vector<std::string> readAttributes(TagIterator& iterator,
+                                        const std::vector<std::string>& names) {
+    std::vector<std::string> texts(names.size());
+    iterator.parseNodeWithName(names, texts);
+    return texts;
+}
+
+std::string readAttribute(TagIterator& iterator, const std::string& name) {
+    return readAttributes(iterator, {name}).front();
+}
+
+Endpoint profileEndpointFromId(const std::string& id) {
+    if (id == kEndpointNames[ENDPOINT_HEADPHONE]) {
+        return ENDPOINT_HEADPHONE;
+    }
+    return id == kEndpointNames[ENDPOINT_SPEAKER] ? ENDPOINT_SPEAKER : ENDPOINT_OTHER;
+}
+
+Endpoint tuningEndpointFromType(const std::string& type) {
+    if (type == kEndpointNames[ENDPOINT_HEADPHONE]) {
+        return ENDPOINT_HEADPHONE;
+    }
+    return type == kEndpointNames[ENDPOINT_OTHER] ? ENDPOINT_OTHER : ENDPOINT_SPEAKER;
+}
+
+template <typename Object>
+void insertAll(std::vector<Object>& objects, std::set<Object*>& pointers) {
+    for (Object& object : objects) {
+        pointers.insert(&object);
+    }
+}
+
+}  // namespace
+
+SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection();
+
+int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
+    if (mIterator.init(path, fromMemory) != 0) {
+        return -EINVAL;
+    }
+    mDocuments.emplace_back();
+    parseTuningFile();
+    // The tree is the bulk of the memory, and nothing below needs it.
+    mIterator.clearAll();
+    collectObjects();
+    fillDeviceData();
+    return 0;
+}
+
+void TuningFileParser::parseTuningFile() {
+    // Two passes, so that versions and settings are known before anything depends on them.
+    mIterator.pushNode();
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        const std::string name = mIterator.getNodeName();
+        if (name == "tool_version") {
+            mToolVersion = parseVersion();
+        } else if (name == "authorized_technologies") {
+            parseAuthorizedTechnologies();
+        } else if (name == "format_version") {
+            mFormatVersion = parseVersion();
+            ALOGD("xml version: %s", mFormatVersion.c_str());
+        }
+    }
+    mIterator.popNode();
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        const std::string name = mIterator.getNodeName();
+        if (name == "profile") {
+            parseProfile();
+        } else if (name == "preset") {
+            parsePreset();
+        } else if (name == "tuning") {
+            parseTuning();
+        }
+    }
+    mParsed = true;
+}
+
+std::string TuningFileParser::parseVersion() {
+    const auto parts = readAttributes(mIterator, {"major", "minor", "maintenance"});
+    return parts[0] + "." + parts[1] + "." + parts[2];
+}
+
+void TuningFileParser::parseAuthorizedTechnologies() {
+    if (hasPrefix(mFormatVersion, "3.2.")) {
+        mVirtualBassProcess = 2;
+        return;
+    }
+    mIterator.pushNode();
+    mIterator.childrenNext();
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        if (mIterator.getNodeName() == "global_setting") {
+            parseGlobalSetting();
+        }
+    }
+    mIterator.popNode();
+}
+
+void TuningFileParser::parseGlobalSetting() {
+    constexpr char kCaller[] = "parseAuthorizedTechnologies";
+    for (const std::string& name : mIterator.getAttrsName()) {
+        const std::string text = readAttribute(mIterator, name);
+        if (name == "device_name") {
+            mDeviceName = text;
+            ALOGD("%s, mDeviceName = %s", kCaller, mDeviceName.c_str());
+        } else if (name == "device_index") {
+            mDeviceIndex = string2Int(text);
+            ALOGD("%s, mDeviceIndex = %d", kCaller, mDeviceIndex);
+        } else if (name == "tuning_version") {
+            mTuningVersion = string2Int(text);
+            ALOGD("%s, mTuningVersion = %d", kCaller, mTuningVersion);
+        } else if (name == "virtual_bass_process") {
+            mVirtualBassProcess = string2Int(text);
+        } else if (name == "altivo_game_system_gain") {
+            mGameSystemGain = string2Int(text);
+        }
+    }
+}
+
+bool TuningFileParser::presetsAreNamed() const {
+    return hasPrefix(mFormatVersion, "3.2.") || hasPrefix(mFormatVersion, "3.3.0");
+}
+
+int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
+    for (size_t id = 0; id < kIeqPresetCount; ++id) {
+        if (name == kIeqPresetNames[id]) {
+            return static_cast<int>(id);
+        }
+    }
+    ALOGE("name is invalid, %d", 313);
+    return 0;
+}
+
+void TuningFileParser::parsePreset() {
+    const auto attributes = readAttributes(mIterator, {"id", "name", "type"});
+    const std::string& id = attributes[0];
+    const std::string& type = attributes[2];
+    Objects& objects = mDocuments.back();
+    if (type == "ieq") {
+        const int presetId = presetsAreNamed() ? getIeqPresetIdByName(id) : string2Int(id);
+        IeqPreset preset(presetId, presetsAreNamed() ? kIeqPresetNames[presetId] : attributes[1]);
+        readParameter("ieq", preset);
+        objects.ieqPresets.push_back(std::move(preset));
+    } else if (type == "geq") {
+        GeqPreset preset(string2Int(id));
+        readParameter("geq", preset);
+        objects.geqPresets.push_back(std::move(preset));
+    }
+}
+
+bool TuningFileParser::readParameter(const std::string& name, ParameterValues& values) {
+    const ValueSetter* const setter = setterCollection().getValueSetter(name);
+    if (setter == nullptr) {
+        return false;
+    }
+    setter->set(values, mIterator);
+    return true;
+}
+
+void TuningFileParser::parseProfile() {
+    ++mProfileCount;
+    const bool isFormat32 = hasPrefix(mFormatVersion, "3.2.");
+    const int defaultIeqPresetId = isFormat32 ? parseProfileInclude() : 0;
+
+    mIterator.pushNode();
+    const auto attributes = readAttributes(mIterator, {"id", "name", "group"});
+    const int id = string2Int(attributes[0]);
+    const std::string& name = attributes[1];
+    const bool mobility = !isFormat32 && attributes[2] == "mobility";
+    mIterator.childrenNext();
+    mProfileNames[id] = name;
+    Profile profile(id, name, mobility);
+
+    // The two IEQ settings are the endpoints', and reach those that come after them.
+    int ieqEnable = 0;
+    int ieqAmount = 0;
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        const std::string child = mIterator.getNodeName();
+        if (child == "ieq-enable") {
+            ieqEnable = NodeParseUtils::parseValue(mIterator);
+        } else if (child == "ieq-amount") {
+            ieqAmount = NodeParseUtils::parseValue(mIterator);
+        } else if (!readParameter(child, profile) && child == "endpoint_type") {
+            parseProfileEndpoint(id, ieqEnable, ieqAmount, defaultIeqPresetId);
+        }
+    }
+    mIterator.popNode();
+
+    if (isFormat32) {
+        profile.set(REVERB_SUPPRESSION_ENABLE, {0});
+        profile.set(REVERB_SUPPRESSION_AMOUNT, {0});
+    }
+    if (isBelow(mFormatVersion, "3.4.")) {
+        profile.set(HEADPHONE_VIRTUALIZER_MODE, {1});
+    }
+    mDocuments.back().profiles.push_back(std::move(profile));
+}
+
+int TuningFileParser::parseProfileInclude() {
+    ALOGD("%s(): parse the ieq preset", "parseProfile");
+    mIterator.pushNode();
+    mIterator.childrenNext();
+    mIterator.next();
+    mIterator.next();
+    std::string presetName;
+    if (mIterator.getNodeName() == "include") {
+        presetName = readAttribute(mIterator, "preset");
+    }
+    mIterator.popNode();
+    return getIeqPresetIdByName(presetName);
+}
+
+void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ieqAmount,
+                                            int defaultIeqPresetId) {
+    mIterator.pushNode();
+    const std::string id = readAttribute(mIterator, "id");
+    int ieqPresetId = defaultIeqPresetId;
+    if (!hasPrefix(mFormatVersion, "3.2.")) {
+        ALOGD("%s(): %s, parse the include ieq preset", __func__, id.c_str());
+        ieqPresetId = parseEndpointInclude(defaultIeqPresetId);
+    }
+    ProfileEndpoint endpoint(profileId, profileEndpointFromId(id), ieqPresetId);
+    mIterator.childrenNext();
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        readParameter(mIterator.getNodeName(), endpoint);
+    }
+    mIterator.popNode();
+    completeProfileEndpoint(endpoint, ieqEnable, ieqAmount);
+    mDocuments.back().profileEndpoints.push_back(std::move(endpoint));
+}
+
+int TuningFileParser::parseEndpointInclude(int defaultIeqPresetId) {
+    int presetId = defaultIeqPresetId;
+    mIterator.pushNode();
+    mIterator.childrenNext();
+    if (mIterator.getNodeName() == "include") {
+        presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute(mIterator, "preset"))
+                                     : string2Int(readAttribute(mIterator, "ieq_preset"));
+    }
+    mIterator.popNode();
+    return presetId;
+}
+
+void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, int ieqEnable,
+                                               int ieqAmount) {
+    auto& values = endpoint.getValues();
+    if (values[MI_DIALOG_ENHANCER_STEERING_ENABLE].empty()) {
+        const std::vector<int>& dialogEnhancerEnable = values[DIALOG_ENHANCER_ENABLE];
+        if (!dialogEnhancerEnable.empty()) {
+            endpoint.set(MI_DIALOG_ENHANCER_STEERING_ENABLE, {dialogEnhancerEnable.front()});
+        }
+    }
+    if (hasPrefix(mFormatVersion, "3.2.")) {
+        endpoint.set(IEQ_ENABLE, {ieqEnable});
+        endpoint.set(IEQ_AMOUNT, {ieqAmount});
+        if (hasPrefix(mFormatVersion, "3.2.2")) {
+            endpoint.set(HEARING_PROTECTION_ENABLE, {0});
+            endpoint.set(VIRTUALIZER_START_BAND, {0});
+        }
+        endpoint.set(HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE, {4});
+    }
+    endpoint.set(VIRTUAL_BASS_TYPE, {mVirtualBassProcess});
+}
+
+void TuningFileParser::parseTuning() {
+    mIterator.pushNode();
+    const auto attributes = readAttributes(
+            mIterator, {"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
+    const std::string& name = attributes[0];
+    Tuning tuning(name, tuningEndpointFromType(attributes[1]), attributes[2] == "true");
+    tuning.set(ORIENTATION, {string2Int(attributes[3])});
+    tuning.set(OUTPUT_CHANNELS, {string2Int(attributes[4])});
+
+    mIterator.childrenNext();
+    parseDeviceTunings(name);
+    if (!mIterator.isCurValid()) {
+        // The position is not restored: a tuning without data ends the walk over the document.
+        ALOGE("There is no <data> in Tuning section");
+        return;
+    }
+    mIterator.childrenNext();
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        if (mIterator.isElementNode()) {
+            readParameter(mIterator.getNodeName(), tuning);
+        }
+    }
+    mIterator.popNode();
+
+    if (hasPrefix(mFormatVersion, "3.2.2")) {
+        tuning.set(BASS_MBDRC_ENABLE, {0});
+    }
+    if (isBelow(mFormatVersion, "3.4.")) {
+        tuning.set(SPEAKER_VIRTUALIZER_MODE, {1});
+    }
+    mDocuments.back().tunings.push_back(std::move(tuning));
+}
+
+void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        if (!mIterator.isElementNode()) {
+            continue;
+        }
+        if (mIterator.getNodeName() != "device_id") {
+            return;
+        }
+        parseDeviceTuning(tuningName);
+    }
+}
+
+void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
+    const auto attributes = readAttributes(mIterator, {"id", "endpoint_port"});
+    mDocuments.back().deviceTunings.emplace_back(attributes[0], attributes[1], tuningName);
+}
+
+void TuningFileParser::collectObjects() {
+    Objects& objects = mDocuments.back();
+    insertAll(objects.ieqPresets, mIeqPresets);
+    insertAll(objects.geqPresets, mGeqPresets);
+    insertAll(objects.profiles, mProfiles);
+    insertAll(objects.profileEndpoints, mProfileEndpoints);
+    insertAll(objects.tunings, mTunings);
+    insertAll(objects.deviceTunings, mDeviceTunings);
+}
+
+void TuningFileParser::fillDeviceData() {
+    mDeviceData = std::make_unique<DeviceData>();
+    mDeviceData->setFormatVersion(mFormatVersion);
+    mDeviceData->setToolVersion(mToolVersion);
+    mDeviceData->setDeviceName(mDeviceName);
+    mDeviceData->setDeviceIndex(mDeviceIndex);
+    mDeviceData->setTuningVersion(mTuningVersion);
+    mDeviceData->setIeqPresets(mIeqPresets);
+    mDeviceData->setGeqPresets(mGeqPresets);
+    mDeviceData->setProfiles(mProfiles);
+    mDeviceData->setProfileEndPoints(mProfileEndpoints);
+    mDeviceData->setTunings(mTunings);
+    mDeviceData->setDeviceTunings(mDeviceTunings);
+    mDeviceData->setAltivoGameSystemGain(mGameSystemGain);
+}
+
+}  // namespace ormel

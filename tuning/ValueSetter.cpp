@@ -1,0 +1,208 @@
+#define LOG_TAG "ValueSetter"
+
+#include <ormel/ValueSetter.h>
+
+#include <log/log.h>
+
+#include <utility>
+
+namespace ormel {
+
+namespace {
+
+/** Remembers an iterator's position and returns to it at the end of the scope. */
+class ScopedPosition {
+  public:
+    explicit ScopedPosition(TagIterator& iterator) : mIterator(iterator) { mIterator.pushNode(); }
+    ScopedPosition(const ScopedPosition&) = delete;
+    ScopedPosition& operator=(const ScopedPosition&) = delete;
+    ~ScopedPosition() { mIterator.popNode(); }
+
+  private:
+    TagIterator& mIterator;
+};
+
+template <typename Names>
+std::vector<std::string> toStrings(const Names& names) {
+    return {names.begin(), names.end()};
+}
+
+void appendRow(TagIterator& iterator, std::vector<int>& row) {
+    std::vector<std::string> texts;
+    iterator.parseNodeAll(texts);
+    if (!texts.empty()) {
+        string2IntVector(texts.front(), row);
+    }
+}
+
+}  // namespace
+
+int NodeParseUtils::parseValue(TagIterator& iterator) {
+    static const auto& names = *new std::vector<std::string>{"value"};
+    std::vector<std::string> texts;
+    iterator.parseNodeWithName(names, texts);
+    if (texts.empty()) {
+        return 0;
+    }
+    return texts.front() == "true" ? 1 : string2Int(texts.front());
+}
+
+std::vector<int> NodeParseUtils::parseDataRow(TagIterator& iterator) {
+    std::vector<int> row;
+    appendRow(iterator, row);
+    return row;
+}
+
+std::vector<int> NodeParseUtils::parseMixMatrix(TagIterator& iterator) {
+    std::vector<int> matrix;
+    const ScopedPosition position(iterator);
+    iterator.childrenNext();
+    if (!iterator.isChildrenValid()) {
+        return matrix;
+    }
+    iterator.childrenNext();
+    for (; iterator.isCurValid(); iterator.next()) {
+        appendRow(iterator, matrix);
+    }
+    return matrix;
+}
+
+ValueSetter::ValueSetter(std::string nodeName, std::vector<Parameter> params)
+    : mNodeName(std::move(nodeName)), mParams(std::move(params)) {}
+
+SimpleValueSetter::SimpleValueSetter(std::string nodeName, Parameter param)
+    : ValueSetter(std::move(nodeName), {param}) {}
+
+void SimpleValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+    values.set(mParams.front(), {NodeParseUtils::parseValue(iterator)});
+}
+
+RowDataValueSetter::RowDataValueSetter(std::string nodeName, Parameter param)
+    : ValueSetter(std::move(nodeName), {param}) {}
+
+void RowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+    values.set(mParams.front(), NodeParseUtils::parseDataRow(iterator));
+}
+
+void DrcRowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+    std::vector<int> row = NodeParseUtils::parseDataRow(iterator);
+    if (row.empty()) {
+        row.push_back(0);
+    }
+    values.set(mParams.front(), std::move(row));
+}
+
+MixMatrixValueSetter::MixMatrixValueSetter(std::string nodeName, Parameter param)
+    : ValueSetter(std::move(nodeName), {param}) {}
+
+void MixMatrixValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+    values.set(mParams.front(), NodeParseUtils::parseMixMatrix(iterator));
+}
+
+VirtualBassSubgainValueSetter::VirtualBassSubgainValueSetter(std::string nodeName, Parameter param)
+    : ValueSetter(std::move(nodeName), {param}) {}
+
+void VirtualBassSubgainValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+    std::vector<int> gains;
+    iterator.parseNodeIntVector(gains);
+    values.set(mParams.front(), std::move(gains));
+}
+
+NamedAttributesValueSetter::NamedAttributesValueSetter(std::string nodeName,
+                                                       std::vector<Parameter> params,
+                                                       std::vector<std::string> attrNames)
+    : ValueSetter(std::move(nodeName), std::move(params)), mAttrNames(std::move(attrNames)) {}
+
+VirtualBassValueSetter::VirtualBassValueSetter(std::string nodeName, std::vector<Parameter> params)
+    : NamedAttributesValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
+
+void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+    std::vector<std::string> texts;
+    iterator.parseNodeWithName(mAttrNames, texts);
+    for (size_t i = 0; i < texts.size(); ++i) {
+        values.set(mParams[i], {string2Int(texts[i])});
+    }
+}
+
+PresetBandsValueSetter::PresetBandsValueSetter(std::string nodeName, std::vector<Parameter> params,
+                                               std::vector<std::string> attrNames,
+                                               std::string bandName)
+    : NamedAttributesValueSetter(std::move(nodeName), std::move(params), std::move(attrNames)),
+      mBandName(std::move(bandName)) {}
+
+void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+    // Columns are gathered as text and read as rows, so that a band that lacks an attribute ends
+    // that attribute's column.
+    std::vector<std::string> columns(mAttrNames.size());
+    {
+        const ScopedPosition position(iterator);
+        iterator.childrenNext();
+        iterator.childrenNext();
+        iterator.childrenNext();
+        std::vector<std::string> texts;
+        for (; iterator.isCurValid(); iterator.next()) {
+            if (!iterator.isElementNode()) {
+                continue;
+            }
+            if (!mBandName.empty() && iterator.getNodeName() != mBandName) {
+                ALOGI("No attribute band_ieq was found!");
+                break;
+            }
+            texts.clear();
+            iterator.parseNodeWithName(mAttrNames, texts);
+            for (size_t i = 0; i < columns.size(); ++i) {
+                columns[i].append(texts[i]).append(",");
+            }
+        }
+    }
+    for (size_t i = 0; i < columns.size(); ++i) {
+        std::vector<int> numbers;
+        string2IntVector(columns[i], numbers);
+        values.set(mParams[i], std::move(numbers));
+    }
+}
+
+IeqValueSetter::IeqValueSetter(std::string nodeName, std::vector<Parameter> params)
+    : PresetBandsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames),
+                             "band_ieq") {}
+
+GeqValueSetter::GeqValueSetter(std::string nodeName, std::vector<Parameter> params)
+    : PresetBandsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames), "") {}
+
+void BandColumnsValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+    std::vector<std::vector<int>> columns(mAttrNames.size());
+    {
+        const ScopedPosition position(iterator);
+        iterator.childrenNext();
+        std::vector<std::string> texts;
+        for (; iterator.isCurValid(); iterator.next()) {
+            texts.clear();
+            iterator.parseNodeWithName(mAttrNames, texts);
+            for (size_t i = 0; i < texts.size(); ++i) {
+                columns[i].push_back(readColumn(i, texts[i]));
+            }
+        }
+    }
+    for (size_t i = 0; i < columns.size(); ++i) {
+        values.set(mParams[i], std::move(columns[i]));
+    }
+}
+
+int BandColumnsValueSetter::readColumn(size_t /* column */, const std::string& text) const {
+    return string2Int(text);
+}
+
+AudioOptimizerValueSetter::AudioOptimizerValueSetter(std::string nodeName,
+                                                     std::vector<Parameter> params)
+    : BandColumnsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
+
+RegulatorTuningValueSetter::RegulatorTuningValueSetter(std::string nodeName,
+                                                       std::vector<Parameter> params)
+    : BandColumnsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
+
+int RegulatorTuningValueSetter::readColumn(size_t column, const std::string& text) const {
+    const bool isFlag = column + 1 == kAttrNames.size();
+    return isFlag ? static_cast<int>(text == "true") : string2Int(text);
+}
+
+}  // namespace ormel
