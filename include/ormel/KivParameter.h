@@ -1,0 +1,57 @@
+// The effect's parameters and their codes on the wire.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace ormel {
+
+/** A parameter of the effect. */
+enum KivParameter : int32_t {
+#define ORMEL_KIV_PARAMETER(name, meaning) name,
+#include <ormel/KivParameters.inc>
+};
+
+/** Number of effect parameters. */
+constexpr size_t kKivParameterCount = 0
+#define ORMEL_KIV_PARAMETER(name, meaning) +1
+#include <ormel/KivParameters.inc>
+        ;
+
+/** Names by KivParameter value. Not range checked. */
+constexpr const char* kKivParameterNames[kKivParameterCount] = {
+#define ORMEL_KIV_PARAMETER(name, meaning) #name,
+#include <ormel/KivParameters.inc>
+};
+
+/** What this library feeds into each parameter, by KivParameter value. Not range checked. */
+constexpr const char* kKivParameterMeanings[kKivParameterCount] = {
+#define ORMEL_KIV_PARAMETER(name, meaning) meaning,
+#include <ormel/KivParameters.inc>
+};
+
+/**
+ * The code of a parameter name: its letters in lower case, the first one in the least significant
+ * byte. A name of no or more than four characters has code 0.
+ */
+constexpr int32_t kivCodeOfName(std::string_view name) {
+    if (name.size() > 4) {
+        return 0;
+    }
+    uint32_t code = 0;
+    for (size_t i = 0; i < name.size(); ++i) {
+        const bool upper = name[i] >= 'A' && name[i] <= 'Z';
+        const char lower = upper ? static_cast<char>(name[i] - 'A' + 'a') : name[i];
+        code |= static_cast<uint32_t>(static_cast<unsigned char>(lower)) << (8 * i);
+    }
+    return static_cast<int32_t>(code);
+}
+
+/** The code of a parameter, 0 for a number that is none. */
+constexpr int32_t kivCode(KivParameter param) {
+    const bool known = param >= 0 && param < static_cast<int32_t>(kKivParameterCount);
+    return known ? kivCodeOfName(kKivParameterNames[param]) : 0;
+}
+
+}  // namespace ormel

@@ -1,0 +1,67 @@
+// The builder of packed parameter lists.
+#pragma once
+
+#include <ormel/KivParameter.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <vector>
+
+namespace ormel {
+
+class KivEffect;
+
+/**
+ * Gathers effect parameter settings in a packed list (see SpatializerParamParser.h).
+ *
+ * Entries are appended as they come: a parameter added twice stands there twice, and no value is
+ * checked. A parameter that is none gets code 0. A command belongs to one thread.
+ */
+class SetParamCommand {
+  public:
+    /** @param profileId word 0 of the list */
+    explicit SetParamCommand(int profileId);
+    SetParamCommand(const SetParamCommand&) = default;
+    SetParamCommand(SetParamCommand&&) = default;
+    SetParamCommand& operator=(const SetParamCommand&) = default;
+    SetParamCommand& operator=(SetParamCommand&&) = default;
+
+    /**
+     * Sends the list to @p effect, its count filled in. May be called again.
+     *
+     * @return 0 without entries, when nothing is sent; else what KivEffect::send returns
+     */
+    virtual int execute(KivEffect& effect);
+
+    virtual ~SetParamCommand() = default;
+
+    /** The device (an Android output device bit) of all entries added from now on. */
+    void setDeviceId(int deviceId) { mDeviceId = deviceId; }
+
+    void add(KivParameter param, int value);
+    void add(KivParameter param, const std::vector<int>& values);
+
+    /** One entry with the values of all @p lists, one list after another. */
+    void add(KivParameter param, std::initializer_list<const std::vector<int>*> lists);
+
+    /** The same behind a leading value. */
+    void add(KivParameter param, int first, std::initializer_list<const std::vector<int>*> lists);
+
+    /** -1 until setDeviceId() is called. */
+    int32_t mDeviceId = -1;
+
+    /** Number of entries added so far. */
+    int32_t mParamCount = 0;
+
+    /**
+     * The list under construction. Word 1, its parameter count, stays 0 until execute() or the
+     * list's next owner fills it in.
+     */
+    std::vector<int32_t> mParams;
+
+  private:
+    void addEntry(KivParameter param, std::initializer_list<int> leading,
+                  std::initializer_list<const std::vector<int>*> lists);
+};
+
+}  // namespace ormel

@@ -1,0 +1,51 @@
+#include <ormel/KivEffect.h>
+#include <ormel/SetParamCommand.h>
+
+namespace ormel {
+
+static_assert(kKivParameterCount == 90 && VOL == 0 && SDFA == 89);
+static_assert(kivCode(VOL) == 0x006c6f76 && kivCode(DEON) == 0x6e6f6564,
+              "codes begin with the least significant byte");
+
+SetParamCommand::SetParamCommand(int profileId) : mParams{profileId, 0} {}
+
+int SetParamCommand::execute(KivEffect& effect) {
+    if (mParamCount == 0) {
+        return 0;
+    }
+    mParams[1] = mParamCount;
+    return effect.send(0, mParams);
+}
+
+void SetParamCommand::add(KivParameter param, int value) {
+    addEntry(param, {value}, {});
+}
+
+void SetParamCommand::add(KivParameter param, const std::vector<int>& values) {
+    addEntry(param, {}, {&values});
+}
+
+void SetParamCommand::add(KivParameter param, std::initializer_list<const std::vector<int>*> lists) {
+    addEntry(param, {}, lists);
+}
+
+void SetParamCommand::add(KivParameter param, int first,
+                          std::initializer_list<const std::vector<int>*> lists) {
+    addEntry(param, {first}, lists);
+}
+
+void SetParamCommand::addEntry(KivParameter param, std::initializer_list<int> leading,
+                               std::initializer_list<const std::vector<int>*> lists) {
+    size_t count = leading.size();
+    for (const std::vector<int>* const list : lists) {
+        count += list->size();
+    }
+    mParams.insert(mParams.end(), {mDeviceId, kivCode(param), static_cast<int32_t>(count)});
+    mParams.insert(mParams.end(), leading);
+    for (const std::vector<int>* const list : lists) {
+        mParams.insert(mParams.end(), list->begin(), list->end());
+    }
+    ++mParamCount;
+}
+
+}  // namespace ormel
