@@ -1,0 +1,190 @@
+// The process-wide store of all parameter lists.
+#pragma once
+
+#include <ormel/Parameter.h>
+#include <utils/KeyedVector.h>
+#include <utils/Mutex.h>
+#include <utils/Singleton.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ormel {
+
+class DocumentLoad;
+
+/** A spatializer profile. */
+using OrmSpatializerProfileId = int32_t;
+
+constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_COMMON = -1;
+constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_DYNAMIC = 0;
+constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_MOVIE = 1;
+constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_MUSIC = 2;
+constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_CUSTOM = 3;
+
+/**
+ * Holds the built-in lists, what the tuning document became, and the choices made since: current
+ * profile, tuning device per port, graphic-equalizer gains per profile.
+ *
+ * The process's instance is getInstance()'s, made on first use, never destroyed. Every operation
+ * but isValidTuningDevice() holds the instance's lock for its whole body and calls no other
+ * operation meanwhile, so all may be called from any thread. References that are returned point
+ * into the store and are read after the lock is released: callers must not load a document, or set
+ * the very gains that they hold, at the same time.
+ *
+ * Getters of lists insert: asking for an unknown key leaves an empty list behind, which stands for
+ * nothing to apply. Lists are packed parameter lists (SpatializerParamParser.h). Messages bear the
+ * tag "OrmSpatializerParamArray".
+ */
+class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
+  public:
+    static constexpr size_t kProfileWords = 117;
+    static constexpr size_t kCommonWords = 456;
+
+    /** The built-in lists. They never change. */
+    static const std::array<int32_t, kProfileWords> mDynamicProfileParams;
+    static const std::array<int32_t, kProfileWords> mMovieProfileParams;
+    static const std::array<int32_t, kProfileWords> mMusicProfileParams;
+    static const std::array<int32_t, kProfileWords> mCustomProfileParams;
+    static const std::array<int32_t, kCommonWords> mCommonParams;
+
+    /** The mix matrix of a speaker tuning that gives none. */
+    static const std::array<int32_t, 58> kDefaultMixMatrix;
+
+    /** Where a device keeps its tuning document. */
+    static constexpr char kDefaultTuningFile[] = "/vendor/etc/ormel/qsx-default-spatializer.xml";
+
+    /**
+     * Loads the document at kDefaultTuningFile, if there is one. Front operations use
+     * getInstance(); an instance of one's own serves to look at a document without applying it.
+     */
+    SpatializerParamArray();
+    SpatializerParamArray(const SpatializerParamArray&) = delete;
+    SpatializerParamArray& operator=(const SpatializerParamArray&) = delete;
+    ~SpatializerParamArray();
+
+    /**
+     * Copies a profile's built-in list, as many bytes as getProfileParamsSize() says; nothing for
+     * an unknown profile.
+     *
+     * @param dest room for the list
+     * @return 0, or -22 when @p dest is null
+     */
+    int getProfileParams(OrmSpatializerProfileId profile, void* dest);
+
+    /** Size of a profile's built-in list in bytes; 0 for an unknown profile. */
+    unsigned getProfileParamsSize(OrmSpatializerProfileId profile);
+
+    /** Whether the tuning document gave a list for the profile. */
+    bool isXMLProfileValid(int profile);
+
+    /** The profile's list from the tuning document. Inserts. */
+    std::vector<int32_t>& getXMLProfileParams(int profile);
+
+    /** Whether the tuning document gave a list for the tuning device. */
+    bool isXMLTuningValid(const std::string& device);
+
+    /** The tuning device's list. Inserts. */
+    std::vector<int32_t>& getXMLTuningParams(const std::string& device);
+
+    /**
+     * Room that the names of getAvailableTuningDevices() take in a character buffer, closing zero
+     * included; 0 when there are none or the port is none.
+     */
+    int getAvailableTuningDevicesLen(int port);
+
+    /** The names of the port's tuning devices in ascending order, one blank between them. */
+    std::string getAvailableTuningDevices(int port);
+
+    /** The tuning device in use on a port; inserts an empty name for an unknown port. */
+    std::string getSelectedTuningDevice(int port);
+
+    /**
+     * Puts a tuning device in use on a port.
+     *
+     * @return 0; -22 for a number that is no port; -22 with "setSelectedTuningDevice():
+     *         tuningDevice D is not available for port P." (error) for a device that is not the
+     *         port's
+     */
+    int setSelectedTuningDevice(int port, const std::string& device);
+
+    /**
+     * Whether a tuning device is available on a port. Takes no lock: call it where no document is
+     * being loaded.
+     */
+    bool isValidTuningDevice(int port, const std::string& device) const;
+
+    /** The graphic-equalizer gains of a profile. Inserts. */
+    std::vector<int32_t>& getProfileGeqGains(OrmSpatializerProfileId profile);
+
+    void setProfileGeqGains(OrmSpatializerProfileId profile, const std::vector<int32_t>& gains);
+
+    /**
+     * The mix matrix of a tuning device. For an unknown one says "getXMLTuningMixMatrix(): no mix
+     * matrix found with tuning device D" (warning) and returns one empty list, the same each time.
+     */
+    const std::vector<int32_t>& getXMLTuningMixMatrix(const std::string& device);
+
+    /**
+     * Adds a tuning document to the store.
+     *
+     * A document that cannot be read leaves everything as it was and says "Spatializer Tuning XML
+     * parses error!" (error). Of profiles with one id the first list stands, of tuning devices with
+     * one name the last; all of them count. A tuning device whose tuning the document lacks is
+     * passed over with a warning. A supported port whose selected tuning device is not available
+     * keeps it, with "loadSpatializerXMLFile() default tuningDevice D is not available for port P."
+     * (error).
+     *
+     * @param path path of the document
+     */
+    void loadSpatializerXMLFile(const std::string& path);
+
+    /** The profile last applied; movie at first. */
+    OrmSpatializerProfileId getCurrentProfile();
+    void setCurrentProfile(OrmSpatializerProfileId profile);
+
+    /** Number of device tunings that were stored. */
+    int32_t getTuningCount();
+
+    /** Number of document profiles met, repeated ids included. */
+    int32_t getTuningProfileCount();
+
+    /** Output channels of the internal speaker's tuning; 2 without one. */
+    int32_t getOutputChannelCount();
+
+    /** Number of values that the effect's current output mode is read back with. */
+    int32_t getMixMatrixCapacity() const { return mMixMatrixCapacity.load(); }
+
+  private:
+    friend class DocumentLoad;
+
+    void registerBuiltInLists();
+
+    android::DefaultKeyedVector<OrmSpatializerProfileId, const int32_t*> mProfileParams;
+    android::DefaultKeyedVector<OrmSpatializerProfileId, unsigned> mProfileParamsSizes;
+    android::Mutex mLock;
+    OrmSpatializerProfileId mCurrentProfile = ORM_SPATIALIZER_PROFILE_MOVIE;
+    std::map<int32_t, std::vector<int32_t>> mXMLProfileParams;
+    int32_t mTuningProfileCount = 0;
+    std::map<std::string, std::vector<int32_t>> mXMLTuningParams;
+    int32_t mTuningCount = 0;
+    int32_t mOutputChannelCount = 2;
+    /** Port name by tuning device name. */
+    std::map<std::string, std::string> mAvailableTuningDevices;
+    std::map<int32_t, std::string> mSelectedTuningDevices;
+    std::map<int32_t, std::vector<int32_t>> mProfileGeqGains;
+    std::map<std::string, std::vector<int32_t>> mMixMatrices;
+    std::atomic<int32_t> mMixMatrixCapacity;
+};
+
+/** The ports that a tuning device can be selected for, in ascending order. */
+inline constexpr std::array kSupportedPorts = {PORT_INTERNAL_SPEAKER, PORT_HEADPHONE,
+                                               PORT_BLUETOOTH, PORT_USB};
+
+}  // namespace ormel

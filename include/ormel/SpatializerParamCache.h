@@ -1,0 +1,101 @@
+// The front of the library: what the effect calls.
+#pragma once
+
+#include <ormel/IEffectOrm.h>
+#include <ormel/SpatializerParamArray.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace ormel {
+
+/**
+ * Applies profiles, tunings and graphic-equalizer gains to an effect.
+ *
+ * A cache has no state, so any number may be made; they all work on the SpatializerParamArray of
+ * the process. The first operation makes that, and so reads the tuning document: seconds must not
+ * hang on it, and it must not be on a real-time thread. No operation is atomic as a whole, so the
+ * effect serialises its calls. The effect must be valid during the call; it is called back on the
+ * same thread, with no lock held.
+ *
+ * Statuses are 0, -22 for an invalid argument or list, or what the effect's commit returned. Only
+ * commits count: what setEffectParam() returns is not looked at. Messages bear the tag
+ * "OrmSpatializerParamCache".
+ */
+class SpatializerParamCache {
+  public:
+    /**
+     * Makes @p profile the current one and applies its list from the tuning document, then commits.
+     *
+     * Entries go to the effect unchanged and in order, except these:
+     * - virtual bass enable (`vbon`) is left out when the document gave no device tunings;
+     * - graphic-equalizer bands (`gebs`) get the current profile's gains, and are left out unless
+     *   they are 20 bands;
+     * - the speaker's output mode (`dom`) gets the mix matrix of the internal speaker's selected
+     *   tuning device, when there are device tunings and more than two output channels;
+     * - for the maker's own content, other entries are left out unless the shared store says that
+     *   they belong to the device processing.
+     *
+     * @param isOrmelContent whether the content is the maker's own; the built-in common list and
+     *                       the profile's built-in list are then applied as well, each committed
+     * @return 0 when the document does not define the profile; the commit's status; or -22 with
+     *         "setProfile() Invalid data for setting parameter values." (error), and then nothing
+     *         built-in is applied
+     */
+    int32_t setProfile(OrmSpatializerProfileId profile, IEffectOrm* effect, bool isOrmelContent);
+
+    /**
+     * Applies a profile's built-in list and commits; an unknown profile has none and is refused
+     * with "setOrmelContentProfile() Invalid data for profile parameter values." (error).
+     *
+     * With device tunings and more than two output channels, the speaker's built-in output mode is
+     * left out ("setOrmelContentProfile(): Hardcoded dom parameter values skipped", debug): the
+     * effect's own is switched on instead, if it is readable and off.
+     */
+    void setOrmelContentProfile(OrmSpatializerProfileId profile, IEffectOrm* effect);
+
+    /**
+     * Applies the selected tuning device of every supported port, in ascending order of ports.
+     *
+     * @return the status of the last port's
+     */
+    int32_t loadTuning(IEffectOrm* effect);
+
+    /**
+     * Applies a tuning device's list, every entry unchanged, and commits.
+     *
+     * @return the commit's status; -22 for an unknown device or a malformed list
+     */
+    int32_t loadTuningDevice(const std::string& device, IEffectOrm* effect);
+
+    /**
+     * Selects a tuning device for a port and applies it. On the internal speaker, with more than
+     * two output channels, the effect's speaker output mode gets the device's mix matrix first.
+     *
+     * @return 0 when the device is selected already, and nothing is done; -22 for a number that is
+     *         no port and for a device that is not available on the port; else the commit's status
+     */
+    int32_t setSelectedTuningDevice(int port, const std::string& device, IEffectOrm* effect);
+
+    /**
+     * Stores the current profile's graphic-equalizer gains and applies them. All of them are
+     * stored; the first 20 reach the effect, in its own gain units.
+     *
+     * @return the commit's status; or -22 with "setProfileGeqGains(): could not get proper GEQ
+     *         parameters!" (error) when the effect does not have 20 bands to give; the gains stay
+     *         stored
+     */
+    int32_t setProfileGeqGains(const std::vector<int32_t>& gains, IEffectOrm* effect);
+
+    /** The current profile's graphic-equalizer gains; empty when none were given or set. */
+    std::vector<int32_t>& getProfileGeqGains();
+
+    /** Whether the tuning document gave any device tunings. */
+    bool isTuningAvailable();
+
+    /** Whether a tuning device can be selected for the port. */
+    bool isValidPort(int port);
+};
+
+}  // namespace ormel

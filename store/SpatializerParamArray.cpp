@@ -1,0 +1,179 @@
+#define LOG_TAG "OrmSpatializerParamArray"
+
+#include <ormel/SpatializerParamArray.h>
+
+#include <log/log.h>
+
+#include <cerrno>
+#include <cstring>
+
+ANDROID_SINGLETON_STATIC_INSTANCE(ormel::SpatializerParamArray)
+
+namespace ormel {
+
+using android::Mutex;
+
+SpatializerParamArray::SpatializerParamArray()
+    : mProfileParams(nullptr),
+      mProfileParamsSizes(0),
+      mMixMatrixCapacity(static_cast<int32_t>(2 + kDefaultMixMatrix.size())) {
+    registerBuiltInLists();
+    for (const Port port : kSupportedPorts) {
+        mSelectedTuningDevices.emplace(port, std::string("default_") + kPortNames[port]);
+    }
+    loadSpatializerXMLFile(kDefaultTuningFile);
+}
+
+SpatializerParamArray::~SpatializerParamArray() = default;
+
+void SpatializerParamArray::registerBuiltInLists() {
+    const auto add = [this](OrmSpatializerProfileId profile, const auto& list) {
+        mProfileParams.add(profile, list.data());
+        mProfileParamsSizes.add(profile, static_cast<unsigned>(list.size() * sizeof(int32_t)));
+    };
+    add(ORM_SPATIALIZER_PROFILE_DYNAMIC, mDynamicProfileParams);
+    add(ORM_SPATIALIZER_PROFILE_MOVIE, mMovieProfileParams);
+    add(ORM_SPATIALIZER_PROFILE_MUSIC, mMusicProfileParams);
+    add(ORM_SPATIALIZER_PROFILE_CUSTOM, mCustomProfileParams);
+    add(ORM_SPATIALIZER_PROFILE_COMMON, mCommonParams);
+}
+
+int SpatializerParamArray::getProfileParams(OrmSpatializerProfileId profile, void* dest) {
+    ALOGD("%s(profile = %d)", __func__, profile);
+    const Mutex::Autolock lock(mLock);
+    if (dest == nullptr) {
+        return -EINVAL;
+    }
+    if (const int32_t* const list = mProfileParams.valueFor(profile); list != nullptr) {
+        std::memcpy(dest, list, mProfileParamsSizes.valueFor(profile));
+    }
+    return 0;
+}
+
+unsigned SpatializerParamArray::getProfileParamsSize(OrmSpatializerProfileId profile) {
+    const Mutex::Autolock lock(mLock);
+    return mProfileParamsSizes.valueFor(profile);
+}
+
+bool SpatializerParamArray::isXMLProfileValid(int profile) {
+    const Mutex::Autolock lock(mLock);
+    return mXMLProfileParams.count(profile) > 0;
+}
+
+std::vector<int32_t>& SpatializerParamArray::getXMLProfileParams(int profile) {
+    const Mutex::Autolock lock(mLock);
+    ALOGD("%s(profile = %d)", __func__, profile);
+    return mXMLProfileParams[profile];
+}
+
+bool SpatializerParamArray::isXMLTuningValid(const std::string& device) {
+    const Mutex::Autolock lock(mLock);
+    return mXMLTuningParams.count(device) > 0;
+}
+
+std::vector<int32_t>& SpatializerParamArray::getXMLTuningParams(const std::string& device) {
+    const Mutex::Autolock lock(mLock);
+    ALOGD("%s(device = %s)", __func__, device.c_str());
+    return mXMLTuningParams[device];
+}
+
+int SpatializerParamArray::getAvailableTuningDevicesLen(int port) {
+    const Mutex::Autolock lock(mLock);
+    size_t length = 0;
+    for (const auto& [device, portOfDevice] : mAvailableTuningDevices) {
+        if (isValidTuningDevice(port, device)) {
+            length += device.size() + 1;
+        }
+    }
+    return static_cast<int>(length);
+}
+
+std::string SpatializerParamArray::getAvailableTuningDevices(int port) {
+    const Mutex::Autolock lock(mLock);
+    std::string names;
+    for (const auto& [device, portOfDevice] : mAvailableTuningDevices) {
+        if (!isValidTuningDevice(port, device)) {
+            continue;
+        }
+        if (!names.empty()) {
+            names += ' ';
+        }
+        names += device;
+    }
+    return names;
+}
+
+std::string SpatializerParamArray::getSelectedTuningDevice(int port) {
+    const Mutex::Autolock lock(mLock);
+    return mSelectedTuningDevices[port];
+}
+
+int SpatializerParamArray::setSelectedTuningDevice(int port, const std::string& device) {
+    const Mutex::Autolock lock(mLock);
+    const char* const name = portName(port);
+    if (name == nullptr) {
+        return -EINVAL;
+    }
+    ALOGD("%s(port=%s, device=%s)", __func__, name, device.c_str());
+    if (!isValidTuningDevice(port, device)) {
+        ALOGE("%s(): tuningDevice %s is not available for port %s.", __func__, device.c_str(), name);
+        return -EINVAL;
+    }
+    mSelectedTuningDevices[port] = device;
+    return 0;
+}
+
+bool SpatializerParamArray::isValidTuningDevice(int port, const std::string& device) const {
+    const char* const name = portName(port);
+    const auto found = mAvailableTuningDevices.find(device);
+    return name != nullptr && found != mAvailableTuningDevices.end() && found->second == name;
+}
+
+std::vector<int32_t>& SpatializerParamArray::getProfileGeqGains(OrmSpatializerProfileId profile) {
+    const Mutex::Autolock lock(mLock);
+    return mProfileGeqGains[profile];
+}
+
+void SpatializerParamArray::setProfileGeqGains(OrmSpatializerProfileId profile,
+                                               const std::vector<int32_t>& gains) {
+    const Mutex::Autolock lock(mLock);
+    mProfileGeqGains[profile] = gains;
+}
+
+const std::vector<int32_t>& SpatializerParamArray::getXMLTuningMixMatrix(const std::string& device) {
+    static const auto& kNoMatrix = *new std::vector<int32_t>;
+    const Mutex::Autolock lock(mLock);
+    const auto found = mMixMatrices.find(device);
+    if (found == mMixMatrices.end()) {
+        ALOGW("%s(): no mix matrix found with tuning device %s", __func__, device.c_str());
+        return kNoMatrix;
+    }
+    return found->second;
+}
+
+OrmSpatializerProfileId SpatializerParamArray::getCurrentProfile() {
+    const Mutex::Autolock lock(mLock);
+    return mCurrentProfile;
+}
+
+void SpatializerParamArray::setCurrentProfile(OrmSpatializerProfileId profile) {
+    const Mutex::Autolock lock(mLock);
+    mCurrentProfile = profile;
+}
+
+int32_t SpatializerParamArray::getTuningCount() {
+    const Mutex::Autolock lock(mLock);
+    return mTuningCount;
+}
+
+int32_t SpatializerParamArray::getTuningProfileCount() {
+    const Mutex::Autolock lock(mLock);
+    return mTuningProfileCount;
+}
+
+int32_t SpatializerParamArray::getOutputChannelCount() {
+    const Mutex::Autolock lock(mLock);
+    return mOutputChannelCount;
+}
+
+}  // namespace ormel
