@@ -5,6 +5,7 @@
 #include <log/log.h>
 #include <ormel/TuningFileParser.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace ormel {
@@ -24,12 +25,6 @@ int firstOr0(const std::vector<int>& values) {
     return values.empty() ? 0 : values.front();
 }
 
-/** The list that a command has built, its parameter count filled in. */
-std::vector<int32_t> takeList(SetParamCommand& command) {
-    command.mParams[1] = command.mParamCount;
-    return std::move(command.mParams);
-}
-
 }  // namespace
 
 void SpatializerParamArray::loadSpatializerXMLFile(const std::string& path) {
@@ -40,11 +35,16 @@ void SpatializerParamArray::loadSpatializerXMLFile(const std::string& path) {
         ALOGE("Spatializer Tuning XML parses error!");
         return;
     }
-    DocumentLoad(*this, *parser.getDeviceData()).run();
+    DocumentLoad load(*this, *parser.getDeviceData());
+    if (!load.build()) {
+        ALOGE("Spatializer Tuning XML parses error!");
+        return;
+    }
+    load.commit();
 }
 
 DocumentLoad::DocumentLoad(SpatializerParamArray& array, const DeviceData& document)
-    : mArray(array), mDocument(document) {
+    : mArray(array), mDocument(document), mOutputChannelCount(array.mOutputChannelCount) {
     for (Tuning* const tuning : document.getTunings()) {
         mTunings.emplace(tuning->getName(), tuning);
     }
@@ -59,15 +59,43 @@ DocumentLoad::DocumentLoad(SpatializerParamArray& array, const DeviceData& docum
     }
 }
 
-void DocumentLoad::run() {
+bool DocumentLoad::build() {
     readInternalSpeakerTuning();
-    for (Profile* const profile : mDocument.getProfiles()) {
-        loadProfile(*profile);
+    const auto& profiles = mDocument.getProfiles();
+    const auto& deviceTunings = mDocument.getDeviceTunings();
+    const bool fits =
+            std::all_of(profiles.begin(), profiles.end(),
+                        [this](Profile* profile) { return loadProfile(*profile); }) &&
+            std::all_of(deviceTunings.begin(), deviceTunings.end(),
+                        [this](const DeviceTuning* tuning) { return loadDeviceTuning(*tuning); });
+    if (!fits) {
+        ALOGE("The lists take more than %zu words", kMaxWords);
     }
-    for (const DeviceTuning* const deviceTuning : mDocument.getDeviceTunings()) {
-        loadDeviceTuning(*deviceTuning);
+    return fits;
+}
+
+void DocumentLoad::commit() {
+    mArray.mOutputChannelCount = mOutputChannelCount;
+    mArray.mTuningProfileCount += mProfileCount;
+    mArray.mXMLProfileParams.merge(mProfileLists);
+    mArray.mProfileGeqGains.merge(mGeqGains);
+    for (TuningDevice& device : mTuningDevices) {
+        mArray.mXMLTuningParams[device.name] = std::move(device.list);
+        mArray.mMixMatrices[device.name] = std::move(device.mixMatrix);
+        mArray.mAvailableTuningDevices[device.name] = std::move(device.port);
+        ++mArray.mTuningCount;
     }
     reportMissingDefaults();
+}
+
+bool DocumentLoad::isTooLong(const SetParamCommand& command) const {
+    return mWords + command.mParams.size() > kMaxWords;
+}
+
+std::vector<int32_t> DocumentLoad::takeList(SetParamCommand& command) {
+    command.mParams[1] = command.mParamCount;
+    mWords += command.mParams.size();
+    return std::move(command.mParams);
 }
 
 Tuning* DocumentLoad::findTuning(const std::string& name) const {
@@ -85,7 +113,7 @@ void DocumentLoad::readInternalSpeakerTuning() {
             auto& values = tuning->getValues();
             mMixMatrix = values[OUTPUT_MIX_MATRIX];
             mVirtualBassMode = values[VIRTUAL_BASS_MODE];
-            mArray.mOutputChannelCount = firstOr0(values[OUTPUT_CHANNELS]);
+            mOutputChannelCount = firstOr0(values[OUTPUT_CHANNELS]);
         }
         break;
     }
@@ -100,35 +128,71 @@ void DocumentLoad::readInternalSpeakerTuning() {
     }
 }
 
-void DocumentLoad::loadProfile(Profile& profile) {
+bool DocumentLoad::loadProfile(Profile& profile) {
     const int id = profile.getProfileId();
     // The list goes to every device, which its header says in the place of the profile's id.
     SetParamCommand command(DEVICE_OUT_DEFAULT);
     translateForAllDevices(profile, command);
-    translateGeqPresets(id, command);
-    for (ProfileEndpoint* const endpoint : mProfileEndpoints[id]) {
+    // Of profiles with one id the first list stands. The parts of a later one are the same objects,
+    // so translating them again could tell nothing new but how many entries they come to.
+    const auto pass = mPasses.find(id);
+    const bool isRepeated =
+            pass != mPasses.end() && pass->second.hadPreset == mPresetTranslator.hasSource();
+    const int32_t entries = command.mParamCount +
+                            (isRepeated ? repeatParts(pass->second) : translateParts(id, command));
+    ALOGD("Profile %d, numParameters = %d", id, entries);
+    ++mProfileCount;
+    if (mProfileLists.count(id) == 0) {
+        mProfileLists[id] = takeList(command);
+    }
+    return mWords <= kMaxWords;
+}
+
+int32_t DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
+    const int32_t entriesBefore = command.mParamCount;
+    ProfilePass pass = {mPresetTranslator.hasSource(), 0, nullptr};
+    translateGeqPresets(profileId, command);
+    for (ProfileEndpoint* const endpoint : mProfileEndpoints[profileId]) {
+        if (isTooLong(command)) {
+            break;
+        }
+        if (selectPreset(*endpoint)) {
+            pass.lastSelecting = endpoint;
+        }
         translateEndpoint(*endpoint, command);
     }
-    ALOGD("Profile %d, numParameters = %d", id, command.mParamCount);
-    mArray.mXMLProfileParams.try_emplace(id, takeList(command));
-    ++mArray.mTuningProfileCount;
+    pass.entries = command.mParamCount - entriesBefore;
+    mPasses[profileId] = pass;
+    return pass.entries;
+}
+
+int32_t DocumentLoad::repeatParts(const ProfilePass& pass) {
+    if (pass.lastSelecting != nullptr) {
+        selectPreset(*pass.lastSelecting);
+    }
+    return pass.entries;
 }
 
 void DocumentLoad::translateGeqPresets(int profileId, SetParamCommand& command) {
     for (GeqPreset* const preset : mGeqPresets[profileId]) {
         translateForAllDevices(*preset, command);
-        mArray.mProfileGeqGains.try_emplace(profileId, preset->getValues()[GEQ_GAIN]);
+        mGeqGains.try_emplace(profileId, preset->getValues()[GEQ_GAIN]);
     }
+}
+
+bool DocumentLoad::selectPreset(const ProfileEndpoint& endpoint) {
+    const auto preset = mIeqPresets.find(endpoint.getSelectedIeqPreset());
+    if (preset == mIeqPresets.end()) {
+        // Such an endpoint goes with the preset of the one before it.
+        return false;
+    }
+    mPresetTranslator.setSource(preset->second, endpoint.getEndpoint(), false);
+    return true;
 }
 
 void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand& command) {
     endpoint.set(VIRTUAL_BASS_MODE, mVirtualBassMode);
     mEndpointTranslator.setSource(&endpoint, endpoint.getEndpoint(), false);
-    // An endpoint whose preset the document lacks goes with the preset of the one before it.
-    const auto preset = mIeqPresets.find(endpoint.getSelectedIeqPreset());
-    if (preset != mIeqPresets.end()) {
-        mPresetTranslator.setSource(preset->second, endpoint.getEndpoint(), false);
-    }
     switch (endpoint.getEndpoint()) {
         case ENDPOINT_SPEAKER:
             endpoint.set(ORIENTATION, {kSpeakerOrientation});
@@ -158,14 +222,14 @@ void DocumentLoad::translateForAllDevices(ParameterValues& values, SetParamComma
     mEndpointTranslator.translateAll(command);
 }
 
-void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
+bool DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     const std::string device = deviceTuning.getDevice();
     const std::string port = deviceTuning.getPort();
     const std::string tuningName = deviceTuning.getTuning();
     Tuning* const tuning = findTuning(tuningName);
     if (tuning == nullptr) {
         ALOGW("Tuning id(%s): no tuning %s", device.c_str(), tuningName.c_str());
-        return;
+        return true;
     }
     const Endpoint endpoint = portNameToEndpoint()[port];
     SetParamCommand command(DEVICE_OUT_DEFAULT);
@@ -177,17 +241,16 @@ void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
 
     auto& values = tuning->getValues();
     const std::vector<int>& mixMatrix = values[OUTPUT_MIX_MATRIX];
-    mArray.mXMLTuningParams[device] = takeList(command);
-    ++mArray.mTuningCount;
-    mArray.mAvailableTuningDevices[device] = port;
-    mArray.mMixMatrices[device] = mixMatrix;
     ALOGD("Tuning id(%s): endpoint %i, orientation %i, mix matrices length %zu", device.c_str(),
           endpoint, firstOr0(values[ORIENTATION]), mixMatrix.size());
+    mWords += mixMatrix.size();
+    mTuningDevices.push_back({device, port, takeList(command), mixMatrix});
+    return mWords <= kMaxWords;
 }
 
-void DocumentLoad::reportMissingDefaults() {
+void DocumentLoad::reportMissingDefaults() const {
     for (const Port port : kSupportedPorts) {
-        const std::string& device = mArray.mSelectedTuningDevices[port];
+        const std::string& device = mArray.mSelectedTuningDevices.at(port);
         if (!mArray.isValidTuningDevice(port, device)) {
             ALOGE("%s() default tuningDevice %s is not available for port %s.",
                   "loadSpatializerXMLFile", device.c_str(), kPortNames[port]);

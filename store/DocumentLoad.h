@@ -15,31 +15,65 @@ namespace ormel {
 /**
  * One load of a document into an array, whose lock the caller holds.
  *
- * The objects of the document are completed on the way, so one load uses them up.
+ * Lists are built aside, and reach the array all at once or not at all. The objects of the document
+ * are completed on the way, so one load uses them up.
  */
 class DocumentLoad {
   public:
     DocumentLoad(SpatializerParamArray& array, const DeviceData& document);
 
-    void run();
+    /**
+     * Builds the lists.
+     *
+     * @return false when they would take more than kMaxWords words, which is said as an error: a
+     *         short document can ask for that by referring to one long row many times
+     */
+    bool build();
+
+    /** Adds what was built to the array. */
+    void commit();
+
+    static constexpr size_t kMaxWords = size_t{16} << 20;
 
   private:
+    /** What a tuning device is, and what it gets. */
+    struct TuningDevice {
+        std::string name;
+        std::string port;
+        std::vector<int32_t> list;
+        std::vector<int32_t> mixMatrix;
+    };
+
+    /** What the presets and endpoints of one profile id came to. */
+    struct ProfilePass {
+        bool hadPreset;
+        int32_t entries;
+        /** The last endpoint that selected a preset, null when none did. */
+        const ProfileEndpoint* lastSelecting;
+    };
+
     void readInternalSpeakerTuning();
-    void loadProfile(Profile& profile);
+    /** This and loadDeviceTuning() return whether what was built so far fits. */
+    bool loadProfile(Profile& profile);
+    int32_t translateParts(int profileId, SetParamCommand& command);
+    int32_t repeatParts(const ProfilePass& pass);
     void translateGeqPresets(int profileId, SetParamCommand& command);
     void translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand& command);
-    void loadDeviceTuning(const DeviceTuning& deviceTuning);
-    void reportMissingDefaults();
+    bool selectPreset(const ProfileEndpoint& endpoint);
+    bool loadDeviceTuning(const DeviceTuning& deviceTuning);
+    void reportMissingDefaults() const;
 
     void translateForDevice(AndroidDevice device, SetParamCommand& command);
     void translateForAllDevices(ParameterValues& values, SetParamCommand& command);
     Tuning* findTuning(const std::string& name) const;
+    bool isTooLong(const SetParamCommand& command) const;
+    std::vector<int32_t> takeList(SetParamCommand& command);
 
     SpatializerParamArray& mArray;
     const DeviceData& mDocument;
 
-    // The document's objects by what refers to them; the first one of a key stands in document
-    // order.
+    // The document's objects by what refers to them. Of several with one key, the first in document
+    // order stands.
     std::unordered_map<std::string, Tuning*> mTunings;
     std::unordered_map<int, IeqPreset*> mIeqPresets;
     std::unordered_map<int, std::vector<GeqPreset*>> mGeqPresets;
@@ -50,6 +84,14 @@ class DocumentLoad {
 
     ParameterTranslator mPresetTranslator;
     ParameterTranslator mEndpointTranslator;
+
+    int32_t mOutputChannelCount;
+    int32_t mProfileCount = 0;
+    std::map<int32_t, std::vector<int32_t>> mProfileLists;
+    std::map<int32_t, std::vector<int32_t>> mGeqGains;
+    std::vector<TuningDevice> mTuningDevices;
+    std::unordered_map<int, ProfilePass> mPasses;
+    size_t mWords = 0;
 };
 
 }  // namespace ormel

@@ -22,43 +22,43 @@ bool isElement(const xmlNode* node) {
     return node != nullptr && node->type == XML_ELEMENT_NODE;
 }
 
-/** The text of an attribute, owned by the document where it stands there in one piece. */
-class AttributeText {
-  public:
-    AttributeText(const xmlNode* element, const xmlAttr* attribute) {
-        const xmlAttr* first = element->properties;
-        while (!xmlStrEqual(first->name, attribute->name)) {
-            first = first->next;
-        }
-        // Attributes are found by local name, so of several the first one counts.
-        const xmlNode* const content = first->children;
-        if (content == nullptr) {
-            return;
-        }
-        if (content->type == XML_TEXT_NODE && content->next == nullptr) {
-            mText = toText(content->content);
-            return;
-        }
-        mOwned.reset(xmlGetProp(element, attribute->name));
-        mText = toText(mOwned.get());
-    }
-
-    std::string_view get() const { return mText; }
-
-  private:
-    struct Deleter {
-        void operator()(xmlChar* characters) const { xmlFree(characters); }
-    };
-
-    std::unique_ptr<xmlChar, Deleter> mOwned;
-    std::string_view mText;
+struct XmlDeleter {
+    void operator()(xmlChar* characters) const { xmlFree(characters); }
 };
+using XmlText = std::unique_ptr<xmlChar, XmlDeleter>;
 
-/** Calls @p visit with the name and the text of every attribute of @p element, in document order. */
+/** Whether an attribute's text stands in the document in one piece, or is empty. */
+bool isPlain(const xmlAttr* attribute) {
+    const xmlNode* const content = attribute->children;
+    return content == nullptr || (content->type == XML_TEXT_NODE && content->next == nullptr);
+}
+
+/** Whether an element has an attribute in a namespace, whose local name may not be the only one. */
+bool hasQualifiedAttribute(const xmlNode* element) {
+    const xmlAttr* attr = element->properties;
+    while (attr != nullptr && attr->ns == nullptr) {
+        attr = attr->next;
+    }
+    return attr != nullptr;
+}
+
+/**
+ * Calls @p visit with the name and the text of every attribute of @p element, in document order.
+ * Text is what xmlGetProp finds by the local name, taken straight from the tree where that is the
+ * same.
+ */
 template <typename Visitor>
 void forEachAttribute(const xmlNode* element, Visitor visit) {
+    const bool qualified = hasQualifiedAttribute(element);
     for (const xmlAttr* attr = element->properties; attr != nullptr; attr = attr->next) {
-        visit(std::string_view(toText(attr->name)), AttributeText(element, attr).get());
+        const std::string_view name = toText(attr->name);
+        if (!qualified && isPlain(attr)) {
+            const bool empty = attr->children == nullptr;
+            visit(name, std::string_view(empty ? "" : toText(attr->children->content)));
+        } else {
+            const XmlText text(xmlGetProp(element, attr->name));
+            visit(name, std::string_view(toText(text.get())));
+        }
     }
 }
 
@@ -115,18 +115,33 @@ void TagIterator::clearAll() {
     mRoot = nullptr;
     mCurrent = nullptr;
     std::fill(mNodeStack.begin(), mNodeStack.end(), nullptr);
+    mStrayDepth = kNotStray;
+    mStraySteps = 0;
 }
 
 void TagIterator::next() {
     if (mCurrent != nullptr) {
         mCurrent = mCurrent->next;
+        countStep();
     }
 }
 
 void TagIterator::childrenNext() {
     if (isChildrenValid()) {
         mCurrent = mCurrent->children->next;
+    } else if (mCurrent != nullptr) {
+        mStrayDepth = std::min(mStrayDepth, mNodeStack.size());
     }
+}
+
+void TagIterator::countStep() {
+    if (mStrayDepth == kNotStray || ++mStraySteps < kMaxStraySteps) {
+        return;
+    }
+    if (mStraySteps == kMaxStraySteps) {
+        ALOGE("Too many steps from elements without children, %d", kMaxStraySteps);
+    }
+    mCurrent = nullptr;
 }
 
 bool TagIterator::isChildrenValid() {
@@ -147,6 +162,7 @@ bool TagIterator::isElementNode() {
 
 void TagIterator::pushNode() {
     mNodeStack.push_back(mCurrent);
+    countStep();
 }
 
 void TagIterator::popNode() {
@@ -156,6 +172,9 @@ void TagIterator::popNode() {
     }
     mCurrent = mNodeStack.back();
     mNodeStack.pop_back();
+    if (mStrayDepth != kNotStray && mNodeStack.size() < mStrayDepth) {
+        mStrayDepth = kNotStray;
+    }
 }
 
 std::string TagIterator::getNodeName() {

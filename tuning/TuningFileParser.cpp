@@ -72,6 +72,10 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     }
     mDocuments.emplace_back();
     parseTuningFile();
+    if (mIterator.isExhausted()) {
+        mDocuments.pop_back();
+        return -EINVAL;
+    }
     // The tree is the bulk of the memory, and nothing below needs it.
     mIterator.clearAll();
     collectObjects();
@@ -130,20 +134,19 @@ void TuningFileParser::parseAuthorizedTechnologies() {
 void TuningFileParser::parseGlobalSetting() {
     constexpr char kCaller[] = "parseAuthorizedTechnologies";
     for (const std::string& name : mIterator.getAttrsName()) {
-        const std::string text = readAttribute(mIterator, name);
         if (name == "device_name") {
-            mDeviceName = text;
+            mDeviceName = readAttribute(mIterator, name);
             ALOGD("%s, mDeviceName = %s", kCaller, mDeviceName.c_str());
         } else if (name == "device_index") {
-            mDeviceIndex = string2Int(text);
+            mDeviceIndex = string2Int(readAttribute(mIterator, name));
             ALOGD("%s, mDeviceIndex = %d", kCaller, mDeviceIndex);
         } else if (name == "tuning_version") {
-            mTuningVersion = string2Int(text);
+            mTuningVersion = string2Int(readAttribute(mIterator, name));
             ALOGD("%s, mTuningVersion = %d", kCaller, mTuningVersion);
         } else if (name == "virtual_bass_process") {
-            mVirtualBassProcess = string2Int(text);
+            mVirtualBassProcess = string2Int(readAttribute(mIterator, name));
         } else if (name == "altivo_game_system_gain") {
-            mGameSystemGain = string2Int(text);
+            mGameSystemGain = string2Int(readAttribute(mIterator, name));
         }
     }
 }

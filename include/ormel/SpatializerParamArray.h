@@ -134,12 +134,12 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /**
      * Adds a tuning document to the store.
      *
-     * A document that cannot be read leaves everything as it was and says "Spatializer Tuning XML
-     * parses error!" (error). Of profiles with one id the first list stands, of tuning devices with
-     * one name the last; all of them count. A tuning device whose tuning the document lacks is
-     * passed over with a warning. A supported port whose selected tuning device is not available
-     * keeps it, with "loadSpatializerXMLFile() default tuningDevice D is not available for port P."
-     * (error).
+     * A document that cannot be read, or whose lists would take more than 64 MiB, leaves everything
+     * as it was and says "Spatializer Tuning XML parses error!" (error). Of profiles with one id
+     * the first list stands, of tuning devices with one name the last; all of them count. A tuning
+     * device whose tuning the document lacks is passed over with a warning. A supported port whose
+     * selected tuning device is not available keeps it, with "loadSpatializerXMLFile() default
+     * tuningDevice D is not available for port P." (error).
      *
      * @param path path of the document
      */

@@ -1,8 +1,10 @@
 // A cursor over an XML document, and the reading of numbers from its text.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -63,7 +65,11 @@ class TagIterator {
 
     /**
      * Moves to the current node's second child node: with indentation, its first child element.
-     * With one child only, moves off the end; without children, does nothing.
+     * With one child only, moves off the end.
+     *
+     * Without children, stays. What follows then reads on from the element itself through its
+     * siblings, so a document of many such elements would be walked over and over. The steps that
+     * are made from there, until popNode() leads back out, are counted; see isExhausted().
      */
     virtual void childrenNext();
 
@@ -110,6 +116,16 @@ class TagIterator {
     /** Frees the document. The remembered positions stay on the stack, all of them off the end. */
     void clearAll();
 
+    /**
+     * Whether the walk was given up after kMaxStraySteps steps from elements without children, with
+     * "Too many steps from elements without children, 500000". The cursor is off the end then, and
+     * what was read is incomplete.
+     */
+    bool isExhausted() const { return mStraySteps >= kMaxStraySteps; }
+
+    /** Far more than a document takes that was not made to be walked for hours. */
+    static constexpr int32_t kMaxStraySteps = 500000;
+
     /** Number of live iterators. */
     static int32_t mInstanceCount;
 
@@ -118,10 +134,17 @@ class TagIterator {
         void operator()(_xmlDoc* document) const;
     };
 
+    static constexpr size_t kNotStray = std::numeric_limits<size_t>::max();
+
+    void countStep();
+
     std::unique_ptr<_xmlDoc, DocumentDeleter> mDocument;
     _xmlNode* mRoot = nullptr;
     _xmlNode* mCurrent = nullptr;
     std::deque<_xmlNode*> mNodeStack;
+    /** Depth of the stack where the cursor stayed on an element without children. */
+    size_t mStrayDepth = kNotStray;
+    int32_t mStraySteps = 0;
 };
 
 }  // namespace ormel

@@ -38,8 +38,8 @@ class TuningFileParser {
      *
      * @param path       path of the document, or its text when @p fromMemory
      * @param fromMemory says which
-     * @return 0, or -22 when the document cannot be loaded (the iterator has said why); the result
-     *         of an earlier call then stays
+     * @return 0, or -22 when the document cannot be loaded or its walk was given up (the iterator
+     * has said why); the result of an earlier call then stays
      */
     int setTuningFile(const std::string& path, bool fromMemory);
 
