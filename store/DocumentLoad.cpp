@@ -94,6 +94,7 @@ bool DocumentLoad::isTooLong(const SetParamCommand& command) const {
 
 std::vector<int32_t> DocumentLoad::takeList(SetParamCommand& command) {
     command.mParams[1] = command.mParamCount;
+    command.mParams.shrink_to_fit();
     mWords += command.mParams.size();
     return std::move(command.mParams);
 }
@@ -132,6 +133,7 @@ bool DocumentLoad::loadProfile(Profile& profile) {
     const int id = profile.getProfileId();
     // The list goes to every device, which its header says in the place of the profile's id.
     SetParamCommand command(DEVICE_OUT_DEFAULT);
+    command.mParams.reserve(mProfileListSize);
     translateForAllDevices(profile, command);
     // Of profiles with one id the first list stands. The parts of a later one are the same objects,
     // so translating them again could tell nothing new but how many entries they come to.
@@ -143,6 +145,7 @@ bool DocumentLoad::loadProfile(Profile& profile) {
     ALOGD("Profile %d, numParameters = %d", id, entries);
     ++mProfileCount;
     if (mProfileLists.count(id) == 0) {
+        mProfileListSize = command.mParams.size();
         mProfileLists[id] = takeList(command);
     }
     return mWords <= kMaxWords;
@@ -233,6 +236,7 @@ bool DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     }
     const Endpoint endpoint = portNameToEndpoint()[port];
     SetParamCommand command(DEVICE_OUT_DEFAULT);
+    command.mParams.reserve(mTuningListSize);
     command.setDeviceId(portNameToAndroidDevice()[port]);
     mEndpointTranslator.setSource(tuning, endpoint, false);
     mEndpointTranslator.translateAll(command);
@@ -243,6 +247,7 @@ bool DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     const std::vector<int>& mixMatrix = values[OUTPUT_MIX_MATRIX];
     ALOGD("Tuning id(%s): endpoint %i, orientation %i, mix matrices length %zu", device.c_str(),
           endpoint, firstOr0(values[ORIENTATION]), mixMatrix.size());
+    mTuningListSize = command.mParams.size();
     mWords += mixMatrix.size();
     mTuningDevices.push_back({device, port, takeList(command), mixMatrix});
     return mWords <= kMaxWords;

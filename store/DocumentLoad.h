@@ -92,6 +92,10 @@ class DocumentLoad {
     std::vector<TuningDevice> mTuningDevices;
     std::unordered_map<int, ProfilePass> mPasses;
     size_t mWords = 0;
+
+    // Words of the last list of either kind. The next one will hardly be longer.
+    size_t mProfileListSize = 0;
+    size_t mTuningListSize = 0;
 };
 
 }  // namespace ormel

@@ -19,51 +19,29 @@ class PackedListReader {
         mParser.mOffset = 0;
         mParser.mParamCount = 0;
         mParser.mParamIndex = 0;
-        if (!readWord(mParser.mProfileId)) {
+        if (!readWord(mParser, mParser.mProfileId)) {
             error("%s() failed to extract profile id", "begin");
             return false;
         }
-        if (!readWord(mParser.mParamCount)) {
+        if (!readWord(mParser, mParser.mParamCount)) {
             error("%s() failed to extract number of parameters", "begin");
             return false;
         }
         return true;
     }
 
-    bool next() {
-        if (mParser.mParamIndex >= mParser.mParamCount) {
-            return false;
-        }
-        const int32_t index = ++mParser.mParamIndex;
-        if (!readWord(mParser.mDeviceId)) {
-            error("%s() failed to extract device id for parameter #%d", "next", index);
-            return false;
-        }
-        if (!readWord(mParser.mParamCode)) {
-            error("%s() failed to extract parameter id for parameter #%d", "next", index);
-            return false;
-        }
-        if (!readWord(mParser.mValueCount)) {
-            error("%s() failed to extract number of values for parameter #%d", "next", index);
-            return false;
-        }
-        const int32_t at = mParser.mOffset;
-        if (!skipValues(mParser.mValueCount)) {
-            error("%s() failed to extract %d values for parameter #%d", "next", mParser.mValueCount,
-                  index);
-            return false;
-        }
-        mParser.mValues = reinterpret_cast<int32_t*>(mParser.mData + at);
-        return true;
-    }
+    bool next() { return readNext(mParser); }
 
     bool validate() {
         if (!begin()) {
             error("%s() EFFECT_PARAM_PROFILE header is incorrect.", "validate");
             return false;
         }
-        while (next()) {
+        // A copy that nobody else can see is walked in registers.
+        Parser walker = mParser;
+        while (readNext(walker)) {
         }
+        mParser = walker;
         if (mParser.mParamIndex != mParser.mParamCount) {
             error("%s() Expected %d parameters, found %d parameters.", "validate",
                   mParser.mParamCount, mParser.mParamIndex);
@@ -73,28 +51,66 @@ class PackedListReader {
     }
 
   private:
-    static constexpr int32_t kWordSize = sizeof(int32_t);
+    static constexpr uint32_t kWordSize = sizeof(int32_t);
+    /** Device id, parameter code, value count. */
+    static constexpr uint32_t kEntryHeaderWords = 3;
 
-    /** What is left of the buffer, in words; none before its start. */
-    int32_t wordsLeft() const {
-        return mParser.mOffset < 0 ? 0 : (mParser.mSize - mParser.mOffset) / kWordSize;
+    /** What is left of the buffer, in whole words; none before its start. */
+    static uint32_t wordsLeft(const Parser& at) {
+        const bool inside = at.mOffset >= 0 && at.mOffset < at.mSize;
+        return inside ? static_cast<uint32_t>(at.mSize - at.mOffset) / kWordSize : 0;
     }
 
-    bool readWord(int32_t& word) {
-        if (wordsLeft() < 1) {
+    static bool readWord(Parser& at, int32_t& word) {
+        if (wordsLeft(at) < 1) {
             return false;
         }
-        std::memcpy(&word, mParser.mData + mParser.mOffset, sizeof(word));
-        mParser.mOffset += kWordSize;
+        std::memcpy(&word, at.mData + at.mOffset, sizeof(word));
+        at.mOffset += static_cast<int32_t>(kWordSize);
         return true;
     }
 
-    /** A negative count moves backwards, wrapping at 32 bits; a positive one must fit. */
-    bool skipValues(int32_t count) {
-        if (count > wordsLeft()) {
+    bool readNext(Parser& at) const {
+        if (at.mParamIndex >= at.mParamCount) {
             return false;
         }
-        return mParser.skip(static_cast<int32_t>(static_cast<uint32_t>(count) * kWordSize));
+        ++at.mParamIndex;
+        const uint32_t words = wordsLeft(at);
+        if (words < kEntryHeaderWords) {
+            at = readShortEntry(at);
+            return false;
+        }
+        int32_t header[kEntryHeaderWords];
+        std::memcpy(header, at.mData + at.mOffset, sizeof(header));
+        const auto [deviceId, paramCode, count] = header;
+        const int32_t valuesAt = at.mOffset + static_cast<int32_t>(sizeof(header));
+        at.mDeviceId = deviceId;
+        at.mParamCode = paramCode;
+        at.mValueCount = count;
+        at.mOffset = valuesAt;
+        // A positive count must fit; a negative one moves backwards, wrapping at 32 bits.
+        if (count > 0 && static_cast<uint32_t>(count) > words - kEntryHeaderWords) {
+            error("%s() failed to extract %d values for parameter #%d", "next", count,
+                  at.mParamIndex);
+            return false;
+        }
+        at.mValues = reinterpret_cast<int32_t*>(at.mData + valuesAt);
+        at.mOffset = static_cast<int32_t>(static_cast<uint32_t>(valuesAt) +
+                                          static_cast<uint32_t>(count) * kWordSize);
+        return true;
+    }
+
+    /** Reads as much of an entry's header as there is. */
+    Parser readShortEntry(Parser at) const {
+        if (!readWord(at, at.mDeviceId)) {
+            error("%s() failed to extract device id for parameter #%d", "next", at.mParamIndex);
+        } else if (!readWord(at, at.mParamCode)) {
+            error("%s() failed to extract parameter id for parameter #%d", "next", at.mParamIndex);
+        } else {
+            error("%s() failed to extract number of values for parameter #%d", "next",
+                  at.mParamIndex);
+        }
+        return at;
     }
 
     template <typename... Args>

@@ -34,6 +34,13 @@ bool isSurroundOutput() {
     return array().getOutputChannelCount() > 2;
 }
 
+/** What decides which entries of a profile reach the effect, and how. */
+struct ProfileRules {
+    bool hasTunings;
+    bool replacesMixMatrix;
+    bool isOrmelContent;
+};
+
 /** Copies as many of @p gains as there are bands behind the frequencies. */
 void putGains(const std::vector<int32_t>& gains, GeqValues& values) {
     std::copy_n(gains.begin(), std::min(gains.size(), kGeqBands), values.begin() + kGeqGainsAt);
@@ -100,10 +107,10 @@ void pushOutputMode(const EffectParamParser& entry, IEffectOrm* effect) {
     effect->setEffectParam(entry.mDeviceId, entry.mParamCode, values.data(), entry.mValueCount);
 }
 
-void pushProfileEntry(const EffectParamParser& entry, IEffectOrm* effect, bool isOrmelContent) {
-    const bool hasTunings = array().getTuningCount() > 0;
+void pushProfileEntry(const EffectParamParser& entry, IEffectOrm* effect,
+                      const ProfileRules& rules) {
     if (entry.mParamCode == kCodeVbon) {
-        if (hasTunings) {
+        if (rules.hasTunings) {
             pushEntry(entry, effect);
         }
         return;
@@ -112,11 +119,11 @@ void pushProfileEntry(const EffectParamParser& entry, IEffectOrm* effect, bool i
         pushGeqEntry(entry, effect);
         return;
     }
-    if (hasTunings && isSpeakerOutputMode(entry) && isSurroundOutput()) {
+    if (rules.replacesMixMatrix && isSpeakerOutputMode(entry)) {
         pushOutputMode(entry, effect);
         return;
     }
-    if (!isOrmelContent ||
+    if (!rules.isOrmelContent ||
         android::Singleton<KivParamStore>::getInstance().isDeviceProcParamInProfile(
                 entry.mParamCode)) {
         pushEntry(entry, effect);
@@ -163,9 +170,11 @@ int32_t SpatializerParamCache::setProfile(OrmSpatializerProfileId profile, IEffe
             ALOGE("%s() Invalid data for setting parameter values.", __func__);
             return -EINVAL;
         }
+        const bool hasTunings = isTuningAvailable();
+        const ProfileRules rules = {hasTunings, hasTunings && isSurroundOutput(), isOrmelContent};
         parser.begin();
         while (parser.next()) {
-            pushProfileEntry(parser, effect, isOrmelContent);
+            pushProfileEntry(parser, effect, rules);
         }
         result = effect->commitEffectParams(DEVICE_OUT_DEFAULT);
     }

@@ -1,6 +1,9 @@
 #include <ormel/KivEffect.h>
 #include <ormel/SetParamCommand.h>
 
+#include <algorithm>
+#include <cstddef>
+
 namespace ormel {
 
 static_assert(kKivParameterCount == 90 && VOL == 0 && SDFA == 89);
@@ -40,10 +43,15 @@ void SetParamCommand::addEntry(KivParameter param, std::initializer_list<int> le
     for (const std::vector<int>* const list : lists) {
         count += list->size();
     }
-    mParams.insert(mParams.end(), {mDeviceId, kivCode(param), static_cast<int32_t>(count)});
-    mParams.insert(mParams.end(), leading);
+    const size_t at = mParams.size();
+    mParams.resize(at + 3 + count);
+    auto word = mParams.begin() + static_cast<ptrdiff_t>(at);
+    *word++ = mDeviceId;
+    *word++ = kivCode(param);
+    *word++ = static_cast<int32_t>(count);
+    word = std::copy(leading.begin(), leading.end(), word);
     for (const std::vector<int>* const list : lists) {
-        mParams.insert(mParams.end(), list->begin(), list->end());
+        word = std::copy(list->begin(), list->end(), word);
     }
     ++mParamCount;
 }

@@ -1,17 +1,15 @@
 // Integers as formatted stream extraction reads them, without a stream and without a locale.
 #include <ormel/TagIterator.h>
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <system_error>
 
 namespace {
 
-constexpr std::string_view kWhitespace = " \t\n\v\f\r";
-
-void skipWhitespace(std::string_view& text) {
-    const size_t start = text.find_first_not_of(kWhitespace);
-    text.remove_prefix(start == std::string_view::npos ? text.size() : start);
+bool isWhitespace(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
 /**
@@ -20,13 +18,13 @@ void skipWhitespace(std::string_view& text) {
  */
 bool extractInt(std::string_view& text, int& value) {
     value = 0;
-    skipWhitespace(text);
-    if (text.substr(0, 1) == "+" && text.substr(1, 1) != "-") {
-        text.remove_prefix(1);
+    const char* const limit = text.data() + text.size();
+    const char* begin = std::find_if_not(text.data(), limit, isWhitespace);
+    if (limit - begin > 1 && begin[0] == '+' && begin[1] != '-') {
+        ++begin;
     }
-    const char* const begin = text.data();
-    const auto [end, error] = std::from_chars(begin, begin + text.size(), value);
-    text.remove_prefix(static_cast<size_t>(end - begin));
+    const auto [end, error] = std::from_chars(begin, limit, value);
+    text.remove_prefix(static_cast<size_t>(end - text.data()));
     if (error == std::errc::result_out_of_range) {
         value = *begin == '-' ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
     }

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstddef>
-#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -188,7 +187,15 @@ class SetterCollection {
     ValueSetter* getValueSetter(std::string_view name);
 
   private:
-    std::map<std::string, ValueSetter*, std::less<>> mSetters;
+    /** Compares lengths first, since most names that are compared differ there. */
+    struct ShorterFirst {
+        using is_transparent = void;
+        bool operator()(std::string_view left, std::string_view right) const {
+            return left.size() == right.size() ? left < right : left.size() < right.size();
+        }
+    };
+
+    std::map<std::string, ValueSetter*, ShorterFirst> mSetters;
 };
 
 /** The readings that setters and the document parser share. The cursor ends where it was. */

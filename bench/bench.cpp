@@ -1,0 +1,400 @@
+// What this library adds to what cannot be saved: the XML parser's work, and the effect's calls.
+#include <android/log.h>
+#include <benchmark/benchmark.h>
+#include <kivparamstorage/KivParamStore.h>
+#include <libxml/parser.h>
+#include <malloc.h>
+#include <ormel/SpatializerParamCache.h>
+#include <ormel/TagIterator.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "Allocations.h"
+#include "BenchDocument.h"
+
+namespace ormel::bench {
+
+namespace {
+
+constexpr char kTablet[] = ORMEL_EXAMPLES "/tablet-quad.xml";
+
+[[noreturn]] void fail(const std::string& what) {
+    std::fprintf(stderr, "ormel_bench: %s\n", what.c_str());
+    std::exit(2);
+}
+
+void check(bool condition, const char* what) {
+    if (!condition) {
+        fail(std::string("the work was not done: ") + what);
+    }
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/** A tuning document in a file, and what it must become. */
+struct Document {
+    std::string name;
+    std::string path;
+    size_t size;
+    size_t profiles;
+};
+
+/** A file in the folder for temporary ones, gone with the program. */
+class TempFile {
+  public:
+    explicit TempFile(const std::string& content) {
+        const int fd = ::mkstemp(mPath.data());
+        check(fd >= 0, "temporary file");
+        ::close(fd);
+        std::ofstream(mPath, std::ios::binary) << content;
+    }
+    TempFile(const TempFile&) = delete;
+    TempFile& operator=(const TempFile&) = delete;
+    ~TempFile() { ::unlink(mPath.c_str()); }
+
+    const std::string& path() const { return mPath; }
+
+  private:
+    std::string mPath = "/tmp/ormel-bench-XXXXXX";
+};
+
+/**
+ * Keeps its parameters' values by device and code, and locks them, as an effect must that is told
+ * on one thread and processes on another.
+ */
+class KeepingEffect : public IEffectOrm {
+  public:
+    int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
+                           int32_t count) override {
+        const std::lock_guard<std::mutex> lock(mLock);
+        ++calls;
+        mValues[{device, code}].assign(values, values + count);
+        return 0;
+    }
+
+    int32_t getEffectParam(int32_t, int32_t, int32_t* values, int32_t* count) override {
+        *values = 1;
+        *count = 61;
+        return 0;
+    }
+
+    int32_t commitEffectParams(int32_t) override {
+        ++calls;
+        return 0;
+    }
+
+    using Values = std::map<std::pair<int32_t, int32_t>, std::vector<int32_t>>;
+    const Values& values() const { return mValues; }
+
+    uint32_t calls = 0;
+
+  private:
+    std::mutex mLock;
+    Values mValues;
+};
+
+/** Writes down the calls that a floor repeats. */
+class WritingEffect : public KeepingEffect {
+  public:
+    int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
+                           int32_t count) override {
+        words.insert(words.end(), {device, code, count});
+        words.insert(words.end(), values, values + count);
+        return KeepingEffect::setEffectParam(device, code, values, count);
+    }
+
+    int32_t commitEffectParams(int32_t device) override {
+        words.insert(words.end(), {device, 0, kCommit});
+        return KeepingEffect::commitEffectParams(device);
+    }
+
+    static constexpr int32_t kCommit = -1;
+    std::vector<int32_t> words;
+};
+
+void parseOnly(const std::string& path) {
+    xmlDoc* const document = xmlReadFile(path.c_str(), nullptr, 0);
+    check(document != nullptr, "parse");
+    xmlFreeDoc(document);
+}
+
+void checkLoaded(SpatializerParamArray& array, const Document& document) {
+    check(array.getTuningProfileCount() == static_cast<int32_t>(document.profiles), "profiles");
+    check(array.getTuningCount() == static_cast<int32_t>(document.profiles), "tunings");
+    const auto last = static_cast<int>(document.profiles) - 1;
+    check(array.getXMLProfileParams(last).size() > 800, "words of the last profile");
+}
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+void benchLoad(benchmark::State& state, const Document& document) {
+    for (auto _ : state) {
+        SpatializerParamArray array;
+        const auto start = Clock::now();
+        array.loadSpatializerXMLFile(document.path);
+        state.SetIterationTime(secondsSince(start));
+        checkLoaded(array, document);
+    }
+}
+
+void benchParse(benchmark::State& state, const Document& document) {
+    for (auto _ : state) {
+        const auto start = Clock::now();
+        parseOnly(document.path);
+        state.SetIterationTime(secondsSince(start));
+    }
+}
+
+/** A front operation, and the floor of making its calls. */
+struct Operation {
+    std::string name;
+    std::function<void(IEffectOrm*)> run;
+    std::vector<int32_t> words;
+    uint32_t calls = 0;
+    KeepingEffect::Values values;
+    /** The parameters that the shared store is asked about. */
+    std::vector<int32_t> questions;
+};
+
+Operation makeOperation(std::string name, std::function<void(IEffectOrm*)> run) {
+    WritingEffect effect;
+    run(&effect);
+    check(effect.calls > 90, "calls of a front operation");
+    std::vector<int32_t> words = effect.words;
+    return {std::move(name), std::move(run), std::move(words), effect.calls, effect.values(), {}};
+}
+
+/** Makes the calls that were written down, and nothing else. */
+void repeatCalls(const Operation& operation, IEffectOrm* effect) {
+    for (const int32_t code : operation.questions) {
+        benchmark::DoNotOptimize(KivParamStore::getInstance().isDeviceProcParamInProfile(code));
+    }
+    const std::vector<int32_t>& words = operation.words;
+    for (const int32_t* word = words.data(); word != words.data() + words.size();) {
+        const int32_t count = word[2];
+        if (count == WritingEffect::kCommit) {
+            effect->commitEffectParams(word[0]);
+            word += 3;
+        } else {
+            effect->setEffectParam(word[0], word[1], word + 3, count);
+            word += 3 + count;
+        }
+    }
+}
+
+template <typename Run>
+void benchCalls(benchmark::State& state, const Operation& operation, Run run) {
+    KeepingEffect once;
+    run(&once);
+    check(once.calls == operation.calls, "number of calls");
+    check(once.values() == operation.values, "words");
+    KeepingEffect effect;
+    for (auto _ : state) {
+        run(&effect);
+        benchmark::DoNotOptimize(effect.calls);
+    }
+}
+
+/** Keeps every repetition's time by benchmark name. */
+class MedianReporter : public benchmark::BenchmarkReporter {
+  public:
+    bool ReportContext(const Context&) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type == Run::RT_Iteration) {
+                const std::string& name = run.run_name.function_name;
+                mTimes[name].push_back(run.GetAdjustedRealTime());
+            }
+        }
+    }
+
+    double median(const std::string& name) {
+        std::vector<double>& times = mTimes.at(name);
+        std::sort(times.begin(), times.end());
+        return times[times.size() / 2];
+    }
+
+  private:
+    std::map<std::string, std::vector<double>> mTimes;
+};
+
+void printRow(const std::string& what, double ratio, double reach) {
+    std::printf("%-58s %8.2f %8.2f  %s\n", what.c_str(), ratio, reach,
+                ratio <= reach ? "met" : "MISSED");
+}
+
+void printHeapRows(const Document& document) {
+    resetHeapUse();
+    parseOnly(document.path);
+    const auto parsePeak = static_cast<double>(heapUse().peakBytes);
+
+    auto array = std::make_unique<SpatializerParamArray>();
+    resetHeapUse();
+    array->loadSpatializerXMLFile(document.path);
+    const HeapUse use = heapUse();
+    checkLoaded(*array, document);
+
+    size_t words = 0;
+    for (int profile = 0; profile < static_cast<int>(document.profiles); ++profile) {
+        words += array->getXMLProfileParams(profile).size();
+        words += array->getProfileGeqGains(profile).size();
+    }
+    for (const Port port : kSupportedPorts) {
+        const std::string names = array->getAvailableTuningDevices(port);
+        for (size_t at = 0; at < names.size();) {
+            const size_t end = std::min(names.find(' ', at), names.size());
+            const std::string device = names.substr(at, end - at);
+            words += array->getXMLTuningParams(device).size();
+            words += array->getXMLTuningMixMatrix(device).size();
+            at = end + 1;
+        }
+    }
+    printRow("peak heap of the load, " + document.name,
+             static_cast<double>(use.peakBytes) / parsePeak, 1.15);
+    printRow("heap kept after the load, " + document.name,
+             static_cast<double>(use.bytes) / static_cast<double>(words * sizeof(int32_t)), 2.0);
+}
+
+void printAllocationRow(const std::string& what, const std::function<void(IEffectOrm*)>& run,
+                        double reach) {
+    KeepingEffect effect;
+    run(&effect);
+    resetHeapUse();
+    run(&effect);
+    printRow("heap allocations per " + what, static_cast<double>(heapUse().allocations), reach);
+}
+
+void loadIntoStore(const std::string& path) {
+    auto& array = SpatializerParamArray::getInstance();
+    array.~SpatializerParamArray();
+    new (&array) SpatializerParamArray;
+    array.loadSpatializerXMLFile(path);
+    check(array.getTuningCount() > 0, "load");
+}
+
+std::vector<int32_t> codesOf(const std::vector<int32_t>& list) {
+    std::vector<int32_t> codes;
+    for (size_t at = 2; at < list.size(); at += 3 + static_cast<size_t>(list[at + 2])) {
+        codes.push_back(list[at + 1]);
+    }
+    return codes;
+}
+
+void ignoreXmlError(void*, const char*, ...) {}
+
+void run() {
+    __android_log_set_logger([](const __android_logger_data*, const char*) {});
+    xmlSetGenericErrorFunc(nullptr, ignoreXmlError);
+    // While an iterator lives, libxml2 stays set up, for the parse as for the load.
+    const TagIterator keepsXmlAlive;
+
+    const std::string seed = readFile(kTablet);
+    check(!seed.empty(), "reading the tablet's document");
+    std::vector<std::unique_ptr<TempFile>> files;
+    std::vector<Document> documents = {{"tablet example", kTablet, seed.size(), 4}};
+    for (const auto& [name, size] : std::map<std::string, size_t>{
+                 {"100 KB", 100'000}, {"1 MB", 1'000'000}, {"10 MB", 10'000'000}}) {
+        const std::string grown = growDocument(seed, size);
+        size_t profiles = 0;
+        for (size_t at = grown.find("</profile>"); at != std::string::npos;
+             at = grown.find("</profile>", at + 1)) {
+            ++profiles;
+        }
+        files.push_back(std::make_unique<TempFile>(grown));
+        documents.push_back({name, files.back()->path(), grown.size(), profiles});
+    }
+    for (const Document& document : documents) {
+        benchmark::RegisterBenchmark(("load " + document.name).c_str(), benchLoad, document)
+                ->UseManualTime();
+        benchmark::RegisterBenchmark(("parse " + document.name).c_str(), benchParse, document)
+                ->UseManualTime();
+    }
+
+    loadIntoStore(kTablet);
+    SpatializerParamCache cache;
+    std::vector<Operation> operations = {
+            makeOperation("setProfile",
+                          [&cache](IEffectOrm* effect) { cache.setProfile(1, effect, false); }),
+            makeOperation("setProfile, maker's own content",
+                          [&cache](IEffectOrm* effect) { cache.setProfile(1, effect, true); }),
+            makeOperation("loadTuning", [&cache](IEffectOrm* effect) { cache.loadTuning(effect); }),
+    };
+    operations[1].questions = codesOf(SpatializerParamArray::getInstance().getXMLProfileParams(1));
+    for (const Operation& operation : operations) {
+        benchmark::RegisterBenchmark(operation.name.c_str(), [&operation](benchmark::State& state) {
+            benchCalls(state, operation, operation.run);
+        });
+        benchmark::RegisterBenchmark(
+                ("calls of " + operation.name).c_str(), [&operation](benchmark::State& state) {
+                    benchCalls(state, operation, [&operation](IEffectOrm* effect) {
+                        repeatCalls(operation, effect);
+                    });
+                });
+    }
+
+    MedianReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+
+    std::printf("%-58s %8s %8s\n", "what, as a ratio to its floor", "ratio", "reach");
+    std::map<std::string, double> addedPerByte;
+    for (const Document& document : documents) {
+        const double load = reporter.median("load " + document.name);
+        const double parse = reporter.median("parse " + document.name);
+        addedPerByte[document.name] = (load - parse) / static_cast<double>(document.size);
+        printRow("whole load / parse alone, " + document.name, load / parse, 1.30);
+    }
+    printRow("added per byte, 10 MB / 100 KB", addedPerByte["10 MB"] / addedPerByte["100 KB"], 1.25);
+    for (const Document& document : documents) {
+        printHeapRows(document);
+    }
+    for (const Operation& operation : operations) {
+        printRow(operation.name + " / its calls alone",
+                 reporter.median(operation.name) / reporter.median("calls of " + operation.name),
+                 1.5);
+    }
+    for (const Operation& operation : operations) {
+        printAllocationRow(operation.name + ", four speakers", operation.run, 1);
+    }
+    loadIntoStore(ORMEL_EXAMPLES "/phone-stereo.xml");
+    printAllocationRow("setProfile, two speakers", operations[0].run, 0);
+    const std::string device = "default_internal_speaker";
+    printAllocationRow(
+            "loadTuningDevice", [&](IEffectOrm* effect) { cache.loadTuningDevice(device, effect); },
+            0);
+}
+
+}  // namespace
+
+}  // namespace ormel::bench
+
+int main(int argc, char** argv) {
+    // What is freed stays with the process, or the first to touch the pages again would pay.
+    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    ormel::bench::countXmlMemory();
+    benchmark::Initialize(&argc, argv);
+    ormel::bench::run();
+    return 0;
+}
