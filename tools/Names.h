@@ -1,0 +1,31 @@
+// The words for the library's numbers.
+#pragma once
+
+#include <ormel/Parameter.h>
+#include <ormel/SpatializerParamArray.h>
+
+#include <cstdint>
+#include <string>
+
+namespace ormel::tools {
+
+// By name, a profile by its number as well. Any other text throws std::runtime_error, which says
+// what names there are.
+OrmSpatializerProfileId profileOf(const std::string& text);
+Port portOf(const std::string& text);
+
+/** A profile's name, or its number if it has none. */
+std::string profileText(OrmSpatializerProfileId profile);
+
+/** An Android output device in words, or in hex if there are none for it. */
+std::string deviceText(int32_t device);
+
+struct CodeText {
+    std::string letters;
+    std::string meaning;
+};
+
+/** What an effect parameter's code reads as and means; a code that is none reads in hex. */
+CodeText codeText(int32_t code);
+
+}  // namespace ormel::tools

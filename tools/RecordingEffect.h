@@ -1,0 +1,44 @@
+// An effect that writes down what it is told.
+#pragma once
+
+#include <ormel/IEffectOrm.h>
+
+#include <cstdint>
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace ormel::tools {
+
+struct EffectCall {
+    enum class Kind { SET, READ, COMMIT };
+
+    Kind kind;
+    int32_t device;
+    int32_t code = 0;
+    /** What was set, or what a read answered. */
+    std::vector<int32_t> values = {};
+    int32_t status = 0;
+};
+
+/**
+ * Keeps every call in order. A read answers what was last set for exactly that device and code,
+ * committed or not, and fails with -ENOENT if nothing was.
+ */
+class RecordingEffect : public IEffectOrm {
+  public:
+    int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
+                           int32_t count) override;
+    int32_t getEffectParam(int32_t device, int32_t code, int32_t* values, int32_t* count) override;
+    int32_t commitEffectParams(int32_t device) override;
+
+    /** The calls since the last time. */
+    std::vector<EffectCall> takeCalls() { return std::exchange(mCalls, {}); }
+
+  private:
+    std::vector<EffectCall> mCalls;
+    /** What was set, by device and code. */
+    std::map<std::pair<int32_t, int32_t>, std::vector<int32_t>> mValues;
+};
+
+}  // namespace ormel::tools
