@@ -7,6 +7,7 @@ namespace ormel {
 
 namespace {
 
+/** Three matrices, each behind its layout and its number of gains; a gain of 1 is 16384. */
 constexpr std::array<int32_t, 58> kMixMatrix = {
         15,    24,                                                           //
         16384, 0,  0, 16384, 11583, 11583, 8192, 8192,  16384, 0, 0, 16384,  //
@@ -24,9 +25,6 @@ constexpr std::array<int32_t, 41> kIeqBands = {
         2250, 3000, 3750, 4688, 5813, 7125, 9000, 11250, 13875, 19688,  //
         157,  167,  218,  218,  203,  188,  192,  192,   205,   213,    //
         218,  209,  193,  159,  134,  97,   71,   22,    -90,   -283};
-
-constexpr std::array kHeadphones = {DEVICE_OUT_WIRED_HEADPHONE, DEVICE_OUT_BLUETOOTH_A2DP,
-                                    DEVICE_OUT_USB_DEVICE};
 
 constexpr size_t kProfiles = 4;
 
@@ -70,8 +68,8 @@ constexpr CommonRow kCommonAllDevicesRows[] = {{MAVE, 0},  {MSCE, 0}, {DVME, 0},
 constexpr CommonRow kCommonDeviceRows[] = {{IEA, 6},  {PLB, 0},     {DED, 2},
                                            {MVBE, 0}, {NGON, 1},    {DVLE, 0},
                                            {DVLA, 0}, {DVLI, -256}, {DVLO, -256}};
-constexpr std::array<int32_t, 3> kSpeakerMode = {1, ENDPOINT_SPEAKER, 1};
-constexpr std::array<int32_t, 3> kHeadphoneMode = {1, ENDPOINT_HEADPHONE, 2};
+constexpr std::array<int32_t, 3> kSpeakerMode = {1, ENDPOINT_SPEAKER, kSpeakerOrientation};
+constexpr std::array<int32_t, 3> kHeadphoneMode = {1, ENDPOINT_HEADPHONE, kHeadphoneOrientation};
 constexpr CommonRow kSteererDistance = {VSSD, 4};
 
 /** Lays a packed list out. */
@@ -125,7 +123,7 @@ constexpr auto layOutProfile(OrmSpatializerProfileId profile) {
     for (const ProfileRow& row : kSpeakerRows) {
         list.add(DEVICE_OUT_SPEAKER, row.param, row.values[column]);
     }
-    for (const AndroidDevice device : kHeadphones) {
+    for (const AndroidDevice device : kHeadphoneDevices) {
         for (const ProfileRow& row : kHeadphoneRows) {
             list.add(device, row.param, row.values[column]);
         }
@@ -152,7 +150,7 @@ constexpr auto layOutCommon() {
     list.putAll(kSpeakerMode);
     list.putAll(kMixMatrix);
     list.add(DEVICE_OUT_SPEAKER, kSteererDistance.param, kSteererDistance.value);
-    for (const AndroidDevice device : kHeadphones) {
+    for (const AndroidDevice device : kHeadphoneDevices) {
         layOutCommonDevice(list, device);
         list.addList(device, DOM, kHeadphoneMode);
         list.add(device, kSteererDistance.param, kSteererDistance.value);

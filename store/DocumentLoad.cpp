@@ -12,24 +12,19 @@ namespace ormel {
 
 namespace {
 
-/** The devices that a headphone endpoint is for. */
-constexpr std::array kHeadphoneDevices = {DEVICE_OUT_WIRED_HEADPHONE, DEVICE_OUT_BLUETOOTH_A2DP,
-                                          DEVICE_OUT_USB_DEVICE};
-/** How an endpoint of either kind is oriented. */
-constexpr int kSpeakerOrientation = 1;
-constexpr int kHeadphoneOrientation = 2;
+/** Words that a list gets room for ahead of its entries. */
+constexpr size_t kMaxReserve = size_t{64} << 10;
 /** Virtual bass mode of a speaker tuning that gives none. */
 constexpr int kDefaultVirtualBassMode = 3;
-
-int firstOr0(const std::vector<int>& values) {
-    return values.empty() ? 0 : values.front();
-}
 
 }  // namespace
 
 void SpatializerParamArray::loadSpatializerXMLFile(const std::string& path) {
+    // Registries and libxml2's state are the process's, whichever array it loads into.
+    static android::Mutex& loadLock = *new android::Mutex;
     ALOGD("%s(%s)", __func__, path.c_str());
     const android::Mutex::Autolock lock(mLock);
+    const android::Mutex::Autolock oneLoadAtATime(loadLock);
     TuningFileParser parser;
     if (parser.setTuningFile(path, false) != 0 || parser.getDeviceData() == nullptr) {
         ALOGE("Spatializer Tuning XML parses error!");
@@ -133,7 +128,7 @@ bool DocumentLoad::loadProfile(Profile& profile) {
     const int id = profile.getProfileId();
     // The list goes to every device, which its header says in the place of the profile's id.
     SetParamCommand command(DEVICE_OUT_DEFAULT);
-    command.mParams.reserve(mProfileListSize);
+    command.mParams.reserve(std::min(mProfileListSize, kMaxReserve));
     translateForAllDevices(profile, command);
     // Of profiles with one id the first list stands. The parts of a later one are the same objects,
     // so translating them again could tell nothing new but how many entries they come to.
@@ -144,11 +139,12 @@ bool DocumentLoad::loadProfile(Profile& profile) {
                             (isRepeated ? repeatParts(pass->second) : translateParts(id, command));
     ALOGD("Profile %d, numParameters = %d", id, entries);
     ++mProfileCount;
+    const bool fits = !isTooLong(command);
     if (mProfileLists.count(id) == 0) {
         mProfileListSize = command.mParams.size();
         mProfileLists[id] = takeList(command);
     }
-    return mWords <= kMaxWords;
+    return fits;
 }
 
 int32_t DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
@@ -236,7 +232,7 @@ bool DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     }
     const Endpoint endpoint = portNameToEndpoint()[port];
     SetParamCommand command(DEVICE_OUT_DEFAULT);
-    command.mParams.reserve(mTuningListSize);
+    command.mParams.reserve(std::min(mTuningListSize, kMaxReserve));
     command.setDeviceId(portNameToAndroidDevice()[port]);
     mEndpointTranslator.setSource(tuning, endpoint, false);
     mEndpointTranslator.translateAll(command);

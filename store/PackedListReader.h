@@ -89,14 +89,13 @@ class PackedListReader {
         at.mValueCount = count;
         at.mOffset = valuesAt;
         // A positive count must fit; a negative one moves backwards, wrapping at 32 bits.
-        if (count > 0 && static_cast<uint32_t>(count) > words - kEntryHeaderWords) {
+        const bool fits = count <= 0 || static_cast<uint32_t>(count) <= words - kEntryHeaderWords;
+        if (!fits || !at.skip(static_cast<int32_t>(static_cast<uint32_t>(count) * kWordSize))) {
             error("%s() failed to extract %d values for parameter #%d", "next", count,
                   at.mParamIndex);
             return false;
         }
         at.mValues = reinterpret_cast<int32_t*>(at.mData + valuesAt);
-        at.mOffset = static_cast<int32_t>(static_cast<uint32_t>(valuesAt) +
-                                          static_cast<uint32_t>(count) * kWordSize);
         return true;
     }
 
@@ -113,6 +112,7 @@ class PackedListReader {
         return at;
     }
 
+    /** The tag is the reader's, so the platform's macros, which know one tag a file, will not do. */
     template <typename... Args>
     void error(const char* format, Args... args) const {
         __android_log_print(ANDROID_LOG_ERROR, mLogTag, format, args...);

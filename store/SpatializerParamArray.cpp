@@ -77,13 +77,22 @@ std::vector<int32_t>& SpatializerParamArray::getXMLTuningParams(const std::strin
     return mXMLTuningParams[device];
 }
 
+std::vector<std::string> SpatializerParamArray::devicesOf(int port) const {
+    std::vector<std::string> devices;
+    const char* const name = portName(port);
+    for (const auto& [device, portOfDevice] : mAvailableTuningDevices) {
+        if (name != nullptr && portOfDevice == name) {
+            devices.push_back(device);
+        }
+    }
+    return devices;
+}
+
 int SpatializerParamArray::getAvailableTuningDevicesLen(int port) {
     const Mutex::Autolock lock(mLock);
     size_t length = 0;
-    for (const auto& [device, portOfDevice] : mAvailableTuningDevices) {
-        if (isValidTuningDevice(port, device)) {
-            length += device.size() + 1;
-        }
+    for (const std::string& device : devicesOf(port)) {
+        length += device.size() + 1;
     }
     return static_cast<int>(length);
 }
@@ -91,14 +100,10 @@ int SpatializerParamArray::getAvailableTuningDevicesLen(int port) {
 std::string SpatializerParamArray::getAvailableTuningDevices(int port) {
     const Mutex::Autolock lock(mLock);
     std::string names;
-    for (const auto& [device, portOfDevice] : mAvailableTuningDevices) {
-        if (!isValidTuningDevice(port, device)) {
-            continue;
-        }
-        if (!names.empty()) {
-            names += ' ';
-        }
-        names += device;
+    const char* separator = "";
+    for (const std::string& device : devicesOf(port)) {
+        names.append(separator).append(device);
+        separator = " ";
     }
     return names;
 }

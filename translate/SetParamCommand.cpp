@@ -13,7 +13,7 @@ static_assert(kivCode(VOL) == 0x006c6f76 && kivCode(DEON) == 0x6e6f6564,
 SetParamCommand::SetParamCommand(int profileId) : mParams{profileId, 0} {}
 
 int SetParamCommand::execute(KivEffect& effect) {
-    if (mParamCount == 0) {
+    if (mParamCount == 0 || mParams.size() < 2) {
         return 0;
     }
     mParams[1] = mParamCount;
@@ -39,11 +39,15 @@ void SetParamCommand::add(KivParameter param, int first,
 
 void SetParamCommand::addEntry(KivParameter param, std::initializer_list<int> leading,
                                std::initializer_list<const std::vector<int>*> lists) {
+    const size_t at = mParams.size();
+    // The command's own list may be among them, and grows below.
+    const auto sizeOf = [this, at](const std::vector<int>* list) {
+        return list == &mParams ? at : list->size();
+    };
     size_t count = leading.size();
     for (const std::vector<int>* const list : lists) {
-        count += list->size();
+        count += list == nullptr ? 0 : sizeOf(list);
     }
-    const size_t at = mParams.size();
     mParams.resize(at + 3 + count);
     auto word = mParams.begin() + static_cast<ptrdiff_t>(at);
     *word++ = mDeviceId;
@@ -51,7 +55,9 @@ void SetParamCommand::addEntry(KivParameter param, std::initializer_list<int> le
     *word++ = static_cast<int32_t>(count);
     word = std::copy(leading.begin(), leading.end(), word);
     for (const std::vector<int>* const list : lists) {
-        word = std::copy(list->begin(), list->end(), word);
+        if (list != nullptr) {
+            word = std::copy_n(list->begin(), sizeOf(list), word);
+        }
     }
     ++mParamCount;
 }

@@ -11,10 +11,6 @@ constexpr int kStereoChannels = 2;
 constexpr int kQuadChannels = 4;
 constexpr int kMaxDialogEnhancerAmount = 12;
 
-int firstOr0(const Values& values) {
-    return values.empty() ? 0 : values.front();
-}
-
 Values sizeOf(const Values& values) {
     return {static_cast<int>(values.size())};
 }
@@ -27,6 +23,7 @@ struct ChannelParams {
     Parameter rightSurround;
 };
 
+/** Asked before any list is read, since reading leaves empty lists in the source. */
 bool hasChannelLists(int channels) {
     return channels == kStereoChannels || channels == kQuadChannels;
 }

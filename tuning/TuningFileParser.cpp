@@ -72,10 +72,11 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     }
     mDocuments.emplace_back();
     parseTuningFile();
-    if (mIterator.isExhausted()) {
+    if (mIterator.isExhausted() || mTuningNameBytes > kMaxTuningNameBytes) {
         mDocuments.pop_back();
         return -EINVAL;
     }
+    mParsed = true;
     // The tree is the bulk of the memory, and nothing below needs it.
     mIterator.clearAll();
     collectObjects();
@@ -108,7 +109,6 @@ void TuningFileParser::parseTuningFile() {
             parseTuning();
         }
     }
-    mParsed = true;
 }
 
 std::string TuningFileParser::parseVersion() {
@@ -342,6 +342,10 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
 }
 
 void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
+    mTuningNameBytes += tuningName.size();
+    if (mTuningNameBytes > kMaxTuningNameBytes) {
+        return;
+    }
     const auto attributes = readAttributes(mIterator, {"id", "endpoint_port"});
     mDocuments.back().deviceTunings.emplace_back(attributes[0], attributes[1], tuningName);
 }

@@ -30,7 +30,10 @@ class KivEffect {
      * "sendSharedStore() Invalid data for setting parameter values." (tag "KivEffect"); nothing
      * reaches the store then.
      *
-     * @param data first byte of the list, only read
+     * A list may announce 2^31 entries and lead backwards to the same one each time, which is read
+     * that often: take lists from this library's own commands only.
+     *
+     * @param data first word of the list, aligned as one; only read
      * @param size its size in bytes
      */
     void sendSharedStore(const void* data, unsigned int size);

@@ -1,6 +1,7 @@
 // The vocabulary of a tuning: its parameters, output endpoints, ports and Android output devices.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -103,6 +104,14 @@ enum AndroidDevice : int32_t {
     /** Stands for every output device. */
     DEVICE_OUT_DEFAULT = 0x40000000,
 };
+
+/** The devices that a headphone endpoint is for, in ascending order. */
+inline constexpr std::array kHeadphoneDevices = {DEVICE_OUT_WIRED_HEADPHONE,
+                                                 DEVICE_OUT_BLUETOOTH_A2DP, DEVICE_OUT_USB_DEVICE};
+
+/** The orientation values that the effect gets with either kind of endpoint. */
+constexpr int kSpeakerOrientation = 1;
+constexpr int kHeadphoneOrientation = 2;
 
 constexpr size_t kIeqPresetCount = 4;
 

@@ -65,4 +65,9 @@ class ParameterValues {
     std::map<Parameter, std::vector<int>> mValues;
 };
 
+/** The first of a parameter's values; 0 where a value is needed and there is none. */
+inline int firstOr0(const std::vector<int>& values) {
+    return values.empty() ? 0 : values.front();
+}
+
 }  // namespace ormel

@@ -29,7 +29,8 @@ class SetParamCommand {
     /**
      * Sends the list to @p effect, its count filled in. May be called again.
      *
-     * @return 0 without entries, when nothing is sent; else what KivEffect::send returns
+     * @return 0 without entries or after the list was taken, when nothing is sent; else what
+     *         KivEffect::send returns
      */
     virtual int execute(KivEffect& effect);
 
@@ -41,7 +42,10 @@ class SetParamCommand {
     void add(KivParameter param, int value);
     void add(KivParameter param, const std::vector<int>& values);
 
-    /** One entry with the values of all @p lists, one list after another. */
+    /**
+     * One entry with the values of all @p lists, one list after another. The command's own list may
+     * be among them; null stands for no values.
+     */
     void add(KivParameter param, std::initializer_list<const std::vector<int>*> lists);
 
     /** The same behind a leading value. */

@@ -10,8 +10,6 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
-#include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -33,10 +31,10 @@ constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_CUSTOM = 3;
  * profile, tuning device per port, graphic-equalizer gains per profile.
  *
  * The process's instance is getInstance()'s, made on first use, never destroyed. Every operation
- * but isValidTuningDevice() holds the instance's lock for its whole body and calls no other
- * operation meanwhile, so all may be called from any thread. References that are returned point
- * into the store and are read after the lock is released: callers must not load a document, or set
- * the very gains that they hold, at the same time.
+ * but isValidTuningDevice() and getMixMatrixCapacity() holds the instance's lock for its whole body
+ * and calls none that locks meanwhile, so all may be called from any thread. References that are
+ * returned point into the store and are read after the lock is released: callers must not load a
+ * document, or set the very gains that they hold, at the same time.
  *
  * Getters of lists insert: asking for an unknown key leaves an empty list behind, which stands for
  * nothing to apply. Lists are packed parameter lists (SpatializerParamParser.h). Messages bear the
@@ -158,13 +156,18 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /** Output channels of the internal speaker's tuning; 2 without one. */
     int32_t getOutputChannelCount();
 
-    /** Number of values that the effect's current output mode is read back with. */
+    /**
+     * Number of values that the effect's current output mode has beside its first one, which is
+     * what it is read back with.
+     */
     int32_t getMixMatrixCapacity() const { return mMixMatrixCapacity.load(); }
 
   private:
     friend class DocumentLoad;
 
     void registerBuiltInLists();
+    /** The names of a port's tuning devices in ascending order. */
+    std::vector<std::string> devicesOf(int port) const;
 
     android::DefaultKeyedVector<OrmSpatializerProfileId, const int32_t*> mProfileParams;
     android::DefaultKeyedVector<OrmSpatializerProfileId, unsigned> mProfileParamsSizes;

@@ -14,8 +14,8 @@ namespace ormel {
  * Applies profiles, tunings and graphic-equalizer gains to an effect.
  *
  * A cache has no state, so any number may be made; they all work on the SpatializerParamArray of
- * the process. The first operation makes that, and so reads the tuning document: seconds must not
- * hang on it, and it must not be on a real-time thread. No operation is atomic as a whole, so the
+ * the process. The first operation makes that, and so reads the tuning document, which takes its
+ * time: never let it be on a real-time thread. No operation is atomic as a whole, so the
  * effect serialises its calls. The effect must be valid during the call; it is called back on the
  * same thread, with no lock held.
  *
@@ -51,14 +51,14 @@ class SpatializerParamCache {
      *
      * With device tunings and more than two output channels, the speaker's built-in output mode is
      * left out ("setOrmelContentProfile(): Hardcoded dom parameter values skipped", debug): the
-     * effect's own is switched on instead, if it is readable and off.
+     * effect's own is switched on instead, if it is readable and its first value is 0 or not given.
      */
     void setOrmelContentProfile(OrmSpatializerProfileId profile, IEffectOrm* effect);
 
     /**
      * Applies the selected tuning device of every supported port, in ascending order of ports.
      *
-     * @return the status of the last port's
+     * @return the status of the last port; those before it are not told
      */
     int32_t loadTuning(IEffectOrm* effect);
 

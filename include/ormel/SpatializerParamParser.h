@@ -42,6 +42,8 @@ class ParserBuffer {
  * per entry the device id (Android output device bits, 0x40000000 for all), the parameter code
  * (KivParameter.h), the number of values, and the values. Words behind the last entry are ignored.
  *
+ * The buffer must be aligned for int32, as the values are read in place.
+ *
  * To use: construct; validate(); begin(); then next() until it is false, reading the fields after
  * each true. Nothing is allocated, copied or locked; the list must not change meanwhile.
  *

@@ -38,8 +38,9 @@ class TuningFileParser {
      *
      * @param path       path of the document, or its text when @p fromMemory
      * @param fromMemory says which
-     * @return 0, or -22 when the document cannot be loaded or its walk was given up (the iterator
-     * has said why); the result of an earlier call then stays
+     * @return 0; or -22 when the document cannot be loaded or its walk was given up, as the iterator
+     *         has said, or when its device tunings repeat more than 16 MiB of tuning names. The
+     *         device data of an earlier call then stays
      */
     int setTuningFile(const std::string& path, bool fromMemory);
 
@@ -112,6 +113,10 @@ class TuningFileParser {
     std::set<Tuning*> mTunings;
     std::set<DeviceTuning*> mDeviceTunings;
     TagIterator mIterator;
+
+    /** Bytes of tuning names in device tunings, each of which has one of its own. */
+    size_t mTuningNameBytes = 0;
+    static constexpr size_t kMaxTuningNameBytes = size_t{16} << 20;
     /** What has been read, a document each, the last being the one that is read now. */
     std::list<Objects> mDocuments;
 };
