@@ -33,8 +33,8 @@ namespace {
 constexpr char kTablet[] = ORMEL_EXAMPLES "/tablet-quad.xml";
 
 [[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "ormel_bench: %s\n", what.c_str());
-    std::exit(2);
+    (void)std::fprintf(stderr, "ormel_bench: %s\n", what.c_str());
+    std::_Exit(2);
 }
 
 void check(bool condition, const char* what) {
@@ -149,7 +149,7 @@ double secondsSince(Clock::time_point start) {
 }
 
 void benchLoad(benchmark::State& state, const Document& document) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto iteration : state) {
         SpatializerParamArray array;
         const auto start = Clock::now();
         array.loadSpatializerXMLFile(document.path);
@@ -159,7 +159,7 @@ void benchLoad(benchmark::State& state, const Document& document) {
 }
 
 void benchParse(benchmark::State& state, const Document& document) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto iteration : state) {
         const auto start = Clock::now();
         parseOnly(document.path);
         state.SetIterationTime(secondsSince(start));
@@ -210,7 +210,7 @@ void benchCalls(benchmark::State& state, const Operation& operation, Run run) {
     check(once.calls == operation.calls, "number of calls");
     check(once.values() == operation.values, "words");
     KeepingEffect effect;
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto iteration : state) {
         run(&effect);
         benchmark::DoNotOptimize(effect.calls);
     }
@@ -302,6 +302,8 @@ std::vector<int32_t> codesOf(const std::vector<int32_t>& list) {
     return codes;
 }
 
+// libxml2 prints errors through a C-style variadic function.
+// NOLINTNEXTLINE(cert-dcl50-cpp)
 void ignoreXmlError(void*, const char*, ...) {}
 
 void run() {
@@ -391,8 +393,10 @@ void run() {
 
 int main(int argc, char** argv) {
     // What is freed stays with the process, or the first to touch the pages again would pay.
+    // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet.
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    // NOLINTEND(concurrency-mt-unsafe)
     ormel::bench::countXmlMemory();
     benchmark::Initialize(&argc, argv);
     ormel::bench::run();

@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <iomanip>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "LibraryLog.h"
@@ -67,7 +67,7 @@ SpatializerParamArray& makeEmptyStore() {
 void load(const ApplyOptions& options, SpatializerParamArray& store) {
     setLibraryLog(options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN);
     if (::access(options.file.c_str(), R_OK) != 0) {
-        throw std::runtime_error(options.file + ": " + std::strerror(errno));
+        throw std::runtime_error(options.file + ": " + std::generic_category().message(errno));
     }
     store.loadSpatializerXMLFile(options.file);
     if (hasLoadFailed()) {

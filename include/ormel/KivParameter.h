@@ -14,10 +14,10 @@ enum KivParameter : int32_t {
 };
 
 /** Number of effect parameters. */
-constexpr size_t kKivParameterCount = 0
-#define ORMEL_KIV_PARAMETER(name, meaning) +1
+constexpr size_t kKivParameterCount =
+#define ORMEL_KIV_PARAMETER(name, meaning) 1 +
 #include <ormel/KivParameters.inc>
-        ;
+        0;
 
 /** Names by KivParameter value. Not range checked. */
 constexpr const char* kKivParameterNames[kKivParameterCount] = {

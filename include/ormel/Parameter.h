@@ -17,10 +17,10 @@ enum Parameter : int32_t {
 };
 
 /** Number of tuning parameters. */
-constexpr size_t kParameterCount = 0
-#define ORMEL_PARAMETER(enumerator, name, owner) +1
+constexpr size_t kParameterCount =
+#define ORMEL_PARAMETER(enumerator, name, owner) 1 +
 #include <ormel/Parameters.inc>
-        ;
+        0;
 
 /**
  * Text names by Parameter value, in snake case. The names of a document's elements are not these

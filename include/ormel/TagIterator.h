@@ -10,8 +10,9 @@
 #include <string_view>
 #include <vector>
 
-struct _xmlDoc;
-struct _xmlNode;
+// libxml2's own names.
+struct _xmlDoc;   // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+struct _xmlNode;  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 /**
  * Reads one decimal integer from the start of @p text as formatted stream extraction in the classic

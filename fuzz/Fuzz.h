@@ -1,0 +1,137 @@
+// What the fuzz targets share.
+#pragma once
+
+#include <android/log.h>
+#include <libxml/xmlerror.h>
+#include <ormel/IEffectOrm.h>
+#include <ormel/SpatializerParamArray.h>
+#include <ormel/TagIterator.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace ormel::fuzz {
+
+/** Ends the process where something that must hold does not. */
+inline void require(bool condition) {
+    if (!condition) {
+        std::abort();
+    }
+}
+
+// libxml2 prints errors through a C-style variadic function.
+// NOLINTNEXTLINE(cert-dcl50-cpp)
+inline void ignoreXmlError(void* /* context */, const char* /* format */, ...) {}
+
+/**
+ * Takes the library's messages, formatting included, and drops them, as well as libxml2's. A cursor
+ * that stays keeps libxml2 set up from one input to the next, which is most of the time otherwise.
+ */
+inline void setUp() {
+    __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+    __android_log_set_logger([](const __android_logger_data*, const char*) {});
+    static const auto& cursor = *new TagIterator;
+    static_cast<void>(cursor);
+    xmlSetGenericErrorFunc(nullptr, ignoreXmlError);
+}
+
+/** Numbers and flags from the front of a fuzzer's bytes; 0 when they are used up. */
+class Input {
+  public:
+    Input(const uint8_t* data, size_t size) : mData(data), mSize(size) {}
+
+    bool empty() const { return mSize == 0; }
+
+    uint8_t byte() {
+        if (mSize == 0) {
+            return 0;
+        }
+        --mSize;
+        return *mData++;
+    }
+
+    int32_t word() {
+        uint32_t word = 0;
+        for (int i = 0; i < 4; ++i) {
+            word = word << 8 | byte();
+        }
+        return static_cast<int32_t>(word);
+    }
+
+    std::string rest() {
+        const size_t size = mSize;
+        mSize = 0;
+        return {reinterpret_cast<const char*>(mData), size};
+    }
+
+  private:
+    const uint8_t* mData;
+    size_t mSize;
+};
+
+/** A file in memory that has a path. */
+class MemoryFile {
+  public:
+    MemoryFile() : mFd(::memfd_create("fuzz", 0)) { require(mFd >= 0); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    ~MemoryFile() { ::close(mFd); }
+
+    void write(const std::string& content) {
+        require(::ftruncate(mFd, 0) == 0);
+        require(::pwrite(mFd, content.data(), content.size(), 0) ==
+                static_cast<ssize_t>(content.size()));
+    }
+
+    std::string path() const { return "/proc/self/fd/" + std::to_string(mFd); }
+
+  private:
+    int mFd;
+};
+
+/** An effect that touches every value that it is handed, and answers what it is told to. */
+class TouchingEffect : public IEffectOrm {
+  public:
+    int32_t setEffectParam(int32_t, int32_t, const int32_t* values, int32_t count) override {
+        for (int32_t i = 0; i < count; ++i) {
+            mTouched += static_cast<uint32_t>(values[i]);
+        }
+        return readStatus;
+    }
+
+    int32_t getEffectParam(int32_t, int32_t, int32_t* values, int32_t* count) override {
+        for (int32_t i = 0; i < *count; ++i) {
+            values[i] = answerValue;
+        }
+        if (answersCount) {
+            *count = answerCount;
+        }
+        return readStatus;
+    }
+
+    int32_t commitEffectParams(int32_t) override { return readStatus; }
+
+    int32_t readStatus = 0;
+    int32_t answerValue = 0;
+    bool answersCount = false;
+    int32_t answerCount = 0;
+
+  private:
+    // Written for the reads' sake, which must not be optimised away.
+    volatile uint32_t mTouched = 0;
+};
+
+/** The process's store as it is when first made. */
+inline SpatializerParamArray& freshStore() {
+    auto& array = SpatializerParamArray::getInstance();
+    array.~SpatializerParamArray();
+    return *new (&array) SpatializerParamArray;
+}
+
+}  // namespace ormel::fuzz

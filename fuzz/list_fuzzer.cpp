@@ -1,0 +1,74 @@
+// Both list readers on the same bytes: they must agree on every field and every result.
+#include <kivparamstorage/EffectParamParser.h>
+#include <ormel/KivEffect.h>
+#include <ormel/SpatializerParamParser.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Fuzz.h"
+
+namespace ormel::fuzz {
+
+namespace {
+
+/** Backward counts can make a short list take 2^31 steps; so many show all there is to see. */
+constexpr int32_t kMaxEntries = 64;
+
+void requireEqual(const SpatializerParamParser& ours, const EffectParamParser& theirs) {
+    require(ours.mOffset == theirs.mOffset && ours.mProfileId == theirs.mProfileId &&
+            ours.mParamCount == theirs.mParamCount && ours.mParamIndex == theirs.mParamIndex &&
+            ours.mDeviceId == theirs.mDeviceId && ours.mParamCode == theirs.mParamCode &&
+            ours.mValueCount == theirs.mValueCount && ours.mValues == theirs.mValues);
+}
+
+/** The bytes in words of their own, so that a read beyond them is seen. */
+std::vector<int32_t> toWords(const std::string& bytes) {
+    std::vector<int32_t> words((bytes.size() + sizeof(int32_t) - 1) / sizeof(int32_t));
+    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(words.data()));
+    if (words.size() > 1) {
+        words[1] = std::min(words[1], kMaxEntries);
+    }
+    return words;
+}
+
+void readList(std::vector<int32_t>& words, int size, IEffectOrm& effect) {
+    SpatializerParamParser ours(words.data(), size);
+    EffectParamParser theirs(words.data(), size);
+    require(ours.validate() == theirs.validate());
+    requireEqual(ours, theirs);
+    require(ours.begin() == theirs.begin());
+    for (bool found = true; found;) {
+        found = ours.next();
+        require(found == theirs.next());
+        requireEqual(ours, theirs);
+        if (found) {
+            effect.setEffectParam(ours.mDeviceId, ours.mParamCode, ours.mValues, ours.mValueCount);
+        }
+    }
+}
+
+}  // namespace
+
+}  // namespace ormel::fuzz
+
+extern "C" int LLVMFuzzerInitialize(int* /* argc */, char*** /* argv */) {
+    ormel::fuzz::setUp();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    using namespace ormel::fuzz;
+    Input input(data, size);
+    const uint8_t settings = input.byte();
+    const std::string bytes = input.rest();
+    std::vector<int32_t> words = toWords(bytes);
+    TouchingEffect effect;
+    readList(words, static_cast<int>(bytes.size()) - settings % 4, effect);
+    // Seldom, because the shared store keeps whatever it is given.
+    if (settings >= 0xfc) {
+        ormel::KivEffect shared(0, android::String16());
+        shared.sendSharedStore(words.data(), static_cast<unsigned>(bytes.size()));
+    }
+    return 0;
+}
