@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string_view>
 
 namespace ormel {
@@ -13,17 +14,14 @@ enum KivParameter : int32_t {
 #include <ormel/KivParameters.inc>
 };
 
-/** Number of effect parameters. */
-constexpr size_t kKivParameterCount =
-#define ORMEL_KIV_PARAMETER(name, meaning) 1 +
-#include <ormel/KivParameters.inc>
-        0;
-
 /** Names by KivParameter value. Not range checked. */
-constexpr const char* kKivParameterNames[kKivParameterCount] = {
+constexpr const char* kKivParameterNames[] = {
 #define ORMEL_KIV_PARAMETER(name, meaning) #name,
 #include <ormel/KivParameters.inc>
 };
+
+/** Number of effect parameters. */
+constexpr size_t kKivParameterCount = std::size(kKivParameterNames);
 
 /** What this library feeds into each parameter, by KivParameter value. Not range checked. */
 constexpr const char* kKivParameterMeanings[kKivParameterCount] = {

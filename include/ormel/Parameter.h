@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -16,20 +17,17 @@ enum Parameter : int32_t {
 #include <ormel/Parameters.inc>
 };
 
-/** Number of tuning parameters. */
-constexpr size_t kParameterCount =
-#define ORMEL_PARAMETER(enumerator, name, owner) 1 +
-#include <ormel/Parameters.inc>
-        0;
-
 /**
  * Text names by Parameter value, in snake case. The names of a document's elements are not these
  * but those of the value setters (ValueSetter.h). Not range checked.
  */
-constexpr const char* kParameterNames[kParameterCount] = {
+constexpr const char* kParameterNames[] = {
 #define ORMEL_PARAMETER(enumerator, name, owner) name,
 #include <ormel/Parameters.inc>
 };
+
+/** Number of tuning parameters. */
+constexpr size_t kParameterCount = std::size(kParameterNames);
 
 /** Text name of a parameter, "" for a number that is none. */
 constexpr const char* parameterName(int32_t param) {
