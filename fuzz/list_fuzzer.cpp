@@ -25,7 +25,9 @@ void requireEqual(const SpatializerParamParser& ours, const EffectParamParser& t
 /** The bytes in words of their own, so that a read beyond them is seen. */
 std::vector<int32_t> toWords(const std::string& bytes) {
     std::vector<int32_t> words((bytes.size() + sizeof(int32_t) - 1) / sizeof(int32_t));
-    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(words.data()));
+    if (!bytes.empty()) {
+        std::memcpy(words.data(), bytes.data(), bytes.size());
+    }
     if (words.size() > 1) {
         words[1] = std::min(words[1], kMaxEntries);
     }
