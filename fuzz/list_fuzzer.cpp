@@ -24,8 +24,8 @@ void requireEqual(const SpatializerParamParser& ours, const EffectParamParser& t
 
 /** The bytes in words of their own, so that a read beyond them is seen. */
 std::vector<int32_t> toWords(const std::string& bytes) {
-    std::vector<int32_t> words((bytes.size() + sizeof(int32_t) - 1) / sizeof(int32_t));
-    if (!bytes.empty()) {
+    std::vector<int32_t> words(bytes.size() / 4 + (bytes.size() % 4 == 0 ? 0 : 1));
+    if (!words.empty()) {
         std::memcpy(words.data(), bytes.data(), bytes.size());
     }
     if (words.size() > 1) {

@@ -125,7 +125,7 @@ TEST(TuningFileParser, FollowsTheFormatVersion) {
         for (const std::string& version : versions) {
             TuningFileParser parser;
             EXPECT_EQ(parser.setTuningFile(document(version, body, settings), true), 0);
-            EXPECT_EQ(header(*parser.getDeviceData()), version + (head + 1)) << version;
+            EXPECT_EQ(header(*parser.getDeviceData()), version + head) << version;
             EXPECT_EQ(objects(*parser.getDeviceData()), expected) << version;
         }
     }

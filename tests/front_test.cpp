@@ -2,7 +2,6 @@
 #include <ormel/SpatializerParamCache.h>
 
 #include <numeric>
-#include <optional>
 
 #include "support/Documents.h"
 #include "support/Store.h"
@@ -10,36 +9,49 @@
 namespace ormel::test {
 namespace {
 
-using Calls = std::vector<Call>;
-using Lines = std::vector<LogLine>;
-
-constexpr char kTag[] = "OrmSpatializerParamCache";
-constexpr char kArrayTag[] = "OrmSpatializerParamArray";
-const Call kReadMode = {"get", 2, "dom", {61}};
-const Calls kTuningCalls = {set(2, "vbon", {1}), set(8, "gebs", {1}), commit()};
+constexpr char kOwn[] = "default_internal_speaker";
+// What loading a tuning comes to.
+constexpr char kTuning[] = "2:vbon 1\n8:gebs 1\nall:commit\n";
+constexpr char kReadMode[] = "get 2:dom 61\n";
 
 /** The graphic equalizer's values with as many of some gains as there are bands. */
 Values bands(Values gains) {
-    Values frequencies(20);
-    std::iota(frequencies.begin(), frequencies.end(), 100);
+    Values values(41, 20);
     gains.resize(20);
-    return join(Values{20}, frequencies, gains);
+    std::iota(values.begin() + 1, values.end(), 100);
+    std::copy(gains.begin(), gains.end(), values.begin() + 21);
+    return values;
 }
 
-/** What applying a built-in list comes to when no entry is special. */
+/** The list of some entries. */
+Values pack(const std::vector<Call>& entries) {
+    Values words = {kAll, static_cast<int32_t>(entries.size())};
+    for (const Call& entry : entries) {
+        words.insert(words.end(), {entry.device, 0, static_cast<int32_t>(entry.values.size())});
+        std::copy(entry.code.begin(), entry.code.end(),
+                  reinterpret_cast<char*>(&words[words.size() - 2]));
+        words.insert(words.end(), entry.values.begin(), entry.values.end());
+    }
+    return words;
+}
+
+/** What applying a built-in list comes to, the speaker's output mode giving way to a line. */
 template <typename List>
-Calls builtIn(const List& list) {
-    Calls calls = unpack(list);
-    calls.erase(calls.begin());
-    return join(calls, Calls{commit()});
+std::string builtIn(const List& list, const std::string& mode = "") {
+    std::string lines = listText(list) + "all:commit\n";
+    const size_t at = lines.find("2:dom");
+    if (at != std::string::npos && !mode.empty()) {
+        lines.replace(at, lines.find('\n', at) + 1 - at, mode);
+    }
+    return lines.substr(lines.find('\n') + 1);
 }
 
-/** Counts its commits in their statuses, and may give reads a count of its own. */
+/** Its commits count up, and a read may fail by its count. */
 class FrontEffect : public RecordingEffect {
   public:
     int32_t getEffectParam(int32_t device, int32_t code, int32_t* values, int32_t* count) override {
         const int32_t status = RecordingEffect::getEffectParam(device, code, values, count);
-        *count = readCount.value_or(*count);
+        *count = readsNegative ? -1 : *count;
         return status;
     }
     int32_t commitEffectParams(int32_t device) override {
@@ -47,38 +59,28 @@ class FrontEffect : public RecordingEffect {
         return ++commitStatus;
     }
 
-    std::optional<int32_t> readCount;
+    bool readsNegative = false;
 };
 
 class FrontTest : public StoreTest {
   protected:
     FrontTest() { KivParamStore::getInstance().setDeviceProcParams({kivCode(AOON)}); }
 
-    /** Tuning devices with mix matrices of several lengths, all with the same list. */
+    /** Tuning devices with mix matrices of several lengths, all with one list. */
     void loadTunings(const std::string& channels) {
-        std::map<std::string, std::string> matrices = {
-                {"default_internal_speaker", "7, 8"}, {"none", ""}, {"long", ""}};
-        for (int i = 0; i < 70; ++i) {
-            matrices["long"] += "6,";
-        }
-        std::string text =
-                "<tuning name='t'> <device_id id='buds' endpoint_port='headphone'/><b/>"
-                "</tuning>";
-        for (const auto& [name, matrix] : matrices) {
-            text += "<tuning name='" + name + "' output_channels='" + channels +
-                    "'> <device_id id='" + name + "' endpoint_port='internal_speaker'/>" +
-                    "<data> <output-mode> <m> <r v='" + matrix +
-                    "'/></m></output-mode></data></tuning>";
-        }
-        load(document(text));
-        for (const char* const name : {"buds", "default_internal_speaker", "none", "long"}) {
-            mArray.getXMLTuningParams(name) = pack({kTuningCalls[0], kTuningCalls[1]});
+        const std::string row = entry(0, "", Values(70, 6)).substr(2);
+        const std::string named = "output_channels='" + channels + "' name=";
+        load(document(tuning(named + "'a'", kOwn, mixMatrix("7, 8")) +
+                      tuning(named + "'b'", "none", "<data/>") +
+                      tuning(named + "'c'", "long", mixMatrix(row)) +
+                      "<tuning> <device_id id='buds' endpoint_port='headphone'/><b/></tuning>"));
+        for (const char* const device : {kOwn, "none", "long", "buds"}) {
+            mArray.getXMLTuningParams(device) = pack({set(2, "vbon", {1}), set(8, "gebs", {1})});
         }
         log.take();
     }
 
-    /** Takes the effect's calls. */
-    Calls calls() { return std::exchange(effect.calls, {}); }
+    std::string calls() { return text(std::exchange(effect.calls, {})); }
 
     SpatializerParamCache front;
     FrontEffect effect;
@@ -89,19 +91,18 @@ TEST_F(FrontTest, AProfileIsAppliedEntryByEntry) {
             pack({set(kAll, "mdle", {1}), set(2, "vbon", {3}), set(kAll, "aoon", {}),
                   set(8, "gebs", bands(Values(20, 9))), set(2, "gebs", Values(40)),
                   set(8, "dom", {1, 1, 2}), set(2, "dom", {1, 0, 1, 15})});
-    const Values own = {1, 0, 1, 15};
-    // Channels when there are tunings, selected device, gains; the mode, and whether it is filtered.
-    const std::tuple<const char*, const char*, Values, Values, bool> cases[] = {
-            {"", "", {}, own, true},
-            {"2", "long", {1, 2}, own, true},
-            {"3", "default_internal_speaker", Values(25, 4), {1, 7, 8, 0}, false},
-            {"4", "long", {5}, {1, 6, 6, 6}, false},
-            {"4", "none", {5}, own, false}};
+    const std::string unchanged = "2:dom 1 0 1 15\n";
+    // Channels if there are tunings; the selected device; gains; the speaker's mode.
+    const std::tuple<std::string, std::string, Values, std::string> cases[] = {
+            {"", kOwn, {}, unchanged},
+            {"2", "long", {1, 2}, unchanged},
+            {"3", kOwn, Values(25, 4), "2:dom 1 7 8 0\n"},
+            {"4", "long", {5}, "2:dom 1 6 6 6\n"},
+            {"4", "none", {5}, unchanged}};
     effect.readStatus = -1;
-    for (const auto& [channels, device, gains, mode, filtered] : cases) {
-        SCOPED_TRACE(std::string(channels) + device);
-        const bool hasTunings = *channels != '\0';
-        if (hasTunings) {
+    for (const auto& [channels, device, gains, mode] : cases) {
+        SCOPED_TRACE(channels + device);
+        if (!channels.empty()) {
             loadTunings(channels);
             mArray.setSelectedTuningDevice(0, device);
         }
@@ -109,206 +110,178 @@ TEST_F(FrontTest, AProfileIsAppliedEntryByEntry) {
         log.take();
         effect.commitStatus = 10;
         EXPECT_EQ(front.setProfile(1, &effect, false), 11);
-        EXPECT_EQ(log.take(), (Lines{debug(kTag, "setProfile(profile=1, isOrmelContent=0)"),
-                                     debug(kArrayTag, "getXMLProfileParams(profile = 1)")}));
-        const Calls bass(hasTunings ? 1 : 0, set(2, "vbon", {3}));
-        const Calls middle = {set(kAll, "aoon", {}), set(8, "gebs", bands(gains))};
-        const Calls modes = {set(8, "dom", {1, 1, 2}), set(2, "dom", mode)};
-        EXPECT_EQ(calls(),
-                  join(Calls{set(kAll, "mdle", {1})}, bass, middle, modes, Calls{commit()}));
+        EXPECT_EQ(text(log.take()),
+                  "Cache 3 setProfile(profile=1, isOrmelContent=0)\n"
+                  "Array 3 getXMLProfileParams(profile = 1)\n");
+        const std::string kept = (channels.empty() ? "" : "2:vbon 3\n") +
+                                 std::string("all:aoon\n") + entry(8, "gebs", bands(gains));
+        EXPECT_EQ(calls(), "all:mdle 1\n" + kept + "8:dom 1 1 2\n" + mode + "all:commit\n");
 
         // Of the maker's own content, only what belongs to the device processing is kept.
+        const bool surround = channels > "2";
         EXPECT_EQ(front.setProfile(1, &effect, true), 12);
-        auto common = builtIn(SpatializerParamArray::mCommonParams);
-        if (hasTunings && *channels > '2') {
-            *std::find_if(common.begin(), common.end(), [](const Call& call) {
-                return call.device == 2 && call.code == "dom";
-            }) = kReadMode;
-        }
-        EXPECT_EQ(calls(), join(bass, middle, Calls(filtered ? 0 : 1, modes[1]), Calls{commit()},
-                                common, builtIn(SpatializerParamArray::mMovieProfileParams)));
+        EXPECT_EQ(calls(),
+                  kept + (surround ? mode : "") + "all:commit\n" +
+                          builtIn(SpatializerParamArray::mCommonParams, surround ? kReadMode : "") +
+                          builtIn(SpatializerParamArray::mMovieProfileParams));
     }
 }
 
 TEST_F(FrontTest, AnUndefinedProfileHasItsBuiltInListsOnly) {
+    const std::string common = builtIn(SpatializerParamArray::mCommonParams);
     EXPECT_EQ(front.setProfile(2, &effect, false), 0);
-    EXPECT_EQ(calls(), Calls{});
-    EXPECT_EQ(mArray.getCurrentProfile(), 2);
+    EXPECT_EQ(calls(), "");
     EXPECT_EQ(front.setProfile(2, &effect, true), 0);
-    const Calls common = builtIn(SpatializerParamArray::mCommonParams);
-    EXPECT_EQ(calls(), join(common, builtIn(SpatializerParamArray::mMusicProfileParams)));
+    EXPECT_EQ(calls(), common + builtIn(SpatializerParamArray::mMusicProfileParams));
     EXPECT_EQ(front.setProfile(9, &effect, true), 0);
     EXPECT_EQ(calls(), common);
-    EXPECT_EQ(log.take().back(),
-              error(kTag, "setOrmelContentProfile() Invalid data for profile parameter values."));
-    EXPECT_FALSE(mArray.isXMLProfileValid(2));
+    EXPECT_EQ(text({log.take().back()}),
+              "Cache 6 setOrmelContentProfile() Invalid data for profile parameter values.\n");
+    EXPECT_EQ(mArray.getCurrentProfile(), 9);
 }
 
 TEST_F(FrontTest, AMalformedListIsRefusedWhole) {
-    Values tooFew = pack({set(2, "aoon", {1})});
-    tooFew[1] = 3;
-    for (const Values& list : {Values{}, Values{kAll}, tooFew}) {
+    Values tooShort = pack({set(2, "aoon", {1})});
+    tooShort[1] = 3;
+    for (const Values& list : {Values{}, Values{kAll}, tooShort}) {
         mArray.getXMLProfileParams(1) = list;
         mArray.getXMLTuningParams("d") = list;
         EXPECT_EQ(front.loadTuningDevice("d", &effect), -22);
         EXPECT_EQ(front.setProfile(1, &effect, true), -22);
-        EXPECT_EQ(calls(), Calls{});
-        EXPECT_EQ(log.take().back(),
-                  error(kTag, "setProfile() Invalid data for setting parameter values."));
+        EXPECT_EQ(calls(), "");
+        EXPECT_EQ(text({log.take().back()}),
+                  "Cache 6 setProfile() Invalid data for setting parameter values.\n");
     }
     mArray.getXMLProfileParams(1) = {kAll, 0};
     EXPECT_EQ(front.setProfile(1, &effect, false), 1);
-    EXPECT_EQ(calls(), Calls{commit()});
+    EXPECT_EQ(calls(), "all:commit\n");
 }
 
 TEST_F(FrontTest, TheBuiltInOutputModeOnlySwitchesTheEffectsOwnOn) {
     loadTunings("3");
-    Values full(61, 3);
-    full.front() = 0;
-    Values fullOn = full;
-    fullOn.front() = 1;
-    // Status and values of the read, its count when it is another; what is pushed.
-    const std::tuple<int32_t, Values, std::optional<int32_t>, Calls> cases[] = {
-            {0, {0, 7, 8}, {}, {set(2, "dom", {1, 7, 8})}},
-            {0, full, {}, {set(2, "dom", fullOn)}},
-            {0, {1, 7, 8}, {}, {}},
-            {-1, {0, 7, 8}, {}, {}},
-            {0, full, 62, {}},
-            {0, {0, 7, 8}, -1, {}}};
-    for (const auto& [status, answer, count, pushed] : cases) {
+    const std::string full = entry(2, "dom", Values(61, 1));
+    Values off(61, 1);
+    off.front() = 0;
+    // Status, values and count of the read; what is pushed.
+    const std::tuple<int32_t, Values, bool, std::string> cases[] = {
+            {0, {0, 7, 8}, false, "2:dom 1 7 8\n"},
+            {0, off, false, full},
+            {0, {1, 7, 8}, false, ""},
+            {-1, {0, 7, 8}, false, ""},
+            {0, Values(62), false, ""},
+            {0, {0, 7, 8}, true, ""}};
+    for (const auto& [status, answer, negative, pushed] : cases) {
         effect.readStatus = status;
         effect.answers["dom"] = answer;
-        effect.readCount = count;
+        effect.readsNegative = negative;
         front.setOrmelContentProfile(-1, &effect);
-        EXPECT_EQ(log.take(),
-                  (Lines{debug(kArrayTag, "getProfileParams(profile = -1)"),
-                         debug(kTag,
-                               "setOrmelContentProfile(): Hardcoded dom parameter values "
-                               "skipped")}));
-        const Calls all = builtIn(SpatializerParamArray::mCommonParams);
-        // 9 entries for all devices and 10 of the speaker come before its mode.
-        const Calls before(all.begin(), all.begin() + 19);
-        EXPECT_EQ(calls(),
-                  join(before, Calls{kReadMode}, pushed, Calls(all.begin() + 20, all.end())));
+        EXPECT_EQ(calls(), builtIn(SpatializerParamArray::mCommonParams, kReadMode + pushed));
+        EXPECT_EQ(text(log.take()),
+                  "Array 3 getProfileParams(profile = -1)\n"
+                  "Cache 3 setOrmelContentProfile(): Hardcoded dom parameter values skipped\n");
     }
 }
 
 TEST_F(FrontTest, TuningsAreLoadedPortByPort) {
     EXPECT_FALSE(front.isTuningAvailable());
-    EXPECT_EQ(front.loadTuningDevice("default_usb", &effect), -22);
-    EXPECT_EQ(log.take(), Lines{debug(kTag, "loadTuningDevice(default_usb)")});
-    EXPECT_FALSE(mArray.isXMLTuningValid("default_usb"));
+    EXPECT_EQ(front.loadTuningDevice(kOwn, &effect), -22);
     loadTunings("4");
     EXPECT_TRUE(front.isTuningAvailable());
     EXPECT_EQ(front.loadTuning(&effect), -22);
-    EXPECT_EQ(calls(), kTuningCalls);
-    EXPECT_EQ(log.take(),
-              (Lines{debug(kTag, "loadTuning"),
-                     debug(kTag, "loadTuningDevice(default_internal_speaker)"),
-                     debug(kArrayTag, "getXMLTuningParams(device = default_internal_speaker)"),
-                     debug(kTag, "loadTuningDevice(default_headphone)"),
-                     debug(kTag, "loadTuningDevice(default_bluetooth)"),
-                     debug(kTag, "loadTuningDevice(default_usb)")}));
-    mArray.getXMLTuningParams("default_usb") = pack({set(0x4000, "vbm", {})});
+    EXPECT_EQ(calls(), kTuning);
+    EXPECT_EQ(text(log.take()),
+              "Cache 3 loadTuning\nCache 3 loadTuningDevice(default_internal_speaker)\n"
+              "Array 3 getXMLTuningParams(device = default_internal_speaker)\n"
+              "Cache 3 loadTuningDevice(default_headphone)\n"
+              "Cache 3 loadTuningDevice(default_bluetooth)\n"
+              "Cache 3 loadTuningDevice(default_usb)\n");
+    mArray.getXMLTuningParams("default_usb") = pack({set(8, "vbm", {})});
     EXPECT_EQ(front.loadTuning(&effect), 3);
-    EXPECT_EQ(calls(), join(kTuningCalls, Calls{set(0x4000, "vbm", {}), commit()}));
+    EXPECT_EQ(calls(), kTuning + std::string("8:vbm\nall:commit\n"));
+    for (int port = -1; port < 8; ++port) {
+        EXPECT_EQ(front.isValidPort(port), port == 0 || (port >= 3 && port <= 5)) << port;
+    }
 }
 
 TEST_F(FrontTest, SelectingATuningDeviceLoadsIt) {
     loadTunings("3");
-    const std::string own = "default_internal_speaker";
-    const Calls longer = {kReadMode, set(2, "dom", join(Values{3}, Values(70, 6)))};
+    const std::string reads = kReadMode;
+    Values longMode(71, 6);
+    longMode.front() = 3;
+    // Status of the read and whether its count is negative; the result; the calls.
+    const std::tuple<int, std::string, int32_t, bool, int32_t, std::string> cases[] = {
+            {0, kOwn, 0, false, 0, ""},
+            {0, "x", 0, false, -22, ""},
+            {0, "buds", 0, false, -22, ""},
+            {-1, "buds", 0, false, -22, ""},
+            {7, "buds", 0, false, -22, ""},
+            {3, "buds", 0, false, 1, kTuning},
+            {0, "long", 0, false, 1, reads + entry(2, "dom", longMode) + kTuning},
+            {0, "none", 0, false, 1, reads + kTuning},
+            {0, kOwn, 0, false, 1, reads + "2:dom 3 7 8\n" + kTuning},
+            {0, "long", -1, false, 1, reads + kTuning},
+            {0, kOwn, 0, true, 1, reads + kTuning}};
     effect.answers["dom"] = {3, 4, 5, 6};
-    // Status and count of the read; the result, and the calls ahead of the tuning's own.
-    const std::tuple<int, std::string, int32_t, std::optional<int32_t>, int32_t, Calls> cases[] = {
-            {0, own, 0, {}, 0, {}},
-            {0, "nowhere", 0, {}, -22, {}},
-            {0, "buds", 0, {}, -22, {}},
-            {-1, "buds", 0, {}, -22, {}},
-            {7, "buds", 0, {}, -22, {}},
-            {3, "buds", 0, {}, 1, {}},
-            {0, "long", 0, {}, 1, longer},
-            {0, "none", 0, {}, 1, {kReadMode}},
-            {0, own, 0, {}, 1, {kReadMode, set(2, "dom", {3, 7, 8})}},
-            {0, "long", -1, {}, 1, {kReadMode}},
-            {0, own, 0, -1, 1, {kReadMode}},
-            {0, "long", 0, 62, 1, {kReadMode}}};
-    for (const auto& [port, device, readStatus, readCount, result, before] : cases) {
+    for (const auto& [port, device, status, negative, result, expected] : cases) {
         SCOPED_TRACE(device);
-        effect.readStatus = readStatus;
-        effect.readCount = readCount;
+        effect.readStatus = status;
+        effect.readsNegative = negative;
         effect.commitStatus = 0;
-        const std::string selected = result == -22 ? mArray.getSelectedTuningDevice(port) : device;
+        const std::string selected = result < 0 ? mArray.getSelectedTuningDevice(port) : device;
         EXPECT_EQ(front.setSelectedTuningDevice(port, device, &effect), result);
-        EXPECT_EQ(calls(), join(before, result == 1 ? kTuningCalls : Calls{}));
+        EXPECT_EQ(calls(), expected);
         EXPECT_EQ(mArray.getSelectedTuningDevice(port), selected);
     }
     loadTunings("2");
-    EXPECT_EQ(front.setSelectedTuningDevice(0, own, &effect), 2);
-    EXPECT_EQ(calls(), kTuningCalls);
+    EXPECT_EQ(front.setSelectedTuningDevice(0, "long", &effect), 2);
+    EXPECT_EQ(calls(), kTuning);
 }
 
 TEST_F(FrontTest, SelectingATuningDeviceSaysSo) {
     loadTunings("4");
-    const auto asked = [](const std::string& device) {
-        return "setSelectedTuningDevice(port=internal_speaker, device=" + device + ")";
-    };
-    const std::string own = "default_internal_speaker";
-    const std::pair<std::string, Lines> cases[] = {
-            {own, {debug(kTag, asked(own))}},
-            {"x",
-             {debug(kTag, asked("x")), debug(kArrayTag, asked("x")),
-              error(kArrayTag,
-                    "setSelectedTuningDevice(): tuningDevice x is not available for port "
-                    "internal_speaker.")}},
-            {"long",
-             {debug(kTag, asked("long")), debug(kArrayTag, asked("long")),
-              debug(kTag, "setSelectedTuningDevice(): Update the mix matrix with tuning long"),
-              debug(kTag, "loadTuningDevice(long)"),
-              debug(kArrayTag, "getXMLTuningParams(device = long)")}}};
-    for (const auto& [device, said] : cases) {
+    for (const char* const device : {kOwn, "x", "long"}) {
         front.setSelectedTuningDevice(0, device, &effect);
-        EXPECT_EQ(log.take(), said);
     }
+    EXPECT_EQ('\n' + text(log.take()), R"(
+Cache 3 setSelectedTuningDevice(port=internal_speaker, device=default_internal_speaker)
+Cache 3 setSelectedTuningDevice(port=internal_speaker, device=x)
+Array 3 setSelectedTuningDevice(port=internal_speaker, device=x)
+Array 6 setSelectedTuningDevice(): tuningDevice x is not available for port internal_speaker.
+Cache 3 setSelectedTuningDevice(port=internal_speaker, device=long)
+Array 3 setSelectedTuningDevice(port=internal_speaker, device=long)
+Cache 3 setSelectedTuningDevice(): Update the mix matrix with tuning long
+Cache 3 loadTuningDevice(long)
+Array 3 getXMLTuningParams(device = long)
+)");
 }
 
 TEST_F(FrontTest, GainsAreStoredAndGoToAnEffectOfTwentyBands) {
     front.setProfile(2, &effect, false);
-    effect.answers["gebs"] = bands(Values(20, 9));
     Values two(20, 9);
     two[0] = 1;
     two[1] = -2;
-    const Call read = {"get", kAll, "gebs", {41}};
-    // Status and count of the read; the gains, and what becomes of them, nothing if it failed.
-    const std::tuple<int32_t, int32_t, Values, Values> cases[] = {
-            {0, 41, {1, -2}, two},
-            {0, 41, Values(25, 4), Values(20, 4)},
-            {0, 41, {}, Values(20, 9)},
-            {-3, 41, {6}, {}},
-            {0, 40, {7}, {}},
-            {0, 42, {8}, {}},
-            {0, -1, {9}, {}}};
-    for (const auto& [status, count, gains, bandGains] : cases) {
+    // Status of the read, its number of values; the gains; those pushed, none after a failure.
+    const std::tuple<int32_t, size_t, Values, Values> cases[] = {
+            {0, 41, {1, -2}, two},      {0, 41, Values(25, 4), Values(20, 4)},
+            {0, 41, {}, Values(20, 9)}, {-3, 41, {6}, {}},
+            {0, 40, {7}, {}},           {0, 42, {8}, {}}};
+    for (const auto& [status, count, gains, pushed] : cases) {
         SCOPED_TRACE(count);
         effect.readStatus = status;
-        effect.readCount = count;
+        effect.answers["gebs"] = bands(Values(20, 9));
+        effect.answers["gebs"].resize(count);
         effect.commitStatus = 6;
         log.take();
-        const bool fails = bandGains.empty();
+        const bool fails = pushed.empty();
         EXPECT_EQ(front.setProfileGeqGains(gains, &effect), fails ? -22 : 7);
-        EXPECT_EQ(calls(), fails ? Calls{read}
-                                 : (Calls{read, set(kAll, "gebs", bands(bandGains)), commit()}));
-        EXPECT_EQ(log.take(), Lines(fails ? 1 : 0, error(kTag,
-                                                         "setProfileGeqGains(): could not get "
-                                                         "proper GEQ parameters!")));
+        EXPECT_EQ(calls(),
+                  "get all:gebs 41\n" +
+                          (fails ? "" : entry(kAll, "gebs", bands(pushed)) + "all:commit\n"));
+        EXPECT_EQ(text(log.take()),
+                  fails ? "Cache 6 setProfileGeqGains(): could not get proper GEQ parameters!\n"
+                        : "");
         EXPECT_EQ(mArray.getProfileGeqGains(2), gains);
-        EXPECT_EQ(&front.getProfileGeqGains(), &mArray.getProfileGeqGains(2));
-    }
-}
-
-TEST_F(FrontTest, FourPortsHaveTuningDevices) {
-    for (int port = -1; port < 8; ++port) {
-        EXPECT_EQ(front.isValidPort(port), port == 0 || (port >= 3 && port <= 5)) << port;
+        EXPECT_EQ(front.getProfileGeqGains(), gains);
     }
 }
 
