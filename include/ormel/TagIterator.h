@@ -119,13 +119,13 @@ class TagIterator {
 
     /**
      * Whether the walk was given up after kMaxStraySteps steps from elements without children, with
-     * "Too many steps from elements without children, 500000". The cursor is off the end then, and
+     * "Too many steps from elements without children, 100000". The cursor is off the end then, and
      * what was read is incomplete.
      */
     bool isExhausted() const { return mStraySteps >= kMaxStraySteps; }
 
     /** Far more than a document takes that was not made to be walked for hours. */
-    static constexpr int32_t kMaxStraySteps = 500000;
+    static constexpr int32_t kMaxStraySteps = 100000;
 
     /** Number of live iterators. */
     static int32_t mInstanceCount;
