@@ -4,7 +4,6 @@
 #include <ormel/SetParamCommand.h>
 
 #include "support/Documents.h"
-#include "support/LogCapture.h"
 
 namespace ormel::test {
 namespace {
@@ -21,8 +20,8 @@ int32_t codeOf(int32_t param) {
 
 TEST(ParameterCode, IsTheNameInLowerCaseFromTheLeastSignificantByte) {
     EXPECT_EQ((Values{codeOf(VOL), codeOf(DEON), codeOf(DOM), codeOf(HVRC), codeOf(90),
-                      kivCodeOfName(""), kivCodeOfName("ABCDE"), kivCodeOfName("a@[\xff")}),
-              (Values{kVol, kDeon, 0x006d6f64, 0x63727668, 0, 0, 0, -0xa4bf9f}));
+                      kivCodeOfName(""), kivCodeOfName("ABCDE"), kivCodeOfName("\xff@Z[")}),
+              (Values{kVol, kDeon, 0x006d6f64, 0x63727668, 0, 0, 0, 0x5b7a40ff}));
     // The sum of all ninety, each times its place, so that a wrong order shows as well.
     int64_t sum = 0;
     for (int32_t param = 0; param < 90; ++param) {
@@ -62,14 +61,12 @@ TEST(Command, AppendsEntriesAsTheyComeAndSendsThem) {
                     -1,        0, kAll, kDeon, 0,  kAll, kDeon, 5,     2, 100, 200, -1,    0};
     EXPECT_EQ(command.mParams, words);
     EXPECT_EQ(command.execute(effect), -22);
-    EXPECT_EQ(command.mParams[1], 7);
     command.add(VOL, -3, {});
     EXPECT_EQ(command.execute(effect), -22);
     words[1] = 8;
     words.insert(words.end(), {kAll, kVol, 1, -3});
     EXPECT_EQ(command.mParams, words);
     EXPECT_EQ(store.getPublished().size(), 5U);
-    EXPECT_EQ((store.getPublished()[{2, kDeon}]), Values{INT32_MIN});
     EXPECT_EQ(store.getCommitCount(), 2);
 }
 
@@ -98,14 +95,14 @@ TEST(SharedStore, ShowsWhatIsCommitted) {
     KivParamStore& store = freshStore();
     const Values values = {1, 2, 3};
     store.setParam(2, 10, values.data(), 3);
-    store.setParam(2, 10, values.data() + 1, 1);
+    store.setParam(2, 10, values.data(), -2);
     store.setParam(2, 11, values.data(), 2);
     EXPECT_EQ(store.getPublished(), Published());
     store.commitChange();
-    store.setParam(2, 11, values.data(), -2);
-    EXPECT_EQ(store.getPublished(), (Published{{{2, 10}, {2}}, {{2, 11}, {1, 2}}}));
+    store.setParam(2, 11, values.data() + 1, 1);
+    EXPECT_EQ(store.getPublished(), (Published{{{2, 10}, {}}, {{2, 11}, {1, 2}}}));
     store.commitChange();
-    EXPECT_EQ(store.getPublished(), (Published{{{2, 10}, {2}}, {{2, 11}, {}}}));
+    EXPECT_EQ(store.getPublished(), (Published{{{2, 10}, {}}, {{2, 11}, {2}}}));
 }
 
 }  // namespace

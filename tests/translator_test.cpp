@@ -1,10 +1,8 @@
 // What tuning parameters become for the effect, and which of them call for what. Parameters stand
 // in tables by number.
-#include <gtest/gtest.h>
 #include <ormel/DeviceData.h>
 #include <ormel/Translator.h>
 
-#include <regex>
 #include <sstream>
 
 #include "support/Documents.h"
@@ -39,8 +37,12 @@ ValueMap valuesOf(const std::string& text) {
 
 // A command, each entry behind a blank and followed by ";".
 std::string textOf(const SetParamCommand& command) {
-    return std::regex_replace(std::regex_replace(listText(command.mParams), std::regex(".*:"), " "),
-                              std::regex("\n"), ";");
+    std::istringstream lines(listText(command.mParams));
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        text += ' ' + line.substr(line.find(':') + 1) + ';';
+    }
+    return text;
 }
 
 // The sources, and the code that translators which pass on a single one unchanged write.
