@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -231,7 +232,10 @@ class MedianReporter : public benchmark::BenchmarkReporter {
     }
 
     double median(const std::string& name) {
-        std::vector<double>& times = mTimes.at(name);
+        std::vector<double>& times = mTimes[name];
+        if (times.empty()) {
+            return std::numeric_limits<double>::quiet_NaN();
+        }
         std::sort(times.begin(), times.end());
         return times[times.size() / 2];
     }
@@ -241,8 +245,11 @@ class MedianReporter : public benchmark::BenchmarkReporter {
 };
 
 void printRow(const std::string& what, double ratio, double reach) {
-    std::printf("%-58s %8.2f %8.2f  %s\n", what.c_str(), ratio, reach,
-                ratio <= reach ? "met" : "MISSED");
+    // Benchmarks that were filtered out leave nothing to compare.
+    if (std::isfinite(ratio)) {
+        std::printf("%-68s %8.2f %8.2f  %s\n", what.c_str(), ratio, reach,
+                    ratio <= reach ? "met" : "MISSED");
+    }
 }
 
 void printHeapRows(const Document& document) {
@@ -359,7 +366,7 @@ void run() {
     MedianReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
-    std::printf("%-58s %8s %8s\n", "what, as a ratio to its floor", "ratio", "reach");
+    std::printf("%-68s %8s %8s\n", "what, as a ratio to its floor", "ratio", "reach");
     std::map<std::string, double> addedPerByte;
     for (const Document& document : documents) {
         const double load = reporter.median("load " + document.name);
@@ -377,7 +384,8 @@ void run() {
                  1.5);
     }
     for (const Operation& operation : operations) {
-        printAllocationRow(operation.name + ", four speakers", operation.run, 1);
+        // None per entry: what there is are device names, and a buffer a list or a mix matrix.
+        printAllocationRow(operation.name + ", four speakers", operation.run, 5);
     }
     loadIntoStore(ORMEL_EXAMPLES "/phone-stereo.xml");
     printAllocationRow("setProfile, two speakers", operations[0].run, 0);
