@@ -62,12 +62,12 @@ void forEachAttribute(const xmlNode* element, Visitor visit) {
     }
 }
 
-xmlDoc* readMemory(const std::string& document) {
+xmlDoc* readMemory(const std::string& document, int options) {
     if (document.size() > static_cast<size_t>(std::numeric_limits<int>::max())) {
         return nullptr;
     }
     return xmlReadMemory(document.data(), static_cast<int>(document.size()), "noname.xml", nullptr,
-                         0);
+                         options);
 }
 
 }  // namespace
@@ -78,7 +78,9 @@ void TagIterator::DocumentDeleter::operator()(_xmlDoc* document) const {
     xmlFreeDoc(document);
 }
 
-TagIterator::TagIterator() {
+TagIterator::TagIterator() : TagIterator(0) {}
+
+TagIterator::TagIterator(int parserOptions) : mParserOptions(parserOptions) {
     ++mInstanceCount;
 }
 
@@ -96,7 +98,8 @@ int TagIterator::init(const std::string& source, bool fromMemory) {
         return -EINVAL;
     }
     clearAll();
-    mDocument.reset(fromMemory ? readMemory(source) : xmlReadFile(source.c_str(), nullptr, 0));
+    mDocument.reset(fromMemory ? readMemory(source, mParserOptions)
+                               : xmlReadFile(source.c_str(), nullptr, mParserOptions));
     if (mDocument == nullptr) {
         ALOGE("fail to call xmlReadFile,  %d", 63);
         return -EINVAL;

@@ -66,6 +66,9 @@ void insertAll(std::vector<Object>& objects, std::set<Object*>& pointers) {
 
 SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection();
 
+TuningFileParser::TuningFileParser(std::unique_ptr<TagIterator> iterator)
+    : mOwnIterator(std::move(iterator)), mIterator(*mOwnIterator) {}
+
 int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     if (mIterator.init(path, fromMemory) != 0) {
         return -EINVAL;

@@ -130,6 +130,13 @@ class TagIterator {
     /** Number of live iterators. */
     static int32_t mInstanceCount;
 
+  protected:
+    /** For a walker that parses with options of libxml2's, xmlParserOption; none by default. */
+    explicit TagIterator(int parserOptions);
+
+    /** The node under the cursor, null off the end. It is the document's, and goes with it. */
+    const _xmlNode* getCurrentNode() const { return mCurrent; }
+
   private:
     struct DocumentDeleter {
         void operator()(_xmlDoc* document) const;
@@ -139,6 +146,7 @@ class TagIterator {
 
     void countStep();
 
+    const int mParserOptions;
     std::unique_ptr<_xmlDoc, DocumentDeleter> mDocument;
     _xmlNode* mRoot = nullptr;
     _xmlNode* mCurrent = nullptr;

@@ -27,7 +27,9 @@ namespace ormel {
  */
 class TuningFileParser {
   public:
-    TuningFileParser() = default;
+    TuningFileParser() : TuningFileParser(std::make_unique<TagIterator>()) {}
+    /** Reads with a walker of one's own, which must not be null: it meets every step of the walk. */
+    explicit TuningFileParser(std::unique_ptr<TagIterator> iterator);
     TuningFileParser(const TuningFileParser&) = delete;
     TuningFileParser& operator=(const TuningFileParser&) = delete;
     virtual ~TuningFileParser() = default;
@@ -112,7 +114,8 @@ class TuningFileParser {
     std::set<ProfileEndpoint*> mProfileEndpoints;
     std::set<Tuning*> mTunings;
     std::set<DeviceTuning*> mDeviceTunings;
-    TagIterator mIterator;
+    std::unique_ptr<TagIterator> mOwnIterator;
+    TagIterator& mIterator;
 
     /** Bytes of tuning names in device tunings, each of which has one of its own. */
     size_t mTuningNameBytes = 0;
