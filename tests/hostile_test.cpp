@@ -146,6 +146,10 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
                      numbered("<device_id id='", "' endpoint_port='usb'/>\n", 100) + "<data>\n" +
                      matrix + "</data>\n</tuning>\n</d>",
              "refused"},
+            {"one long row for many endpoints",
+             "<d>\n<profile id='1'>\n" + repeat("<endpoint_type/>\n", 400) + "<drc-metadata row='" +
+                     repeat("1 ", 50000) + "'/>\n</profile>\n</d>",
+             "refused"},
             {"one long name for many devices",
              "<d>\n<tuning name='" + std::string(100000, 't') + "'>\n" +
                      numbered("<device_id id='", "' endpoint_port='usb'/>\n", 200) +

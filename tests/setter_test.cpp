@@ -77,6 +77,31 @@ TEST(ValueSetter, StoresWhatItsElementSays) {
                 ::testing::ElementsAre(info("ValueSetter", "No attribute band_ieq was found!")));
 }
 
+/** A walker that finds nothing, or more than it was asked for. */
+class OddWalker : public TagIterator {
+  public:
+    void parseNodeWithName(const std::vector<std::string>&, std::vector<std::string>& out) override {
+        out.insert(out.end(), texts.begin(), texts.end());
+    }
+
+    std::vector<std::string> texts;
+};
+
+TEST(ValueSetter, BearsAWalkerThatAnswersOddly) {
+    for (const size_t count : {0, 1, 9}) {
+        OddWalker walker;
+        walker.texts.assign(count, "1");
+        EXPECT_EQ(walker.init("<r> <a> <b> <c> <d/></c></b></a></r>", true), 0);
+        walker.next();
+        GeqPreset values(0);
+        for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+            setter->set(values, walker);
+        }
+        EXPECT_EQ(values.getValues()[PEAK_VALUE], std::vector<int>{count > 0});
+        EXPECT_EQ(values.getValues()[REGULATOR_FREQUENCY], std::vector<int>(count > 0 ? 1 : 0, 1));
+    }
+}
+
 TEST(SetterCollection, KnowsASetterForEveryParameterOfADocument) {
     SetterCollection collection;
     std::map<std::vector<int>, std::pair<int, int>> kinds;

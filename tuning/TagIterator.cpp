@@ -173,7 +173,7 @@ void TagIterator::popNode() {
         ALOGE("It's empty in node stack!");
         return;
     }
-    mCurrent = mNodeStack.back();
+    mCurrent = isExhausted() ? nullptr : mNodeStack.back();
     mNodeStack.pop_back();
     if (mStrayDepth != kNotStray && mNodeStack.size() < mStrayDepth) {
         mStrayDepth = kNotStray;

@@ -74,14 +74,21 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
         return -EINVAL;
     }
     mDocuments.emplace_back();
+    mTuningNameBytes = 0;
+    mValueCount = 0;
     parseTuningFile();
-    if (mIterator.isExhausted() || mTuningNameBytes > kMaxTuningNameBytes) {
+    if (isTooLarge()) {
+        ALOGE("Too much to read, %zu values and %zu bytes of tuning names", mValueCount,
+              mTuningNameBytes);
+    }
+    const bool complete = !mIterator.isExhausted() && !isTooLarge();
+    // The tree is the bulk of the memory, and nothing below needs it.
+    mIterator.clearAll();
+    if (!complete) {
         mDocuments.pop_back();
         return -EINVAL;
     }
     mParsed = true;
-    // The tree is the bulk of the memory, and nothing below needs it.
-    mIterator.clearAll();
     collectObjects();
     fillDeviceData();
     return 0;
@@ -190,8 +197,17 @@ bool TuningFileParser::readParameter(const std::string& name, ParameterValues& v
     if (setter == nullptr) {
         return false;
     }
-    setter->set(values, mIterator);
+    if (!isTooLarge()) {
+        setter->set(values, mIterator);
+        for (const Parameter param : setter->getParams()) {
+            mValueCount += values.getValues()[param].size();
+        }
+    }
     return true;
+}
+
+bool TuningFileParser::isTooLarge() const {
+    return mTuningNameBytes > kMaxTuningNameBytes || mValueCount > kMaxValues;
 }
 
 void TuningFileParser::parseProfile() {
@@ -346,7 +362,7 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
 
 void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
     mTuningNameBytes += tuningName.size();
-    if (mTuningNameBytes > kMaxTuningNameBytes) {
+    if (isTooLarge()) {
         return;
     }
     const auto attributes = readAttributes(mIterator, {"id", "endpoint_port"});

@@ -27,6 +27,21 @@ std::vector<std::string> toStrings(const Names& names) {
     return {names.begin(), names.end()};
 }
 
+/**
+ * The texts of the current node's attributes of the given names, in the iterator's buffer: as many
+ * as there are names, or none where the node is no element.
+ */
+const std::vector<std::string>& readTexts(TagIterator& iterator,
+                                          const std::vector<std::string>& names) {
+    std::vector<std::string>& texts = iterator.getTextBuffer();
+    texts.clear();
+    iterator.parseNodeWithName(names, texts);
+    if (!texts.empty()) {
+        texts.resize(names.size());
+    }
+    return texts;
+}
+
 void appendRow(TagIterator& iterator, std::vector<int>& row) {
     std::vector<std::string> texts;
     iterator.parseNodeAll(texts);
@@ -39,8 +54,7 @@ void appendRow(TagIterator& iterator, std::vector<int>& row) {
 
 int NodeParseUtils::parseValue(TagIterator& iterator) {
     static const auto& names = *new std::vector<std::string>{"value"};
-    std::vector<std::string> texts;
-    iterator.parseNodeWithName(names, texts);
+    const std::vector<std::string>& texts = readTexts(iterator, names);
     if (texts.empty()) {
         return 0;
     }
@@ -117,8 +131,7 @@ VirtualBassValueSetter::VirtualBassValueSetter(std::string nodeName, std::vector
     : NamedAttributesValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
 
 void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
-    std::vector<std::string> texts;
-    iterator.parseNodeWithName(mAttrNames, texts);
+    const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
     for (size_t i = 0; i < texts.size(); ++i) {
         values.set(mParams[i], {string2Int(texts[i])});
     }
@@ -139,7 +152,6 @@ void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator)
         iterator.childrenNext();
         iterator.childrenNext();
         iterator.childrenNext();
-        std::vector<std::string> texts;
         for (; iterator.isCurValid(); iterator.next()) {
             if (!iterator.isElementNode()) {
                 continue;
@@ -148,9 +160,8 @@ void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator)
                 ALOGI("No attribute band_ieq was found!");
                 break;
             }
-            texts.clear();
-            iterator.parseNodeWithName(mAttrNames, texts);
-            for (size_t i = 0; i < columns.size(); ++i) {
+            const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
+            for (size_t i = 0; i < texts.size(); ++i) {
                 columns[i].append(texts[i]).append(",");
             }
         }
@@ -174,10 +185,8 @@ void BandColumnsValueSetter::set(ParameterValues& values, TagIterator& iterator)
     {
         const ScopedPosition position(iterator);
         iterator.childrenNext();
-        std::vector<std::string> texts;
         for (; iterator.isCurValid(); iterator.next()) {
-            texts.clear();
-            iterator.parseNodeWithName(mAttrNames, texts);
+            const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
             for (size_t i = 0; i < texts.size(); ++i) {
                 columns[i].push_back(readColumn(i, texts[i]));
             }

@@ -23,8 +23,9 @@ struct _xmlNode;  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51
 int string2Int(std::string_view text);
 
 /**
- * Appends the integers of @p text to @p out. Numbers are separated by whitespace or by a comma
- * right behind a number; whatever else stands there ends the row, as does a number out of range.
+ * Appends the integers of @p text to @p out. Numbers are separated by whitespace, by a comma right
+ * behind a number, or by the next one's sign; whatever else stands there ends the row, as does a
+ * number out of range.
  */
 void string2IntVector(std::string_view text, std::vector<int>& out);
 
@@ -56,8 +57,8 @@ class TagIterator {
      * @param fromMemory says which
      * @return 0;
      *         -22 with "Invalide xml file path/data, 52" when the source is empty,
-     *         -22 with "fail to call xmlReadFile,  63" when it cannot be read or is not well
-     * formed, -19 with "fail to call xmlDocGetRootElement, 69" when it has no root
+     *         -22 with "fail to call xmlReadFile,  63" when it cannot be read or is malformed;
+     *         -19 with "fail to call xmlDocGetRootElement, 69" when it has no root
      */
     virtual int init(const std::string& source, bool fromMemory);
 
@@ -114,13 +115,19 @@ class TagIterator {
     virtual void parseNodeWithName(const std::vector<std::string>& names,
                                    std::vector<std::string>& out);
 
+    /**
+     * Room for the texts of one element, which keeps what it has grown to from reading to reading.
+     * Whoever uses it finds texts in it that mean nothing, and calls nobody else who uses it.
+     */
+    std::vector<std::string>& getTextBuffer() { return mTextBuffer; }
+
     /** Frees the document. The remembered positions stay on the stack, all of them off the end. */
     void clearAll();
 
     /**
      * Whether the walk was given up after kMaxStraySteps steps from elements without children, with
-     * "Too many steps from elements without children, 100000". The cursor is off the end then, and
-     * what was read is incomplete.
+     * "Too many steps from elements without children, 100000". The cursor stays off the end then,
+     * and what was read is incomplete.
      */
     bool isExhausted() const { return mStraySteps >= kMaxStraySteps; }
 
@@ -146,11 +153,12 @@ class TagIterator {
 
     void countStep();
 
-    const int mParserOptions;
     std::unique_ptr<_xmlDoc, DocumentDeleter> mDocument;
     _xmlNode* mRoot = nullptr;
     _xmlNode* mCurrent = nullptr;
     std::deque<_xmlNode*> mNodeStack;
+    const int mParserOptions;
+    std::vector<std::string> mTextBuffer;
     /** Depth of the stack where the cursor stayed on an element without children. */
     size_t mStrayDepth = kNotStray;
     int32_t mStraySteps = 0;

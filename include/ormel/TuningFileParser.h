@@ -40,9 +40,10 @@ class TuningFileParser {
      *
      * @param path       path of the document, or its text when @p fromMemory
      * @param fromMemory says which
-     * @return 0; or -22 when the document cannot be loaded or its walk was given up, as the iterator
-     *         has said, or when its device tunings repeat more than 16 MiB of tuning names. The
-     *         device data of an earlier call then stays
+     * @return 0; or -22 when the document cannot be loaded or its walk was given up, as the
+     * iterator has said, or when what it comes to would take too much memory: more than 16 Mi
+     * values, or more than 16 MiB of tuning names repeated in device tunings. The device data of an
+     *         earlier call then stays; the parser is not meant to be used again
      */
     int setTuningFile(const std::string& path, bool fromMemory);
 
@@ -93,6 +94,7 @@ class TuningFileParser {
 
     void parseDeviceTunings(const std::string& tuningName);
     bool readParameter(const std::string& name, ParameterValues& values);
+    bool isTooLarge() const;
     bool presetsAreNamed() const;
     void collectObjects();
     void fillDeviceData();
@@ -120,6 +122,9 @@ class TuningFileParser {
     /** Bytes of tuning names in device tunings, each of which has one of its own. */
     size_t mTuningNameBytes = 0;
     static constexpr size_t kMaxTuningNameBytes = size_t{16} << 20;
+    /** Values read. One row can be read many times over, see TagIterator::childrenNext(). */
+    size_t mValueCount = 0;
+    static constexpr size_t kMaxValues = size_t{16} << 20;
     /** What has been read, a document each, the last being the one that is read now. */
     std::list<Objects> mDocuments;
 };
