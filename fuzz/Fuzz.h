@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -64,11 +65,16 @@ class Input {
         return static_cast<int32_t>(word);
     }
 
-    std::string rest() {
-        const size_t size = mSize;
-        mSize = 0;
-        return {reinterpret_cast<const char*>(mData), size};
+    /** So many bytes, or all that are left. */
+    std::string bytes(size_t count) {
+        const size_t size = std::min(count, mSize);
+        const std::string taken(reinterpret_cast<const char*>(mData), size);
+        mData += size;
+        mSize -= size;
+        return taken;
     }
+
+    std::string rest() { return bytes(mSize); }
 
   private:
     const uint8_t* mData;

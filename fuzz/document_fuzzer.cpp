@@ -67,6 +67,52 @@ size_t dumpAll(const Objects& objects) {
     return length;
 }
 
+/** Sets what can be set of the objects to what it is already. */
+void setAll(DeviceData& data) {
+    for (IeqPreset* const preset : data.getIeqPresets()) {
+        preset->setName(preset->getName());
+    }
+    for (Profile* const profile : data.getProfiles()) {
+        profile->setName(profile->getName());
+        profile->setSelectedGeqPreset(profile->getSelectedGeqPreset());
+    }
+    for (Tuning* const tuning : data.getTunings()) {
+        const Endpoint endpoint = tuning->getEndpoint();
+        tuning->setEndpoint(endpointName(endpoint));
+        require(tuning->getEndpoint() == endpoint);
+    }
+}
+
+/** Moves a cursor as no reader would, a move for every byte, and reads wherever it comes to. */
+void walk(const std::string& moves, const std::string& text) {
+    TagIterator cursor;
+    cursor.init(text, true);
+    for (const char move : moves) {
+        switch (static_cast<uint8_t>(move) % 8) {
+            case 0:
+                cursor.childrenNext();
+                break;
+            case 1:
+                cursor.pushNode();
+                break;
+            case 2:
+                cursor.popNode();
+                break;
+            default:
+                require(!cursor.isNextValid() || cursor.isCurValid());
+                cursor.next();
+                break;
+        }
+        std::vector<std::string> texts;
+        std::vector<int> numbers;
+        cursor.parseNodeAll(texts);
+        cursor.parseNodeIntVector(numbers);
+        require(cursor.getAttrsName().size() == texts.size() && numbers.size() == texts.size());
+        require(cursor.isElementNode() || texts.empty());
+        require(cursor.isCurValid() || cursor.getNodeName().empty());
+    }
+}
+
 /** Reads the document from memory, as other callers of the parser do, and looks at all of it. */
 void inspect(const std::string& text) {
     TuningFileParser parser;
@@ -82,11 +128,15 @@ void inspect(const std::string& text) {
     compareAll(data->getProfileEndpoints());
     data->setSignature(data->getFormatVersion() + data->getToolVersion() + data->getDeviceName());
     data->validateData();
+    setAll(*data);
     const size_t length = dumpAll(data->getIeqPresets()) + dumpAll(data->getGeqPresets()) +
                           dumpAll(data->getProfiles()) + dumpAll(data->getProfileEndpoints()) +
                           dumpAll(data->getTunings()) + dumpAll(data->getDeviceTunings());
     require(length > 0 || data->getProfiles().empty());
 }
+
+/** Bytes of a walk. */
+constexpr size_t kMoves = 32;
 
 bool gRefused = false;
 
@@ -133,8 +183,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     effect.readStatus = (settings & 1) != 0 ? -1 : 0;
     effect.answersCount = (settings & 2) != 0;
     effect.answerCount = settings;
+    const std::string moves = (settings & 8) != 0 ? input.bytes(kMoves) : "";
     const std::string text = input.rest();
     file.write(text);
+    if (!moves.empty()) {
+        walk(moves, text);
+    }
     if ((settings & 4) != 0) {
         inspect(text);
     }

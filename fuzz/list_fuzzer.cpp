@@ -1,9 +1,11 @@
 // Both list readers on the same bytes: they must agree on every field and every result.
 #include <kivparamstorage/EffectParamParser.h>
 #include <ormel/KivEffect.h>
+#include <ormel/SetParamCommand.h>
 #include <ormel/SpatializerParamParser.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <vector>
 
 #include "Fuzz.h"
@@ -50,6 +52,25 @@ void readList(std::vector<int32_t>& words, int size, IEffectOrm& effect) {
     }
 }
 
+/** Hands the shared store the bytes as they are, and then as what a command makes of its words. */
+void sendToStore(const std::vector<int32_t>& words, size_t size) {
+    constexpr size_t kMaxAdded = 8;
+    KivEffect shared(0, android::String16());
+    require(shared.hasControl() && shared.setEnabled(true) == 0);
+    shared.sendSharedStore(words.data(), static_cast<unsigned>(size));
+    std::vector<int32_t> list = words;
+    require(shared.receive(0, list) == 0 && list == words);
+
+    SetParamCommand command(DEVICE_OUT_DEFAULT);
+    const size_t added = std::min(words.size(), kMaxAdded);
+    for (size_t i = 0; i < added; ++i) {
+        command.setDeviceId(words[i]);
+        command.add(static_cast<KivParameter>(words[i]), words[i]);
+        command.add(VOL, words);
+    }
+    require(command.execute(shared) == (added == 0 ? 0 : -EINVAL));
+}
+
 }  // namespace
 
 }  // namespace ormel::fuzz
@@ -69,8 +90,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     readList(words, static_cast<int>(bytes.size()) - settings % 4, effect);
     // Seldom, because the shared store keeps whatever it is given.
     if (settings >= 0xfc) {
-        ormel::KivEffect shared(0, android::String16());
-        shared.sendSharedStore(words.data(), static_cast<unsigned>(bytes.size()));
+        sendToStore(words, bytes.size());
     }
     return 0;
 }

@@ -88,6 +88,7 @@ class OddWalker : public TagIterator {
 };
 
 TEST(ValueSetter, BearsAWalkerThatAnswersOddly) {
+    LogCapture log;
     for (const size_t count : {0, 1, 9}) {
         OddWalker walker;
         walker.texts.assign(count, "1");
