@@ -91,16 +91,21 @@ class PackedListReader {
         // A positive count must fit; a negative one moves backwards, wrapping at 32 bits.
         const bool fits = count <= 0 || static_cast<uint32_t>(count) <= words - kEntryHeaderWords;
         if (!fits || !at.skip(static_cast<int32_t>(static_cast<uint32_t>(count) * kWordSize))) {
-            error("%s() failed to extract %d values for parameter #%d", "next", count,
-                  at.mParamIndex);
+            sayShortValues(count, at.mParamIndex);
             return false;
         }
         at.mValues = reinterpret_cast<int32_t*>(at.mData + valuesAt);
         return true;
     }
 
+    // What follows is for broken lists, and out of the way of the others.
+
+    [[gnu::cold, gnu::noinline]] void sayShortValues(int32_t count, int32_t index) const {
+        error("%s() failed to extract %d values for parameter #%d", "next", count, index);
+    }
+
     /** Reads as much of an entry's header as there is. */
-    Parser readShortEntry(Parser at) const {
+    [[gnu::cold, gnu::noinline]] Parser readShortEntry(Parser at) const {
         if (!readWord(at, at.mDeviceId)) {
             error("%s() failed to extract device id for parameter #%d", "next", at.mParamIndex);
         } else if (!readWord(at, at.mParamCode)) {
