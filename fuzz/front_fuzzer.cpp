@@ -105,10 +105,14 @@ void runOperation(Input& input, SpatializerParamArray& array) {
             array.getXMLTuningParams(nameOf(input.byte()));
             array.getXMLTuningMixMatrix(nameOf(input.byte()));
             break;
-        default:
+        default: {
             require(!cache.isValidPort(-1));
             require(cache.isTuningAvailable() == (array.getTuningCount() > 0));
+            std::string dump;
+            array.dump(dump, number(input));
+            require(!dump.empty() && dump.back() == '\n');
             break;
+        }
     }
 }
 

@@ -25,17 +25,21 @@ void SpatializerParamArray::loadSpatializerXMLFile(const std::string& path) {
     ALOGD("%s(%s)", __func__, path.c_str());
     const android::Mutex::Autolock lock(mLock);
     const android::Mutex::Autolock oneLoadAtATime(loadLock);
+    mLoadPath = path;
     TuningFileParser parser;
     if (parser.setTuningFile(path, false) != 0 || parser.getDeviceData() == nullptr) {
         ALOGE("Spatializer Tuning XML parses error!");
+        mLoadOutcome = LoadOutcome::NOT_READ;
         return;
     }
     DocumentLoad load(*this, *parser.getDeviceData());
     if (!load.build()) {
         ALOGE("Spatializer Tuning XML parses error!");
+        mLoadOutcome = LoadOutcome::TOO_LONG;
         return;
     }
     load.commit();
+    mLoadOutcome = LoadOutcome::LOADED;
 }
 
 DocumentLoad::DocumentLoad(SpatializerParamArray& array, const DeviceData& document)

@@ -16,6 +16,7 @@
 namespace ormel {
 
 class DocumentLoad;
+class StoreDump;
 
 /** A spatializer profile. */
 using OrmSpatializerProfileId = int32_t;
@@ -54,6 +55,9 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
 
     /** The mix matrix of a speaker tuning that gives none. */
     static const std::array<int32_t, 58> kDefaultMixMatrix;
+
+    /** Name and version of the library, which tell what a shipped file or a dump is of. */
+    static const char kVersion[];
 
     /** Where a device keeps its tuning document. */
     static constexpr char kDefaultTuningFile[] = "/vendor/etc/ormel/qsx-default-spatializer.xml";
@@ -162,8 +166,29 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
      */
     int32_t getMixMatrixCapacity() const { return mMixMatrixCapacity.load(); }
 
+    /**
+     * Appends the state to @p out, for an effect's own dump and for bug reports: kVersion; the
+     * document that was loaded last and what became of it; current profile and output channels; the
+     * document's profile lists and device tunings with their numbers of entries; graphic-equalizer
+     * gains; and each port's tuning devices, the selected one marked with a star. Changes nothing.
+     *
+     * Lines end in a line feed. Control characters of the document's names appear as question
+     * marks, so that a name takes no more than its line.
+     *
+     * The lock is tried for a second; after that "could not lock" stands in place of the state. To
+     * be sure of that, get the instance beforehand: getInstance() itself waits for a first use that
+     * is under way elsewhere.
+     *
+     * @param indent number of blanks before every line; 0 to 80; any other counts as the nearest
+     */
+    void dump(std::string& out, int indent);
+
   private:
     friend class DocumentLoad;
+    friend class StoreDump;
+
+    /** What became of a document. */
+    enum class LoadOutcome : int32_t { LOADED, NOT_READ, TOO_LONG };
 
     void registerBuiltInLists();
     /** The names of a port's tuning devices in ascending order. */
@@ -184,6 +209,9 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     std::map<int32_t, std::vector<int32_t>> mProfileGeqGains;
     std::map<std::string, std::vector<int32_t>> mMixMatrices;
     std::atomic<int32_t> mMixMatrixCapacity;
+    /** The document that was loaded last, and its outcome. */
+    std::string mLoadPath;
+    LoadOutcome mLoadOutcome = LoadOutcome::NOT_READ;
 };
 
 /** The ports that a tuning device can be selected for, in ascending order. */

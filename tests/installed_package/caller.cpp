@@ -1,0 +1,53 @@
+// Uses what a caller gets at link time and at run time only: the library's own store and shared
+// store, not copies of them, and its classes as bases.
+#include <kivparamstorage/KivParamStore.h>
+#include <ormel/KivEffect.h>
+#include <ormel/SetParamCommand.h>
+#include <ormel/SpatializerParamCache.h>
+#include <ormel/TuningFileParser.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+class CountingIterator : public ormel::TagIterator {
+  public:
+    void next() override {
+        ++count;
+        TagIterator::next();
+    }
+    static int count;
+};
+
+int CountingIterator::count = 0;
+
+bool sharesTheStore() {
+    using ormel::SpatializerParamArray;
+    const int profile = ormel::ORM_SPATIALIZER_PROFILE_MUSIC;
+    SpatializerParamArray::getInstance().setCurrentProfile(profile);
+    SpatializerParamArray::getInstance().setProfileGeqGains(profile, {4, 2});
+    return ormel::SpatializerParamCache().getProfileGeqGains() == std::vector<int32_t>{4, 2};
+}
+
+bool sharesTheSharedStore() {
+    ormel::SetParamCommand command(0);
+    command.add(ormel::VOL, 7);
+    ormel::KivEffect effect(0, android::String16("caller"));
+    command.execute(effect);
+    return ormel::KivParamStore::getInstance().getCommitCount() == 1;
+}
+
+bool walksWithTheCallersIterator() {
+    ormel::TuningFileParser parser(std::make_unique<CountingIterator>());
+    return parser.setTuningFile("<d> <profile id='1'> </profile></d>", true) == 0 &&
+           parser.getNumOfProfiles() == 1 && CountingIterator::count > 0;
+}
+
+}  // namespace
+
+int main() {
+    std::puts(ormel::SpatializerParamArray::kVersion);
+    return (sharesTheStore() ? 0 : 1) + (sharesTheSharedStore() ? 0 : 2) +
+           (walksWithTheCallersIterator() ? 0 : 4);
+}
