@@ -23,7 +23,6 @@ constexpr auto kLockPause = std::chrono::milliseconds(5);
 /** As many gains as the effect has bands. */
 constexpr size_t kShownGains = 20;
 
-constexpr const char* kProfileNames[] = {"dynamic", "movie", "music", "custom"};
 constexpr const char* kOutcomeNames[] = {"loaded", "not read", "too long"};
 
 template <size_t kCount>

@@ -27,6 +27,9 @@ constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_MOVIE = 1;
 constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_MUSIC = 2;
 constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_CUSTOM = 3;
 
+/** Text names of the profiles from dynamic to custom, by their number. Not range checked. */
+constexpr const char* kProfileNames[] = {"dynamic", "movie", "music", "custom"};
+
 /**
  * Holds the built-in lists, what the tuning document became, and the choices made since: current
  * profile, tuning device per port, graphic-equalizer gains per profile.
