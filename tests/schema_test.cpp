@@ -1,0 +1,261 @@
+// The schema of tuning documents: what it takes and rejects, and that it knows what the library
+// knows, no more and no less.
+#include <gmock/gmock.h>
+#include <libxml/xmlschemas.h>
+#include <libxml/xpath.h>
+#include <libxml/xpathInternals.h>
+#include <ormel/ValueSetter.h>
+
+#include <filesystem>
+#include <memory>
+#include <regex>
+
+#include "support/RecordingEffect.h"
+#include "support/Store.h"
+
+namespace ormel::test {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+using Names = std::set<std::string>;
+
+const std::string kFaulty = "faulty.xml";
+
+template <typename Object, void (*kFree)(Object*)>
+struct Freeing {
+    void operator()(Object* object) const { kFree(object); }
+};
+template <typename Object, void (*kFree)(Object*)>
+using Owned = std::unique_ptr<Object, Freeing<Object, kFree>>;
+using Xml = Owned<xmlDoc, xmlFreeDoc>;
+
+Xml parse(const std::string& path) {
+    return Xml(::xmlReadFile(path.c_str(), nullptr, 0));
+}
+
+std::string textOf(xmlChar* text) {
+    std::string copy = text == nullptr ? "" : reinterpret_cast<char*>(text);
+    ::xmlFree(text);
+    return copy;
+}
+
+const xmlChar* toXml(const std::string& text) {
+    return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+
+std::vector<std::filesystem::path> documentsIn(const std::string& folder) {
+    std::vector<std::filesystem::path> paths;
+    for (const auto& file : std::filesystem::directory_iterator(folder)) {
+        if (file.path().extension() == ".xml" && file.path().filename() != kFaulty) {
+            paths.push_back(file.path());
+        }
+    }
+    return paths;
+}
+
+class SchemaTest : public StoreTest {
+  protected:
+    /** What is wrong with a document: "LINE: MESSAGE" each. */
+    std::vector<std::string> validate(const std::string& path) {
+        const Owned<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt> context(
+                ::xmlSchemaNewValidCtxt(mCompiled.get()));
+        std::vector<std::string> errors;
+        const xmlStructuredErrorFunc collect = [](void* to, auto error) {
+            const std::string line = std::to_string(error->line) + ": " + error->message;
+            static_cast<std::vector<std::string>*>(to)->push_back(line);
+        };
+        ::xmlSchemaSetValidStructuredErrors(context.get(), collect, &errors);
+        const int status = ::xmlSchemaValidateDoc(context.get(), parse(path).get());
+        EXPECT_EQ(status != 0, !errors.empty());
+        return errors;
+    }
+
+    /** The texts of the schema's nodes at an XPath, blanks joined. */
+    std::vector<std::string> query(const std::string& path) {
+        const Owned<xmlXPathContext, xmlXPathFreeContext> context(
+                ::xmlXPathNewContext(mSource.get()));
+        ::xmlXPathRegisterNs(context.get(), toXml("xs"), toXml("http://www.w3.org/2001/XMLSchema"));
+        const Owned<xmlXPathObject, xmlXPathFreeObject> result(
+                ::xmlXPathEval(toXml(path), context.get()));
+        std::vector<std::string> texts;
+        const xmlNodeSet* const nodes = result->nodesetval;
+        for (int i = 0; nodes != nullptr && i < nodes->nodeNr; ++i) {
+            texts.push_back(textOf(::xmlNodeGetContent(nodes->nodeTab[i])));
+        }
+        return texts;
+    }
+
+    /** Where the schema has a parameter, or every parameter. */
+    static std::string parameterPath(const std::string& name = "") {
+        return "//xs:group[contains(@name, 'Parameters')]/*/xs:element" +
+               (name.empty() ? "" : "[@name = '" + name + "']");
+    }
+
+    Xml mSource = parse(ORMEL_SCHEMA);
+    Owned<xmlSchemaParserCtxt, xmlSchemaFreeParserCtxt> mParser{
+            ::xmlSchemaNewParserCtxt(ORMEL_SCHEMA)};
+    Owned<xmlSchema, xmlSchemaFree> mCompiled{::xmlSchemaParse(mParser.get())};
+};
+
+TEST_F(SchemaTest, TakesWhatIsReadWhole) {
+    for (const std::string folder : {ORMEL_EXAMPLES, ORMEL_SCHEMA_DOCUMENTS "/accept"}) {
+        for (const auto& path : documentsIn(folder)) {
+            EXPECT_THAT(validate(path), IsEmpty()) << path;
+        }
+    }
+    EXPECT_THAT(validate(ORMEL_EXAMPLES "/" + kFaulty), Not(IsEmpty()));
+}
+
+// The comment that heads each document names the line of its fault and what is said of it.
+TEST_F(SchemaTest, RejectsOneFaultOfEachKind) {
+    const auto paths = documentsIn(ORMEL_SCHEMA_DOCUMENTS "/reject");
+    EXPECT_THAT(paths, Not(IsEmpty()));
+    for (const auto& path : paths) {
+        SCOPED_TRACE(path.filename());
+        std::string head;
+        std::getline(std::ifstream(path), head);
+        std::smatch expected;
+        ASSERT_TRUE(std::regex_match(head, expected, std::regex("<!-- (\\d+): (.*) -->")));
+        const auto errors = validate(path);
+        ASSERT_THAT(errors, Not(IsEmpty()));
+        EXPECT_THAT(errors[0], ::testing::StartsWith(expected.str(1) + ": "));
+        EXPECT_THAT(errors[0], HasSubstr(expected.str(2)));
+    }
+}
+
+TEST_F(SchemaTest, HasTheParametersOfTheLibrary) {
+    const std::pair<const char*, ParameterOwner> sections[] = {
+            {"profileParameters", ParameterOwner::PROFILE},
+            {"endpointParameters", ParameterOwner::PROFILE_ENDPOINT},
+            {"tuningParameters", ParameterOwner::TUNING},
+    };
+    for (const auto& [group, owner] : sections) {
+        Names elements;
+        for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+            if (parametersOf(owner).count(setter->getParams().front()) != 0) {
+                elements.insert(setter->getNodeName());
+            }
+        }
+        EXPECT_THAT(query("//xs:group[@name = '" + std::string(group) + "']/*/xs:element/@name"),
+                    ::testing::UnorderedElementsAreArray(elements));
+    }
+}
+
+TEST_F(SchemaTest, HasTheFormsOfTheLibrary) {
+    const auto expectAttributes = [this](const std::string& type, const auto& names) {
+        EXPECT_THAT(query("//xs:complexType[@name = '" + type +
+                          "']//xs:attribute[@type != "
+                          "'xs:string']/@name"),
+                    ::testing::ElementsAreArray(names.begin(), names.end()));
+    };
+    expectAttributes("frequencyRange", VirtualBassValueSetter::kAttrNames);
+    expectAttributes("ieqBands", IeqValueSetter::kAttrNames);
+    expectAttributes("geqBands", GeqValueSetter::kAttrNames);
+    expectAttributes("optimizerBands", AudioOptimizerValueSetter::kAttrNames);
+    expectAttributes("regulatorBands", RegulatorTuningValueSetter::kAttrNames);
+
+    const auto expectValues = [this](const std::string& type, const auto& names) {
+        EXPECT_THAT(query("//xs:simpleType[@name = '" + type + "']//xs:enumeration/@value"),
+                    ::testing::ElementsAreArray(std::begin(names), std::end(names)));
+    };
+    expectValues("endpointText", kEndpointNames);
+    expectValues("portText", kPortNames);
+    expectValues("presetName", kIeqPresetNames);
+
+    for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+        const auto types = query(parameterPath(setter->getNodeName()) + "/@type");
+        for (const std::string& type : types) {
+            const bool isRow = dynamic_cast<const RowDataValueSetter*>(setter) != nullptr;
+            const bool isSimple = dynamic_cast<const SimpleValueSetter*>(setter) != nullptr;
+            EXPECT_EQ(type == "row", isRow) << setter->getNodeName();
+            EXPECT_EQ(type == "number" || type == "switch", isSimple) << setter->getNodeName();
+        }
+    }
+}
+
+/** Flips every flag and raises every number of an element and of all below it. */
+void alter(xmlNode* element) {
+    static const std::regex number("-?\\d+");
+    for (xmlAttr* attribute = element->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        const std::string old = textOf(::xmlNodeGetContent(attribute->children));
+        std::string altered = old == "true" ? "false" : old == "false" ? "true" : "";
+        for (std::sregex_iterator at(old.begin(), old.end(), number), end; at != end; ++at) {
+            altered += std::to_string(std::stoi(at->str()) + 1) + " ";
+        }
+        ::xmlSetProp(element, attribute->name, toXml(altered));
+    }
+    for (xmlNode* child = ::xmlFirstElementChild(element); child != nullptr;
+         child = ::xmlNextElementSibling(child)) {
+        alter(child);
+    }
+}
+
+void alterAll(xmlNode* parent, const std::string& name) {
+    for (xmlNode* child = ::xmlFirstElementChild(parent); child != nullptr;
+         child = ::xmlNextElementSibling(child)) {
+        if (name == reinterpret_cast<const char*>(child->name)) {
+            alter(child);
+        } else {
+            alterAll(child, name);
+        }
+    }
+}
+
+/** An entry of a list: list, device and code, and the values. */
+using Entry = std::pair<std::array<std::string, 3>, std::vector<int32_t>>;
+
+std::set<Entry> entriesOf(xmlDoc* document) {
+    xmlChar* text = nullptr;
+    int size = 0;
+    ::xmlDocDumpMemory(document, &text, &size);
+    SpatializerParamArray array;
+    array.loadSpatializerXMLFile(TempFile(textOf(text)).path());
+    std::set<Entry> entries;
+    const auto add = [&entries](const std::string& list, const std::vector<int32_t>& words) {
+        for (auto at = words.begin() + 2; at < words.end(); at += 3 + at[2]) {
+            entries.insert(
+                    {{list, std::to_string(at[0]), lettersOf(at[1])}, {at + 3, at + 3 + at[2]}});
+        }
+    };
+    for (int profile = 0; profile < 4; ++profile) {
+        add(std::to_string(profile), array.getXMLProfileParams(profile));
+    }
+    for (const char* const device : {"default_internal_speaker", "default_headphone"}) {
+        add(device, array.getXMLTuningParams(device));
+    }
+    return entries;
+}
+
+// What an element becomes is what changes at the effect once the element says something else.
+TEST_F(SchemaTest, SaysWhatEachParameterBecomes) {
+    const std::string example = ORMEL_EXAMPLES "/tablet-quad.xml";
+    const std::set<Entry> before = entriesOf(parse(example).get());
+    for (const std::string& name : query(parameterPath() + "/@name")) {
+        SCOPED_TRACE(name);
+        const auto documentation = query(parameterPath(name) + "//xs:documentation[not(@source)]");
+        ASSERT_FALSE(documentation.empty());
+        const auto effect = query(parameterPath(name) + "//xs:documentation[@source = 'effect']");
+        ASSERT_THAT(effect, SizeIs(1));
+
+        const Xml altered = parse(example);
+        alterAll(::xmlDocGetRootElement(altered.get()), name);
+        const std::set<Entry> after = entriesOf(altered.get());
+        std::vector<Entry> changed;
+        std::set_symmetric_difference(before.begin(), before.end(), after.begin(), after.end(),
+                                      std::back_inserter(changed));
+        Names codes;
+        for (const auto& [key, values] : changed) {
+            codes.insert(key[2]);
+        }
+        static const std::regex code("\\b[a-z]{2,4}\\b");
+        EXPECT_EQ(Names(std::sregex_token_iterator(effect[0].begin(), effect[0].end(), code), {}),
+                  codes);
+    }
+}
+
+}  // namespace
+}  // namespace ormel::test
