@@ -21,7 +21,6 @@ constexpr int32_t kCodeGebs = kivCode(GEBS);
 constexpr int32_t kCodeDom = kivCode(DOM);
 
 /** The graphic equalizer's values: the number of bands, their frequencies, their gains. */
-constexpr size_t kGeqBands = 20;
 constexpr size_t kGeqGainsAt = 1 + kGeqBands;
 constexpr size_t kGeqValues = kGeqGainsAt + kGeqBands;
 using GeqValues = std::array<int32_t, kGeqValues>;

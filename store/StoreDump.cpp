@@ -20,9 +20,6 @@ constexpr int kMaxIndent = 80;
 constexpr auto kLockPatience = std::chrono::seconds(1);
 constexpr auto kLockPause = std::chrono::milliseconds(5);
 
-/** As many gains as the effect has bands. */
-constexpr size_t kShownGains = 20;
-
 constexpr const char* kOutcomeNames[] = {"loaded", "not read", "too long"};
 
 template <size_t kCount>
@@ -47,11 +44,11 @@ std::string entriesOf(const List& list) {
 std::string gainsText(const List& gains) {
     std::string text = std::to_string(gains.size()) + " gains";
     const char* separator = ": ";
-    for (size_t i = 0; i < std::min(gains.size(), kShownGains); ++i) {
+    for (size_t i = 0; i < std::min(gains.size(), kGeqBands); ++i) {
         text += separator + std::to_string(gains[i]);
         separator = " ";
     }
-    return text + (gains.size() > kShownGains ? " ..." : "");
+    return text + (gains.size() > kGeqBands ? " ..." : "");
 }
 
 /** Mutex::timedLock() is Android's alone. */

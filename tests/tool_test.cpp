@@ -3,7 +3,12 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -11,11 +16,15 @@ namespace {
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
-const std::string kTablet = "apply " ORMEL_EXAMPLES "/tablet-quad.xml --profile movie ";
+const std::string kTabletFile = "apply " ORMEL_EXAMPLES "/tablet-quad.xml ";
+const std::string kTablet = kTabletFile + "--profile movie ";
+/** Of version 3.2.2; the other one differs from it in what is read and in what is not. */
+const std::string kSmall = ORMEL_EXAMPLES "/../tests/tools/small.xml ";
+const std::string kChanged = ORMEL_EXAMPLES "/../tests/tools/changed.xml ";
 
 /** Runs the tool. Its exit status, and what it writes to stdout and stderr. */
 std::pair<int, std::string> run(const std::string& arguments) {
-    FILE* const pipe = ::popen((ORMEL_TUNING " " + arguments + " 2>&1").c_str(), "r");
+    FILE* const pipe = ::popen((ORMEL_TUNING " 2>&1 " + arguments).c_str(), "r");
     std::string output;
     std::array<char, 4096> buffer{};
     while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
@@ -48,7 +57,8 @@ setProfile(movie, isOrmelContent=true)
 
 TEST(ApplyTest, SaysWhatItCannotDo) {
     const std::pair<std::string, std::string> failures[] = {
-            {"apply", "FILE is required\nRun with --help for more information."},
+            {"apply", "ormel-tuning: FILE is required; see --help"},
+            {"apply x", "ormel-tuning: one of --profile and --script is needed"},
             {"apply x --profile 1", "ormel-tuning: x: No such file or directory"},
             {"apply /dev/null --profile 1", "/dev/null: cannot be loaded as a tuning document"},
             {"apply x --profile film",
@@ -59,12 +69,162 @@ TEST(ApplyTest, SaysWhatItCannotDo) {
              "bluetooth, usb, other"},
             {kTablet + "--tuning usb=x",
              ": unknown tuning device 'x' for port usb; there are default_usb"},
+            {kTablet + "--geq 1,2x", "ormel-tuning: '2x' is not an integer of 32 bits"},
+            {kTablet + "--device-proc dom,loud",
+             "ormel-tuning: no parameter of the effect has the code 'loud'"},
+            {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND",
+             "ormel-tuning: stdin:4: unknown operation 'play'; there are profile, tuning, geq, "
+             "device-proc, load-tuning"},
+            {"show " + kSmall + "--profile 2", "small.xml: no such list"},
+            {"show " + kSmall + "--device tv",
+             "ormel-tuning: unknown device 'tv'; there are all_devices, speaker, wired_headphone, "
+             "Bluetooth_A2DP, USB_device"},
+            {"diff " + kSmall + "x", "ormel-tuning: x: No such file or directory"},
+            {"plot " + kSmall + "-o curves.pdf", "curves.pdf: pictures are .svg or .png"},
     };
     for (const auto& [arguments, end] : failures) {
         const auto [status, output] = run(arguments);
         EXPECT_EQ(status, 2) << arguments;
         EXPECT_THAT(output, EndsWith(end + "\n"));
     }
+}
+
+TEST(ApplyTest, RunsOneOperationAfterAnother) {
+    const auto [status, output] = run(kTabletFile + R"(--script - <<'END'
+device-proc deon
+geq 5, -3
+  profile movie ormel-content
+END)");
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(output, ::testing::HasSubstr("setDeviceProcParams(deon)\n  no calls\n"
+                                             "setProfileGeqGains(5, -3)\n"));
+    const std::string applied = output.substr(output.find("setProfile(movie"));
+    const std::string ofDocument = applied.substr(0, applied.find("  commit"));
+    EXPECT_THAT(ofDocument, HasSubstr(" 13875, 19688, 5, -3, 0, 0,"));
+    EXPECT_THAT(ofDocument, HasSubstr("  set    speaker          deon       1  "));
+    EXPECT_THAT(ofDocument, ::testing::Not(HasSubstr(" ded ")));
+}
+
+TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
+    const std::string speaker = kSmall + "--profile 1 --device speaker";
+    const std::string wide = kSmall + "--device default_internal_speaker";
+    const std::pair<std::string, std::string> cases[] = {
+            {kSmall,
+             "line 29     tuning wide 'n' low: endpoint speaker, mono false, output_channels 4, "
+             "orientation 0\n"},
+            {speaker, "\n    ieid         3  intelligent equalizer preset id  line 5\n"},
+            {speaker,
+             "    iebs       [5]  intelligent equalizer bands: count, frequencies, targets"
+             "  line 7\n"
+             "          frequency           100   1000\n"
+             "          target              -16     32\n"},
+            {speaker, "    ieon         0  intelligent equalizer enable  default\n"},
+            {speaker, "    iea          7  intelligent equalizer amount  line 21\n"},
+            {speaker, "    plb        [0]  calibration boost  absent\n"},
+            {speaker,
+             "    vbm          3  virtual bass mode, 0 when switched off  lines 25, 33\n"
+             "    vbon         2  virtual bass type  version rule\n"},
+            {speaker, "    hpon         0  hearing protection enable  version rule\n"},
+            {speaker,
+             "mix matrix\n                    line 24; default\n"
+             "          virtualizer_enable 1, endpoint speaker, orientation 1\n"
+             "          matrix 15: 16384, 0, 0, 16384, 11583, 11583, 8192, 8192, 16384, "},
+            {kSmall + "--profile 1 --device all_devices",
+             "    gebs       [3]  graphic equalizer bands: count, frequencies, gains  line 15\n"},
+            {wide,
+             "\n                    lines 29, 34, 35, 36, 37, 38\n"
+             "          channels 4\n"
+             "          left                  1      2\n"
+             "          right                 3      4\n"
+             "          left_surround         5      6\n"
+             "          right_surround        7      8\n"},
+            {wide,
+             "\n                    lines 29, 39\n"
+             "          channels 4\n"
+             "          frequency            50\n"
+             "          gain_l                1\n"
+             "          gain_r                2\n"
+             "          gain_ls               3\n"
+             "          gain_rs               4\n"},
+            {wide, "    bmde         0  bass multiband compressor enable  version rule\n"},
+            {speaker + " --json", R"(
+            {
+              "parameter": "virtual_bass_mode",
+              "origin": "line",
+              "line": 33
+            })"},
+            {speaker + " --json", R"(
+          "structure": {
+            "bands": [
+              {
+                "frequency": 100,
+                "target": -16
+              },)"},
+            {"--list movie", "built-in list movie: 27 entries\n"},
+    };
+    for (const auto& [arguments, text] : cases) {
+        const auto [status, output] = run("show " + arguments);
+        EXPECT_EQ(status, 0) << arguments;
+        EXPECT_THAT(output, HasSubstr(text));
+    }
+}
+
+TEST(DiffTest, ComparesWhatTheEffectGetsOrWhatTheDocumentsSay) {
+    // The effect gets no graphic equalizer that is not 20 bands, and no order is any of its concern.
+    const std::tuple<std::string, int, std::string> cases[] = {
+            {kSmall + kSmall, 0, "no differences\n"},
+            {kSmall + kChanged, 1, R"(profile 1
+  speaker
+    iebs  [5]  intelligent equalizer bands: count, frequencies, targets
+          target at 1000 Hz: 32 -> 48
+    vbm  3 -> 1  virtual bass mode, 0 when switched off
+tuning device internal_speaker_night
+  38 values in b only
+40 differences
+)"},
+            {"--document " + kChanged + kSmall, 1, R"(geq preset of profile 1
+    geq_gain  9 -> 8
+ieq preset 3
+    ieq_target  [2]
+          value 2: 48 -> 32
+tuning device internal_speaker_night
+  3 values in a only
+tuning wide 'n' low
+    virtual_bass_mode  1 -> 3
+6 differences
+)"},
+    };
+    for (const auto& [arguments, expected, text] : cases) {
+        EXPECT_EQ(run("diff " + arguments), std::make_pair(expected, text));
+    }
+}
+
+TEST(PlotTest, HasTheCurvesDrawn) {
+    const std::string directory = ::testing::TempDir() + "ormel-plot";
+    std::filesystem::create_directory(directory);
+    const std::string picture = directory + "/curves.svg";
+    const std::string program = directory + "/gnuplot";
+    // Draws what it is told, word for word.
+    std::ofstream(program) << "#!/bin/sh\nexec /bin/cat\n";
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    ::setenv("PATH", directory.c_str(), 1);
+    EXPECT_EQ(run("plot " + kSmall + "-o " + picture), std::make_pair(0, std::string()));
+    std::ifstream file(picture);
+    const std::string drawn(std::istreambuf_iterator<char>(file), {});
+    for (const char* const text : {
+                 "$curve0 << EOD\n100 -16\n1000 32\nEOD\n",
+                 "title 'movie speaker'",
+                 "set title 'wide ''n'' low: audio optimizer gains' noenhanced\n",
+                 "$curve3 << EOD\n50 4\nEOD\n",
+                 "set logscale x\nset xlabel 'Frequency (Hz)'\nset ylabel 'Level (dB)'\n",
+                 "($2 / 16.0)",
+         }) {
+        EXPECT_THAT(drawn, HasSubstr(text));
+    }
+    std::filesystem::remove_all(directory);
+    EXPECT_EQ(run("plot " + kSmall + "-o " + picture),
+              std::make_pair(2, std::string("ormel-tuning: drawing takes gnuplot, which is not "
+                                            "installed; Debian has it in gnuplot-nox\n")));
 }
 
 }  // namespace

@@ -1,119 +1,73 @@
 #include "Apply.h"
 
-#include <fcntl.h>
-#include <ormel/SpatializerParamArray.h>
-#include <ormel/SpatializerParamCache.h>
-#include <unistd.h>
+#include <CLI/CLI.hpp>
 
-#include <cerrno>
+#include <fstream>
 #include <iomanip>
+#include <iostream>
+#include <memory>
 #include <optional>
 #include <stdexcept>
-#include <string_view>
-#include <system_error>
+#include <string>
 #include <utility>
+#include <vector>
 
-#include "LibraryLog.h"
+#include "Json.h"
 #include "Names.h"
+#include "Operations.h"
 #include "RecordingEffect.h"
+#include "Store.h"
+#include "Text.h"
 
 namespace ormel::tools {
 
 namespace {
 
-constexpr size_t kColumns = 100;
 /** Where lists of values begin, and the meanings of parameters. */
 constexpr size_t kListColumn = 32;
 constexpr size_t kMeaningColumn = 40;
 
-/** Sends stderr nowhere while it lives. */
-class MutedStderr {
-  public:
-    MutedStderr() : mStderr(::dup(STDERR_FILENO)) {
-        const int nowhere = ::open("/dev/null", O_WRONLY);
-        ::dup2(nowhere, STDERR_FILENO);
-        ::close(nowhere);
-    }
-    MutedStderr(const MutedStderr&) = delete;
-    MutedStderr& operator=(const MutedStderr&) = delete;
-    ~MutedStderr() {
-        ::dup2(mStderr, STDERR_FILENO);
-        ::close(mStderr);
-    }
-
-  private:
-    int mStderr;
+/** The command's arguments, as they stand on the command line. */
+struct ApplyOptions {
+    std::string file;
+    std::string profile;
+    std::string script;
+    std::string gains;
+    std::string deviceProc;
+    bool ormelContent = false;
+    /** "PORT=DEVICE" each. */
+    std::vector<std::string> tunings;
+    /** Whether all messages of the library are printed, not just warnings and errors. */
+    bool verbose = false;
+    bool json = false;
 };
 
-/**
- * The process's store. Making it tries to load the device's own document, and where there is none,
- * as on hosts, libxml2 complains on stderr.
- */
-SpatializerParamArray& makeEmptyStore() {
-    const char* const ownDocument = SpatializerParamArray::kDefaultTuningFile;
-    std::optional<MutedStderr> muted;
-    if (::access(ownDocument, F_OK) != 0) {
-        muted.emplace();
+std::vector<Operation> readScriptFile(const std::string& file, const SpatializerParamArray& store) {
+    if (file == "-") {
+        return readScript(std::cin, "stdin", store);
     }
-    setLibraryLog(ANDROID_LOG_SILENT);
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
-    if (!hasLoadFailed()) {
-        throw std::runtime_error(std::string(ownDocument) +
-                                 " is in use on this device and would mix with the document");
-    }
-    return store;
+    requireReadable(file);
+    std::ifstream script(file);
+    return readScript(script, file, store);
 }
 
-void load(const ApplyOptions& options, SpatializerParamArray& store) {
-    setLibraryLog(options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN);
-    if (::access(options.file.c_str(), R_OK) != 0) {
-        throw std::runtime_error(options.file + ": " + std::generic_category().message(errno));
+std::vector<Operation> planOf(const ApplyOptions& options, const SpatializerParamArray& store) {
+    if (!options.script.empty()) {
+        return readScriptFile(options.script, store);
     }
-    store.loadSpatializerXMLFile(options.file);
-    if (hasLoadFailed()) {
-        throw std::runtime_error(options.file + ": cannot be loaded as a tuning document");
+    std::vector<Operation> plan;
+    if (!options.deviceProc.empty()) {
+        plan.push_back(deviceProcOperation(options.deviceProc));
     }
-}
-
-using TuningChoice = std::pair<Port, std::string>;
-
-TuningChoice choiceOf(const std::string& text, SpatializerParamArray& store) {
-    const size_t equals = text.find('=');
-    if (equals == std::string::npos) {
-        throw std::runtime_error("'" + text + "' is not PORT=DEVICE");
+    for (const std::string& tuning : options.tunings) {
+        plan.push_back(tuningOperation(tuning, store));
     }
-    const Port port = portOf(text.substr(0, equals));
-    const std::string device = text.substr(equals + 1);
-    if (!store.isValidTuningDevice(port, device)) {
-        const std::string available = store.getAvailableTuningDevices(port);
-        throw std::runtime_error("unknown tuning device '" + device + "' for port " +
-                                 kPortNames[port] + "; there " +
-                                 (available.empty() ? "is none" : "are " + available));
+    if (!options.gains.empty()) {
+        plan.push_back(geqOperation(options.gains, options.profile));
     }
-    return {port, device};
-}
-
-/** Breaks a text at blanks, so that it fits between @p indent and the last column. */
-std::string wrapped(std::string_view text, size_t indent) {
-    const size_t width = kColumns - indent;
-    std::string lines;
-    while (text.size() > width) {
-        const size_t blank = text.rfind(' ', width);
-        if (blank == std::string_view::npos) {
-            break;
-        }
-        lines.append(text.substr(0, blank)).append("\n").append(indent, ' ');
-        text.remove_prefix(blank + 1);
-    }
-    return lines.append(text);
-}
-
-std::string listText(const std::vector<int32_t>& values) {
-    std::string text;
-    for (const int32_t value : values) {
-        text.append(text.empty() ? "" : ", ").append(std::to_string(value));
-    }
-    return text;
+    plan.push_back(profileOperation(options.profile, options.ormelContent));
+    plan.push_back(loadTuningOperation());
+    return plan;
 }
 
 /** A single value stands before its meaning; a list below, and its length in its place. */
@@ -127,52 +81,128 @@ void print(const EffectCall& call, std::ostream& out) {
     if (call.status != 0) {
         meaning += "; failed with status " + std::to_string(call.status);
     }
-    const bool single = call.values.size() == 1;
-    const std::string list = listText(call.values);
-    const std::string value = single ? list : '[' + std::to_string(call.values.size()) + ']';
     out << (call.kind == EffectCall::Kind::SET ? "  set    " : "  read   ") << std::left
-        << std::setw(17) << device << std::setw(5) << letters << std::right << std::setw(7) << value
-        << "  " << wrapped(meaning, kMeaningColumn) << '\n';
+        << std::setw(17) << device << std::setw(5) << letters << std::right << std::setw(7)
+        << valueText(call.values) << "  " << wrapped(meaning, kMeaningColumn) << '\n';
     if (call.values.size() > 1) {
-        out << std::string(kListColumn, ' ') << wrapped(list, kListColumn) << '\n';
+        out << std::string(kListColumn, ' ') << wrapped(listText(call.values), kListColumn) << '\n';
     }
 }
 
-void print(const std::string& operation, int32_t status, RecordingEffect& effect,
-           std::ostream& out) {
-    out << operation << '\n';
-    const std::vector<EffectCall> calls = effect.takeCalls();
-    for (const EffectCall& call : calls) {
+Json toJson(const EffectCall& call) {
+    constexpr const char* kKinds[] = {"set", "read", "commit"};
+    Json json = {{"call", kKinds[static_cast<size_t>(call.kind)]},
+                 {"device", deviceText(call.device)},
+                 {"deviceId", call.device}};
+    if (call.kind != EffectCall::Kind::COMMIT) {
+        const auto [letters, meaning] = codeText(call.code);
+        json["code"] = letters;
+        json["meaning"] = meaning;
+        json["values"] = call.values;
+    }
+    json["status"] = call.status;
+    return json;
+}
+
+/** What came of one operation. */
+struct Outcome {
+    std::string operation;
+    std::vector<EffectCall> calls;
+    std::optional<int32_t> status;
+};
+
+void print(const Outcome& outcome, std::ostream& out) {
+    out << outcome.operation << '\n';
+    for (const EffectCall& call : outcome.calls) {
         print(call, out);
     }
-    out << (calls.empty() ? "  no calls\n" : "");
-    out << "  returned " << std::to_string(status) << '\n';
+    out << (outcome.calls.empty() ? "  no calls\n" : "");
+    if (outcome.status.has_value()) {
+        out << "  returned " << *outcome.status << '\n';
+    }
+}
+
+Json toJson(const Outcome& outcome) {
+    Json calls = Json::array();
+    for (const EffectCall& call : outcome.calls) {
+        calls.push_back(toJson(call));
+    }
+    Json json = {{"operation", outcome.operation}, {"calls", std::move(calls)}};
+    json["returned"] = outcome.status.has_value() ? Json(*outcome.status) : Json(nullptr);
+    return json;
+}
+
+/** Unusable arguments or documents throw before anything is written. */
+void runApply(const ApplyOptions& options, std::ostream& out) {
+    if (options.profile.empty() == options.script.empty()) {
+        throw std::runtime_error("one of --profile and --script is needed");
+    }
+    if (options.script.empty()) {
+        profileOf(options.profile);
+    }
+    SpatializerParamArray& store = processStore();
+    load(options.file, store, options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN);
+    SpatializerParamCache cache;
+    RecordingEffect effect;
+    Json operations = Json::array();
+    for (const Operation& operation : planOf(options, store)) {
+        const std::optional<int32_t> status = operation.run(cache, effect);
+        const Outcome outcome = {operation.text, effect.takeCalls(), status};
+        if (options.json) {
+            operations.push_back(toJson(outcome));
+        } else {
+            print(outcome, out);
+        }
+    }
+    if (options.json) {
+        printJson(Json{{"file", options.file}, {"operations", std::move(operations)}}, out);
+    }
 }
 
 }  // namespace
 
-void runApply(const ApplyOptions& options, std::ostream& out) {
-    const OrmSpatializerProfileId profile = profileOf(options.profile);
-    SpatializerParamArray& store = makeEmptyStore();
-    load(options, store);
-    std::vector<TuningChoice> choices;
-    for (const std::string& tuning : options.tunings) {
-        choices.push_back(choiceOf(tuning, store));
+void addApply(CLI::App& app, int& /* status */) {
+    CLI::App* const command = app.add_subcommand(
+            "apply", "Show every call that a tuning document makes an effect get");
+    const auto options = std::make_shared<ApplyOptions>();
+    command->add_option("FILE", options->file, "Tuning document")->required();
+    CLI::Option* const profile = command->add_option(
+            "--profile", options->profile, joined(profileNames(), ", ") + ", or a number");
+    std::vector<CLI::Option*> steps = {profile};
+    steps.push_back(
+            command->add_flag("--ormel-content", options->ormelContent,
+                              "Apply the profile as for content in the maker's own encoding"));
+    steps.push_back(command->add_option("--tuning", options->tunings,
+                                        "Select a tuning device for a port first; may be repeated")
+                            ->type_name("PORT=DEVICE")
+                            ->allow_extra_args(false));
+    steps.push_back(
+            command->add_option("--geq", options->gains,
+                                "Set the profile's graphic-equalizer gains first, as 0,16,-8")
+                    ->type_name("GAINS"));
+    steps.push_back(command->add_option("--device-proc", options->deviceProc,
+                                        "Effect parameters that belong to the device processing, "
+                                        "as aoon,dom; they reach the effect whatever the content")
+                            ->type_name("CODES"));
+    CLI::Option* const script =
+            command->add_option("--script", options->script,
+                                "Do these operations instead, one a line; - reads standard input")
+                    ->type_name("FILE");
+    for (CLI::Option* const step : steps) {
+        script->excludes(step);
     }
-
-    SpatializerParamCache cache;
-    RecordingEffect effect;
-    for (const auto& [port, device] : choices) {
-        const int32_t status = cache.setSelectedTuningDevice(port, device, &effect);
-        print(std::string("setSelectedTuningDevice(") + kPortNames[port] + ", " + device + ")",
-              status, effect, out);
-    }
-    const char* const content = options.ormelContent ? "true" : "false";
-    const int32_t profileStatus = cache.setProfile(profile, &effect, options.ormelContent);
-    print("setProfile(" + profileText(profile) + ", isOrmelContent=" + content + ")", profileStatus,
-          effect, out);
-    const int32_t tuningStatus = cache.loadTuning(&effect);
-    print("loadTuning()", tuningStatus, effect, out);
+    command->add_flag("--verbose", options->verbose, "Print all messages of the library to stderr");
+    command->add_flag("--json", options->json,
+                      "{file, operations: [{operation, calls: [{call, device, deviceId, code, "
+                      "meaning, values, status}], returned}]}");
+    command->footer(R"(Operations of a script:
+)" + scriptHelp() + R"(
+Examples:
+  ormel-tuning apply examples/phone-multi-tuning.xml --profile music \
+      --tuning bluetooth=bluetooth_car
+  printf '%s\n' 'profile movie' 'geq 0,16,-8' 'profile custom' |
+      ormel-tuning apply examples/tablet-quad.xml --script -)");
+    command->callback([options] { runApply(*options, std::cout); });
 }
 
 }  // namespace ormel::tools

@@ -2,20 +2,21 @@
 
 #include <ormel/KivParameter.h>
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <cstring>
+#include <iterator>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 
+#include "Text.h"
+
 namespace ormel::tools {
 
 namespace {
-
-/** By number. */
-constexpr std::array kProfileNames = {"dynamic", "movie", "music", "custom"};
-static_assert(ORM_SPATIALIZER_PROFILE_DYNAMIC == 0 && ORM_SPATIALIZER_PROFILE_CUSTOM == 3);
 
 constexpr std::pair<int32_t, const char*> kDeviceNames[] = {
         {DEVICE_OUT_DEFAULT, "all devices"},
@@ -38,6 +39,17 @@ int32_t numberOf(const std::string& name, const std::string& kind, const Names& 
     throw std::runtime_error("unknown " + kind + " '" + name + "'; there are " + known);
 }
 
+/** A number that a text is all of, in decimal, or in hex behind 0x. */
+std::optional<int32_t> wholeNumber(const std::string& text) {
+    const bool isHex = text.compare(0, 2, "0x") == 0;
+    const char* const end = text.data() + text.size();
+    int32_t number = 0;
+    const auto [rest, error] =
+            std::from_chars(text.data() + (isHex ? 2 : 0), end, number, isHex ? 16 : 10);
+    const bool isNumber = error == std::errc() && rest == end;
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
 std::string hexText(int32_t number) {
     std::ostringstream text;
     text << "0x" << std::hex << static_cast<uint32_t>(number);
@@ -47,19 +59,57 @@ std::string hexText(int32_t number) {
 }  // namespace
 
 OrmSpatializerProfileId profileOf(const std::string& text) {
-    OrmSpatializerProfileId number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
-    const bool isNumber = error == std::errc() && rest == end;
-    return isNumber ? number : numberOf(text, "profile", kProfileNames);
+    const std::optional<int32_t> number = wholeNumber(text);
+    return number.has_value() ? *number : numberOf(text, "profile", kProfileNames);
 }
 
 Port portOf(const std::string& text) {
     return static_cast<Port>(numberOf(text, "port", kPortNames));
 }
 
+int32_t deviceOf(const std::string& text) {
+    const std::vector<std::string> names = deviceNames();
+    std::string underscored = text;
+    std::replace(underscored.begin(), underscored.end(), ' ', '_');
+    const auto found = std::find(names.begin(), names.end(), underscored);
+    if (found != names.end()) {
+        return kDeviceNames[found - names.begin()].first;
+    }
+    if (const std::optional<int32_t> number = wholeNumber(text); number.has_value()) {
+        return *number;
+    }
+    throw std::runtime_error("unknown device '" + text + "'; there are " + joined(names, ", "));
+}
+
+int32_t codeOf(const std::string& letters) {
+    const int32_t code = kivCodeOfName(letters);
+    const bool isKnown =
+            std::any_of(std::begin(kKivParameterNames), std::end(kKivParameterNames),
+                        [code](const char* name) { return kivCodeOfName(name) == code; });
+    if (!isKnown) {
+        throw std::runtime_error("no parameter of the effect has the code '" + letters + "'");
+    }
+    return code;
+}
+
+std::vector<std::string> profileNames() {
+    return {std::begin(kProfileNames), std::end(kProfileNames)};
+}
+
+std::vector<std::string> deviceNames() {
+    std::vector<std::string> names;
+    for (const auto& [number, name] : kDeviceNames) {
+        std::replace_copy(name, name + std::strlen(name), std::back_inserter(names.emplace_back()),
+                          ' ', '_');
+    }
+    return names;
+}
+
 std::string profileText(OrmSpatializerProfileId profile) {
-    const bool named = profile >= 0 && profile < static_cast<int32_t>(kProfileNames.size());
+    if (profile == ORM_SPATIALIZER_PROFILE_COMMON) {
+        return "common";
+    }
+    const bool named = profile >= 0 && profile < static_cast<int32_t>(std::size(kProfileNames));
     return named ? kProfileNames[static_cast<size_t>(profile)] : std::to_string(profile);
 }
 

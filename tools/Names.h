@@ -6,13 +6,25 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace ormel::tools {
 
-// By name, a profile by its number as well. Any other text throws std::runtime_error, which says
-// what names there are.
+// By name, a profile and a device by its number as well. Any other text throws std::runtime_error,
+// which says what names there are.
 OrmSpatializerProfileId profileOf(const std::string& text);
 Port portOf(const std::string& text);
+/** An Android output device; the blanks of its name may be given as underscores. */
+int32_t deviceOf(const std::string& text);
+
+/** The code of an effect parameter, by its letters. */
+int32_t codeOf(const std::string& letters);
+
+/** The names of the profiles that have some, by number. */
+std::vector<std::string> profileNames();
+
+/** The names of the output devices that have some, without blanks. */
+std::vector<std::string> deviceNames();
 
 /** A profile's name, or its number if it has none. */
 std::string profileText(OrmSpatializerProfileId profile);

@@ -32,13 +32,18 @@ class RecordingEffect : public IEffectOrm {
     int32_t getEffectParam(int32_t device, int32_t code, int32_t* values, int32_t* count) override;
     int32_t commitEffectParams(int32_t device) override;
 
+    /** The values of each parameter, by device and code. */
+    using Values = std::map<std::pair<int32_t, int32_t>, std::vector<int32_t>>;
+
+    /** What was set, of each parameter what was set last. */
+    const Values& getValues() const { return mValues; }
+
     /** The calls since the last time. */
     std::vector<EffectCall> takeCalls() { return std::exchange(mCalls, {}); }
 
   private:
     std::vector<EffectCall> mCalls;
-    /** What was set, by device and code. */
-    std::map<std::pair<int32_t, int32_t>, std::vector<int32_t>> mValues;
+    Values mValues;
 };
 
 }  // namespace ormel::tools

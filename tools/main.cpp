@@ -1,55 +1,50 @@
-// The command line.
+// The command line: a list of commands, each in a file of its own.
 #include <CLI/CLI.hpp>
 
 #include <exception>
 #include <iostream>
 #include <stdexcept>
+#include <string>
 
 #include "Apply.h"
+#include "CheckCommand.h"
+#include "Diff.h"
+#include "Plot.h"
+#include "Show.h"
 
 namespace {
-
-using ormel::tools::ApplyOptions;
 
 /** Exit status of a run that could not do its work, wrong usage included. */
 constexpr int kFailed = 2;
 
-constexpr char kExample[] = R"(Example:
-  ormel-tuning apply examples/phone-multi-tuning.xml --profile music \
-      --tuning bluetooth=bluetooth_car)";
+constexpr char kFooter[] =
+        R"(Exit status: 0 fine, 1 findings or differences, 2 could not do the work.
 
-void addApply(CLI::App& app, ApplyOptions& options) {
-    CLI::App* const apply = app.add_subcommand(
-            "apply", "Show every call that a tuning document makes an effect get");
-    apply->add_option("FILE", options.file, "Tuning document")->required();
-    apply->add_option("--profile", options.profile, "dynamic, movie, music, custom, or a number")
-            ->required();
-    apply->add_flag("--ormel-content", options.ormelContent,
-                    "Apply the profile as for content in the maker's own encoding");
-    apply->add_option("--tuning", options.tunings,
-                      "Select a tuning device for a port first; may be repeated")
-            ->type_name("PORT=DEVICE")
-            ->allow_extra_args(false);
-    apply->add_flag("--verbose", options.verbose, "Print all messages of the library to stderr");
-    apply->footer(kExample);
-}
+Example:
+  ormel-tuning show examples/tablet-quad.xml --profile movie --device speaker)";
 
 int run(int argc, char** argv) {
     CLI::App app("Works with spatializer tuning documents.", "ormel-tuning");
     app.require_subcommand(1);
-    app.footer(kExample);
-    ApplyOptions options;
-    addApply(app, options);
+    app.footer(kFooter);
+    int status = 0;
+    ormel::tools::addCheck(app, status);
+    ormel::tools::addShow(app, status);
+    ormel::tools::addApply(app, status);
+    ormel::tools::addDiff(app, status);
+    ormel::tools::addPlot(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kFailed;
+        if (error.get_exit_code() == 0) {
+            return app.exit(error);
+        }
+        throw std::runtime_error(std::string(error.what()) + "; see --help");
     }
-    ormel::tools::runApply(options, std::cout);
     if (!std::cout.flush()) {
         throw std::runtime_error("cannot write the output");
     }
-    return 0;
+    return status;
 }
 
 }  // namespace

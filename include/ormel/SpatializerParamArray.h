@@ -8,6 +8,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -29,6 +30,9 @@ constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_CUSTOM = 3;
 
 /** Text names of the profiles from dynamic to custom, by their number. Not range checked. */
 constexpr const char* kProfileNames[] = {"dynamic", "movie", "music", "custom"};
+
+/** Bands of the effect's graphic equalizer. A list of another width is not applied. */
+constexpr size_t kGeqBands = 20;
 
 /**
  * Holds the built-in lists, what the tuning document became, and the choices made since: current

@@ -1,0 +1,104 @@
+#!/usr/bin/env bash
+# What ormel-tuning check finds, in documents each of which has little else than one fault:
+# check_test.sh TOOL EXAMPLES
+set -euo pipefail
+tool=$1
+examples=$2
+cd "$(dirname "$0")/check"
+temp=$(mktemp -d)
+trap 'rm -r "$temp"' EXIT
+failures=0
+
+fail() {
+    printf 'FAILED: %s\n' "$*"
+    failures=$((failures + 1))
+}
+
+# expect STATUS ARGUMENT...: runs the tool, whose output goes to $temp/out and $temp/err.
+expect() {
+    local expected=$1 status=0
+    shift
+    "$tool" check "$@" >"$temp/out" 2>"$temp/err" || status=$?
+    ((status == expected)) || fail "check $*: status $status, not $expected: $(<"$temp/err")"
+}
+
+# Reads findings as "FILE LINE ID", each once.
+triples() {
+    sed -nE 's/^(.*):([0-9]+): (error|warning): .* \[([a-z-]+)\]$/\1 \2 \4/p' | sort -u
+}
+
+export LC_ALL=C
+grep -v '^#' expected.txt | sort -u >"$temp/expected"
+expect 1 -q ./*.xml
+sed 's|^\./||' "$temp/out" | triples | diff "$temp/expected" - || fail 'findings'
+[[ $(grep -cvE '\[[a-z-]+\]$' "$temp/out") == 0 ]] || fail '-q prints more than findings'
+! grep -q $'\033' "$temp/out" || fail 'colours in a file'
+
+# Every rule has a document, and an explanation.
+expect 0 --rules
+sed -nE 's/^- `([a-z-]+)` \((error|warning)\): .*/\1/p' "$temp/out" >"$temp/rules"
+[[ $(wc -l <"$temp/rules") == $(wc -l <"$temp/out") ]] || fail 'a line of --rules is no rule'
+cut -d ' ' -f 3 "$temp/expected" | sort -u | diff <(sort "$temp/rules") - || fail 'rules'
+while read -r rule; do
+    expect 0 --explain "$rule"
+    grep -q "^$rule (" "$temp/out" || fail "--explain $rule"
+done <"$temp/rules"
+
+# The examples are sound but for the one that is not, which has three faults.
+for example in "$examples"/*.xml; do
+    if [[ $example == */faulty.xml ]]; then
+        expect 1 "$example"
+        [[ $(wc -l <"$temp/out") == 3 ]] || fail "$example: $(<"$temp/out")"
+    else
+        expect 0 "$example"
+        [[ ! -s $temp/out ]] || fail "$example: $(<"$temp/out")"
+    fi
+done
+
+# Lines beyond those that libxml2 counts, of tags that are longer than a line.
+{
+    printf '<device_tuning_data>\n    <format_version major="3" minor="4" maintenance="0"/>\n'
+    printf '    <profile id="0" name="p">\n'
+    printf '\n%.0s' {1..70000}
+    printf '        <volume-modeler-enable\n            value="True"/>\n    </profile>\n'
+    printf '    <profile id="1"\n        name=""\n        group="none"/>\n</device_tuning_data>\n'
+} >"$temp/long.xml"
+expect 1 "$temp/long.xml"
+triples <"$temp/out" | diff - <(printf '%s\n' "$temp/long.xml 70004 misspelt-boolean" \
+    "$temp/long.xml 70007 schema") || fail 'lines'
+
+# Documents that are made to take for ever, or to overrun the stack.
+{
+    printf '<!DOCTYPE d [<!ENTITY a0 "aaaaaaaaaa">'
+    for ((i = 1; i < 20; i++)); do
+        printf '<!ENTITY a%d "&a%d;&a%d;&a%d;&a%d;">' "$i" $((i - 1)){,,,}
+    done
+    printf ']>\n<d>\n<preset type="&a19;" id="&a19;">&a19;</preset>\n</d>\n'
+} >"$temp/bomb.xml"
+{
+    printf '<d>'
+    printf '<profile>%.0s' {1..100000}
+} >"$temp/deep.xml"
+for hostile in bomb deep; do
+    expect 1 "$temp/$hostile.xml"
+    [[ $(wc -l <"$temp/out") -lt 100 ]] || fail "$hostile: too many findings"
+done
+
+# What cannot be done is said in a line, and the other files are checked all the same.
+mkfifo "$temp/pipe"
+for file in "$temp/absent.xml" "$temp" "$temp/pipe"; do
+    expect 2 "$file" unknown-port.xml
+    [[ $(wc -l <"$temp/err") == 1 ]] || fail "$file: $(<"$temp/err")"
+    grep -q '^1 file checked' "$temp/out" || fail "$file: $(<"$temp/out")"
+done
+expect 2
+expect 2 --explain no-such-rule
+expect 2 --schema "$temp/absent.xsd" empty.xml
+
+expect 1 --json empty.xml row-cut.xml
+for part in '"file": "empty.xml"' '"line": 11' '"id": "row-cut"' '"attribute": "value"' \
+    '"checked": 2' '"errors": 5'; do
+    grep -qF "$part" "$temp/out" || fail "--json lacks $part"
+done
+
+((failures == 0))

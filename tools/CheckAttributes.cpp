@@ -1,0 +1,436 @@
+#include <ormel/SpatializerParamArray.h>
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+
+#include "CheckMeaning.h"
+#include "CheckText.h"
+#include "Text.h"
+
+namespace ormel::tools {
+
+namespace {
+
+template <typename Setter>
+bool appendNames(const ValueSetter* setter, std::vector<std::string>& names) {
+    if (dynamic_cast<const Setter*>(setter) == nullptr) {
+        return false;
+    }
+    names.assign(Setter::kAttrNames.begin(), Setter::kAttrNames.end());
+    return true;
+}
+
+template <typename Range, typename Value>
+bool contains(const Range& range, const Value& value) {
+    return std::find(std::begin(range), std::end(range), value) != std::end(range);
+}
+
+std::string quoted(std::string_view text) {
+    constexpr size_t kLongest = 40;
+    std::string quoted = "\"" + std::string(text.substr(0, kLongest));
+    return quoted + (text.size() > kLongest ? "...\"" : "\"");
+}
+
+/** What the elements of a document have for attributes, element by element. */
+class AttributeCheck {
+  public:
+    explicit AttributeCheck(const CheckContext& context)
+        : mContext(context), mDocument(context.document) {
+        for (const IeqPreset* const preset : context.data.getIeqPresets()) {
+            mIeqPresets.insert(preset->getPresetId());
+        }
+    }
+
+    void run() {
+        for (mElement = 1; mElement < mDocument.size(); ++mElement) {
+            const ReadElement& record = mContext.read(mElement);
+            if (record.as == ReadAs::NOTHING || isMisread(record)) {
+                continue;
+            }
+            mAttributes = mDocument.attributes(mElement);
+            checkUnread(record);
+            checkTexts(record);
+        }
+    }
+
+  private:
+    /**
+     * What was read as a band or row in the place of another element: since one before it has no
+     * children, or since bands lie deeper.
+     */
+    bool isMisread(const ReadElement& record) const {
+        if (record.as != ReadAs::BAND && record.as != ReadAs::ROW) {
+            return false;
+        }
+        const ReadElement& parent = mContext.read(mDocument.parent(mElement));
+        const bool isColumns = dynamic_cast<const BandColumnsValueSetter*>(record.setter);
+        const bool isContainer = mDocument.end(mElement) > mElement + 1;
+        return mDocument.parent(mElement) == 0 || isContainer ||
+               (isColumns && parent.setter != record.setter);
+    }
+
+    const std::string* find(std::string_view name) const {
+        for (const DocumentAttribute& attribute : mAttributes) {
+            if (attribute.name == name) {
+                return &attribute.text;
+            }
+        }
+        return nullptr;
+    }
+
+    void add(Rule rule, std::string_view attribute, std::string what) const {
+        mContext.add(rule, mElement, std::move(what), std::string(attribute));
+    }
+
+    void checkUnread(const ReadElement& record) const {
+        const bool isByName = record.attributes != nullptr;
+        if (record.isReadWhole || (!isByName && !record.isReadFirst)) {
+            return;
+        }
+        for (size_t i = record.isReadFirst && !isByName ? 1 : 0; i < mAttributes.size(); ++i) {
+            const DocumentAttribute& attribute = mAttributes[i];
+            // The schema's own references between elements need an attribute "type".
+            const bool isAsked = isByName && record.attributes->count(std::string(attribute.name));
+            if (!isAsked && !attribute.isQualified && attribute.name != "type") {
+                add(Rule::UNKNOWN_ATTRIBUTE, attribute.name, "is not looked at" + asked(record));
+            }
+        }
+    }
+
+    static std::string asked(const ReadElement& record) {
+        if (record.attributes == nullptr) {
+            return "; of a row the first attribute counts";
+        }
+        std::string names;
+        for (const std::string& name : *record.attributes) {
+            names.append(names.empty() ? "" : ", ").append(name);
+        }
+        // Settings are picked from what there is, the others are asked for.
+        return record.as == ReadAs::SETTING ? "" : "; the reader asks for " + names;
+    }
+
+    void checkTexts(const ReadElement& record) {
+        switch (record.as) {
+            case ReadAs::PARAMETER:
+                checkParameter(*record.setter);
+                break;
+            case ReadAs::BAND:
+                checkBand(record);
+                break;
+            case ReadAs::ROW:
+                checkRow();
+                break;
+            case ReadAs::PRESET:
+                checkPresetId(record);
+                break;
+            case ReadAs::PROFILE:
+                checkNumber("id");
+                break;
+            case ReadAs::ENDPOINT:
+                checkEndpoint("id", "other, which is never sent");
+                break;
+            case ReadAs::TUNING:
+                checkTuning();
+                break;
+            case ReadAs::DEVICE:
+                checkDevice();
+                break;
+            case ReadAs::INCLUDE:
+                checkInclude(record);
+                break;
+            case ReadAs::SETTING:
+                checkSetting(record);
+                break;
+            case ReadAs::VERSION:
+                for (const std::string& part : *record.attributes) {
+                    checkGiven(part, "an empty part of the version");
+                }
+                break;
+            case ReadAs::NOTHING:
+                break;
+        }
+    }
+
+    /** The attribute's text; null, with a finding, where it is missing. */
+    const std::string* checkGiven(std::string_view name, const std::string& reading) const {
+        const std::string* const text = find(name);
+        if (text == nullptr || text->empty()) {
+            add(Rule::MISSING_ATTRIBUTE, name,
+                (text == nullptr ? "is missing, which reads as " : "is empty, which reads as ") +
+                        reading);
+            return nullptr;
+        }
+        return text;
+    }
+
+    void report(TextFault fault, std::string_view name, const std::string& text,
+                const std::string& reading) const {
+        switch (fault) {
+            case TextFault::NONE:
+                break;
+            case TextFault::EMPTY:
+                add(Rule::MISSING_ATTRIBUTE, name, "is empty, which reads as " + reading);
+                break;
+            case TextFault::MISSPELT:
+                add(Rule::MISSPELT_BOOLEAN, name,
+                    quoted(text) + " reads as " + reading + "; write " +
+                            (meansTrue(text) ? "true" : "false"));
+                break;
+            case TextFault::NOT_A_NUMBER:
+                add(Rule::NOT_A_NUMBER, name,
+                    quoted(text) + " reads as " + reading + "; write a whole number");
+                break;
+            case TextFault::OUT_OF_RANGE:
+                add(Rule::OUT_OF_RANGE, name,
+                    quoted(text) + " reads as " + reading + "; it does not fit 32 bits");
+                break;
+        }
+    }
+
+    void checkNumber(std::string_view name) const {
+        if (const std::string* const text = checkGiven(name, "0")) {
+            report(faultOfNumber(*text), name, *text, std::to_string(string2Int(*text)));
+        }
+    }
+
+    void checkNumberIfGiven(std::string_view name) const {
+        if (find(name) != nullptr) {
+            checkNumber(name);
+        }
+    }
+
+    void checkParameter(const ValueSetter& setter) {
+        if (dynamic_cast<const SimpleValueSetter*>(&setter) != nullptr) {
+            if (const std::string* const text = checkGiven("value", "0")) {
+                report(faultOfSwitch(*text), "value", *text, std::to_string(string2Int(*text)));
+            }
+        } else if (dynamic_cast<const RowDataValueSetter*>(&setter) != nullptr) {
+            checkRow();
+        } else if (dynamic_cast<const VirtualBassValueSetter*>(&setter) != nullptr) {
+            for (const std::string& name : attributeNamesOf(&setter)) {
+                checkNumber(name);
+            }
+        } else if (dynamic_cast<const VirtualBassSubgainValueSetter*>(&setter) != nullptr) {
+            checkSubgains();
+        }
+    }
+
+    void checkSubgains() const {
+        if (mAttributes.empty()) {
+            mContext.add(Rule::MISSING_ATTRIBUTE, mElement, "has no attributes, so no values");
+        }
+        for (const DocumentAttribute& attribute : mAttributes) {
+            checkNumber(attribute.name);
+        }
+    }
+
+    void checkRow() const {
+        if (mAttributes.empty()) {
+            mContext.add(Rule::MISSING_ATTRIBUTE, mElement, "has no attribute, so no values");
+            return;
+        }
+        const DocumentAttribute& row = mAttributes.front();
+        const RowFault fault = faultOfRow(row.text);
+        const std::string reading =
+                "ends the row after " + countText(fault.read, "number", "numbers");
+        switch (fault.fault) {
+            case TextFault::EMPTY:
+                add(Rule::MISSING_ATTRIBUTE, row.name, "is empty, so there are no values");
+                break;
+            case TextFault::OUT_OF_RANGE:
+                add(Rule::OUT_OF_RANGE, row.name, fault.at + " does not fit 32 bits and " + reading);
+                break;
+            case TextFault::NOT_A_NUMBER:
+                add(Rule::ROW_CUT, row.name,
+                    quoted(fault.at) + " " + reading +
+                            "; write a comma and a number behind each number");
+                break;
+            default:
+                break;
+        }
+    }
+
+    void checkBand(const ReadElement& record) {
+        if (dynamic_cast<const PresetBandsValueSetter*>(record.setter) != nullptr) {
+            checkPresetBand(*record.setter);
+        } else if (dynamic_cast<const RegulatorTuningValueSetter*>(record.setter) != nullptr) {
+            const std::vector<std::string> names = attributeNamesOf(record.setter);
+            std::for_each(names.begin(), names.end() - 1,
+                          [this](const std::string& name) { checkNumber(name); });
+            checkFlag(names.back());
+        } else {
+            checkOptimizerBand(record);
+        }
+    }
+
+    /** Columns of presets are rows: what is no number ends them. */
+    void checkPresetBand(const ValueSetter& setter) const {
+        for (const std::string& name : attributeNamesOf(&setter)) {
+            const std::string* const text = find(name);
+            const TextFault fault = text == nullptr ? TextFault::EMPTY : faultOfNumber(*text);
+            if (fault == TextFault::EMPTY) {
+                add(Rule::SHORT_COLUMN, name,
+                    text == nullptr ? "is missing, which ends the column at this band"
+                                    : "is empty, which ends the column at this band");
+            } else if (fault != TextFault::NONE) {
+                report(fault, name, *text, "a number too many or the end of the column");
+            }
+        }
+    }
+
+    /** The surrounds' gains go out with four channels only. */
+    void checkOptimizerBand(const ReadElement& record) const {
+        const std::vector<std::string> names = attributeNamesOf(record.setter);
+        constexpr size_t kStereoNames = 3;
+        const auto* const tuning =
+                static_cast<const Tuning*>(mContext.trace.getSections()[record.section].object);
+        const auto* const channels =
+                tuning == nullptr ? nullptr : &tuning->getValues().at(OUTPUT_CHANNELS);
+        const bool isQuad = channels != nullptr && firstOr0(*channels) == 4;
+        for (size_t i = 0; i < names.size(); ++i) {
+            if (i < kStereoNames || isQuad) {
+                checkNumber(names[i]);
+            } else {
+                checkNumberIfGiven(names[i]);
+            }
+        }
+    }
+
+    /** Attributes that are set by exactly "true". */
+    void checkFlag(const std::string& name) const {
+        const std::string* const text = find(name);
+        if (text != nullptr && *text != "true" && meansTrue(*text)) {
+            report(TextFault::MISSPELT, name, *text, "false");
+        }
+    }
+
+    void checkPresetId(const ReadElement& record) {
+        if (record.section == ReadElement::kNoSection) {
+            return;
+        }
+        const bool isIeq = record.setter->getParams().front() == IEQ_FREQUENCY;
+        if (isIeq && mContext.version.presetsAreNamed) {
+            checkPresetName("id");
+        } else {
+            checkNumber("id");
+        }
+    }
+
+    bool checkPresetName(const char* name) const {
+        const std::string* const text = checkGiven(name, kIeqPresetNames[0]);
+        if (text == nullptr) {
+            return false;
+        }
+        const bool isKnown = contains(kIeqPresetNames, *text);
+        if (!isKnown) {
+            std::string names;
+            for (const char* const known : kIeqPresetNames) {
+                names.append(names.empty() ? "" : ", ").append(known);
+            }
+            add(Rule::UNKNOWN_PRESET, name,
+                quoted(*text) + " is no preset's name and reads as " + kIeqPresetNames[0] +
+                        "; there are " + names);
+        }
+        return isKnown;
+    }
+
+    void checkInclude(const ReadElement& record) {
+        int preset = 0;
+        if (record.attributes->count("preset") != 0) {
+            if (!checkPresetName("preset")) {
+                return;
+            }
+            const auto* const known = std::find(std::begin(kIeqPresetNames),
+                                                std::end(kIeqPresetNames), *find("preset"));
+            preset = static_cast<int>(known - std::begin(kIeqPresetNames));
+        } else {
+            const std::string* const text = checkGiven("ieq_preset", "preset 0");
+            if (text == nullptr || faultOfNumber(*text) != TextFault::NONE) {
+                report(text == nullptr ? TextFault::NONE : faultOfNumber(*text), "ieq_preset",
+                       text == nullptr ? "" : *text,
+                       text == nullptr ? "" : std::to_string(string2Int(*text)));
+                return;
+            }
+            preset = string2Int(*text);
+        }
+        if (mIeqPresets.count(preset) == 0) {
+            add(Rule::UNKNOWN_PRESET, *record.attributes->begin(),
+                "names a preset that the document does not have; the endpoint goes with the one "
+                "before it");
+        }
+    }
+
+    void checkEndpoint(std::string_view name, const std::string& reading) const {
+        const std::string* const text = checkGiven(name, reading);
+        if (text != nullptr && !contains(kEndpointNames, *text)) {
+            add(Rule::UNKNOWN_ENDPOINT, name,
+                quoted(*text) + " reads as " + reading + "; write speaker, headphone or other");
+        }
+    }
+
+    void checkTuning() {
+        checkGiven("name", "no name");
+        if (find("endpoint_type") != nullptr) {
+            checkEndpoint("endpoint_type", kEndpointNames[ENDPOINT_SPEAKER]);
+        }
+        checkFlag("mono_device");
+        checkNumberIfGiven("orientation");
+        checkNumber("output_channels");
+    }
+
+    void checkDevice() {
+        checkGiven("id", "no name");
+        const std::string* const port = checkGiven("endpoint_port", "no port");
+        if (port == nullptr) {
+            return;
+        }
+        if (!contains(kPortNames, *port)) {
+            add(Rule::UNKNOWN_PORT, "endpoint_port",
+                quoted(*port) + " is no port; there are " + supportedPorts());
+        } else if (kPortNameToAndroidDevice.count(*port) == 0) {
+            add(Rule::UNSUPPORTED_PORT, "endpoint_port",
+                *port + " has no output device to send the tuning to; " + supportedPorts() + " do");
+        }
+    }
+
+    static std::string supportedPorts() {
+        std::string names;
+        for (const Port port : kSupportedPorts) {
+            names.append(names.empty() ? "" : ", ").append(kPortNames[port]);
+        }
+        return names;
+    }
+
+    void checkSetting(const ReadElement& record) {
+        for (const std::string& name : *record.attributes) {
+            if (name != "device_name") {
+                checkNumberIfGiven(name);
+            }
+        }
+    }
+
+    const CheckContext& mContext;
+    const CheckDocument& mDocument;
+    size_t mElement = 0;
+    std::vector<DocumentAttribute> mAttributes;
+    std::set<int> mIeqPresets;
+};
+
+}  // namespace
+
+std::vector<std::string> attributeNamesOf(const ValueSetter* setter) {
+    std::vector<std::string> names;
+    if (!appendNames<IeqValueSetter>(setter, names) && !appendNames<GeqValueSetter>(setter, names) &&
+        !appendNames<AudioOptimizerValueSetter>(setter, names) &&
+        !appendNames<RegulatorTuningValueSetter>(setter, names)) {
+        appendNames<VirtualBassValueSetter>(setter, names);
+    }
+    return names;
+}
+
+void checkAttributes(const CheckContext& context) {
+    AttributeCheck(context).run();
+}
+
+}  // namespace ormel::tools

@@ -1,0 +1,248 @@
+#include "CheckCommand.h"
+
+#include <ormel/TagIterator.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "CheckFile.h"
+#include "Json.h"
+#include "LibraryLog.h"
+#include "Text.h"
+
+namespace ormel::tools {
+
+namespace {
+
+constexpr int kFindings = 1;
+constexpr int kFailed = 2;
+
+struct CheckOptions {
+    std::vector<std::string> files;
+    std::string schema;
+    std::string explain;
+    bool rules = false;
+    bool quiet = false;
+    bool json = false;
+};
+
+/** How many files and findings there have been. */
+struct Totals {
+    size_t files = 0;
+    size_t filesWithFindings = 0;
+    size_t errors = 0;
+    size_t warnings = 0;
+};
+
+/** Says on a terminal how far a run has come, once it has taken a second. */
+class Progress {
+  public:
+    explicit Progress(size_t files) : mFiles(files), mIsShown(::isatty(STDERR_FILENO) != 0) {}
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress() { clear(); }
+
+    void show(size_t done, const std::string& file) {
+        if (!mIsShown || std::chrono::steady_clock::now() - mStart < std::chrono::seconds(1)) {
+            return;
+        }
+        const std::string text = printable("[" + std::to_string(done + 1) + "/" +
+                                           std::to_string(mFiles) + "] " + file);
+        std::cerr << '\r' << text << "\033[K" << std::flush;
+        mIsDirty = true;
+    }
+
+    /** Makes way for a line of output. */
+    void clear() {
+        if (mIsDirty) {
+            std::cerr << "\r\033[K" << std::flush;
+            mIsDirty = false;
+        }
+    }
+
+  private:
+    const size_t mFiles;
+    const bool mIsShown;
+    bool mIsDirty = false;
+    const std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
+};
+
+std::string textOf(const Finding& finding) {
+    std::string text = finding.elementName.empty() ? "" : "<" + finding.elementName + ">";
+    text += finding.attribute.empty() ? "" : " " + finding.attribute;
+    return printable(text + (text.empty() ? "" : ": ") + finding.what);
+}
+
+void printText(const std::string& file, Findings& findings, const Style& style) {
+    for (const Finding& finding : findings.sorted()) {
+        const RuleRow& row = rowOf(finding.rule);
+        const std::string severity = severityName(row.severity);
+        const bool isError = row.severity == Severity::ERROR;
+        std::cout << printable(file) << ':' << finding.line << ": "
+                  << (isError ? style.removed(severity) : style.heading(severity)) << ": "
+                  << textOf(finding) << ' ' << style.faint("[" + std::string(row.id) + "]") << '\n';
+    }
+    for (const RuleRow& row : allRules()) {
+        if (const size_t count = findings.countOf(row.rule); count > Findings::kMaxPerRule) {
+            std::cout << printable(file) << ": " << count - Findings::kMaxPerRule << " more ["
+                      << row.id << "]\n";
+        }
+    }
+}
+
+Json jsonOf(const std::string& file, Findings& findings) {
+    Json list = Json::array();
+    for (const Finding& finding : findings.sorted()) {
+        const RuleRow& row = rowOf(finding.rule);
+        list.push_back({{"line", finding.line},
+                        {"severity", severityName(row.severity)},
+                        {"id", row.id},
+                        {"element", finding.elementName},
+                        {"attribute", finding.attribute},
+                        {"what", finding.what},
+                        {"remedy", row.remedy}});
+    }
+    return {{"file", file},
+            {"errors", findings.countOf(Severity::ERROR)},
+            {"warnings", findings.countOf(Severity::WARNING)},
+            {"findings", std::move(list)}};
+}
+
+std::string summaryOf(const Totals& totals) {
+    return countText(totals.files, "file", "files") +
+           " checked: " + countText(totals.errors, "error", "errors") + " and " +
+           countText(totals.warnings, "warning", "warnings") + " in " +
+           countText(totals.filesWithFindings, "file", "files");
+}
+
+Json jsonOf(const RuleRow& row) {
+    return {{"id", row.id},
+            {"severity", severityName(row.severity)},
+            {"sentence", row.sentence},
+            {"remedy", row.remedy}};
+}
+
+void explain(const CheckOptions& options) {
+    const RuleRow* const row = findRule(options.explain);
+    if (row == nullptr) {
+        throw std::runtime_error("there is no rule '" + options.explain + "'; see check --rules");
+    }
+    if (options.json) {
+        printJson(jsonOf(*row), std::cout);
+        return;
+    }
+    std::cout << row->id << " (" << severityName(row->severity) << ")\n"
+              << wrapped(row->sentence, 0) << "\nInstead: " << wrapped(row->remedy, 0) << '\n';
+}
+
+/** A list in Markdown. */
+void printRules(const CheckOptions& options) {
+    Json rules = Json::array();
+    for (const RuleRow& row : allRules()) {
+        rules.push_back(jsonOf(row));
+        if (!options.json) {
+            std::cout << "- `" << row.id << "` (" << severityName(row.severity)
+                      << "): " << row.sentence << ' ' << row.remedy << '\n';
+        }
+    }
+    if (options.json) {
+        printJson(rules, std::cout);
+    }
+}
+
+void count(const Findings& findings, Totals& totals) {
+    const size_t errors = findings.countOf(Severity::ERROR);
+    const size_t warnings = findings.countOf(Severity::WARNING);
+    ++totals.files;
+    totals.filesWithFindings += errors + warnings == 0 ? 0 : 1;
+    totals.errors += errors;
+    totals.warnings += warnings;
+}
+
+int checkFiles(const CheckOptions& options) {
+    setLibraryLog(ANDROID_LOG_SILENT);
+    // The last iterator to go takes libxml2's state with it, which the schema is part of.
+    const TagIterator keepsLibraryUp;
+    const CheckSchema schema(options.schema);
+    const Style style;
+    Progress progress(options.files.size());
+    Totals totals;
+    Json reports = Json::array();
+    bool hasFailed = false;
+    for (size_t i = 0; i < options.files.size(); ++i) {
+        const std::string& file = options.files[i];
+        progress.show(i, file);
+        try {
+            Findings findings = checkFile(file, schema);
+            count(findings, totals);
+            if (options.json) {
+                reports.push_back(jsonOf(file, findings));
+            } else if (!findings.all().empty()) {
+                progress.clear();
+                printText(file, findings, style);
+            }
+        } catch (const std::runtime_error& error) {
+            progress.clear();
+            std::cerr << "ormel-tuning: " << printable(error.what()) << '\n';
+            hasFailed = true;
+        }
+    }
+    progress.clear();
+    if (options.json) {
+        printJson({{"files", std::move(reports)},
+                   {"checked", totals.files},
+                   {"errors", totals.errors},
+                   {"warnings", totals.warnings}},
+                  std::cout);
+    } else if (options.files.size() > 1 && !options.quiet) {
+        std::cout << summaryOf(totals) << '\n';
+    }
+    return hasFailed ? kFailed : totals.filesWithFindings == 0 ? 0 : kFindings;
+}
+
+int run(const CheckOptions& options) {
+    if (options.rules) {
+        printRules(options);
+        return 0;
+    }
+    if (!options.explain.empty()) {
+        explain(options);
+        return 0;
+    }
+    if (options.files.empty()) {
+        throw std::runtime_error("check: FILE is required; see --help");
+    }
+    return checkFiles(options);
+}
+
+}  // namespace
+
+void addCheck(CLI::App& app, int& status) {
+    CLI::App* const command = app.add_subcommand(
+            "check", "Find what is wrong with tuning documents, most of which is lost in silence");
+    const auto options = std::make_shared<CheckOptions>();
+    command->add_option("FILE", options->files, "Tuning documents");
+    command->add_option("--schema", options->schema, "Use this schema in place of the one built in")
+            ->type_name("FILE");
+    command->add_option("--explain", options->explain, "Say what a rule finds and what to do")
+            ->type_name("ID");
+    command->add_flag("--rules", options->rules, "List all rules, in Markdown");
+    command->add_flag("-q,--quiet", options->quiet, "Print findings alone, no summary");
+    command->add_flag("--json", options->json,
+                      "{files: [{file, errors, warnings, findings: [{line, severity, id, element, "
+                      "attribute, what, remedy}]}], checked, errors, warnings}; element and "
+                      "attribute are empty where a finding is about none");
+    command->footer(R"(Findings read FILE:LINE: severity: what [id], the id being a rule's.
+
+Examples:
+  ormel-tuning check examples/faulty.xml
+  ormel-tuning check --explain lost-first-child)");
+    command->callback([options, &status] { status = run(*options); });
+}
+
+}  // namespace ormel::tools

@@ -1,0 +1,55 @@
+// The layer of `check` that goes by what the reader made of a document.
+#pragma once
+
+#include "CheckDocument.h"
+#include "CheckRules.h"
+#include "ReadTrace.h"
+#include "VersionRules.h"
+
+namespace ormel::tools {
+
+/** A document, what its reader did with it, and where findings go. */
+struct CheckContext {
+    const CheckDocument& document;
+    const ReadTrace& trace;
+    const DeviceData& data;
+    const VersionRules& version;
+    Findings& findings;
+
+    const ReadElement& read(size_t element) const { return trace.getElements()[element]; }
+    const ReadSection& section(size_t element) const {
+        return trace.getSections()[read(element).section];
+    }
+    /** Whether the reader was at the element at all, other than to look at its name. */
+    bool isUsed(size_t element) const {
+        const ReadElement& record = read(element);
+        return record.as != ReadAs::NOTHING || record.isEntered || record.isStray;
+    }
+    /** Whether the reader passed over the element since its parent has nothing in front of it. */
+    bool isLostFirst(size_t element) const {
+        return element != 0 && document.isFirstNode(element) &&
+               read(document.parent(element)).isEntered && !isUsed(element);
+    }
+    void add(Rule rule, size_t element, std::string what, std::string attribute = "") const {
+        findings.add(document.finding(rule, element, std::move(what), std::move(attribute)));
+    }
+    void addWhole(Rule rule, size_t element, std::string what) const {
+        Finding finding = document.finding(rule, element, std::move(what));
+        finding.isWhole = true;
+        findings.add(std::move(finding));
+    }
+};
+
+/** The names of the attributes that a setter reads bands or ranges by; empty for other setters. */
+std::vector<std::string> attributeNamesOf(const ValueSetter* setter);
+
+/** What is left unread, and what is read in the wrong place. */
+void checkStructure(const CheckContext& context);
+
+/** The texts of attributes, and those that are missing or not looked at. */
+void checkAttributes(const CheckContext& context);
+
+/** What the objects of the document come to, each and together. */
+void checkObjects(const CheckContext& context);
+
+}  // namespace ormel::tools

@@ -1,0 +1,420 @@
+#include <ormel/KivParameter.h>
+#include <ormel/SetParamCommand.h>
+#include <ormel/SpatializerParamArray.h>
+#include <ormel/Translator.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "CheckMeaning.h"
+
+namespace ormel::tools {
+
+namespace {
+
+ParameterOwner ownerOf(ReadAs section) {
+    switch (section) {
+        case ReadAs::PROFILE:
+            return ParameterOwner::PROFILE;
+        case ReadAs::ENDPOINT:
+            return ParameterOwner::PROFILE_ENDPOINT;
+        case ReadAs::TUNING:
+            return ParameterOwner::TUNING;
+        default:
+            return ParameterOwner::NONE;
+    }
+}
+
+/** Where parameters of a kind of object belong. */
+const char* placeOf(ParameterOwner owner) {
+    switch (owner) {
+        case ParameterOwner::PROFILE:
+            return "a profile";
+        case ParameterOwner::PROFILE_ENDPOINT:
+            return "an endpoint_type";
+        case ParameterOwner::TUNING:
+            return "the data of a tuning";
+        default:
+            return "a preset";
+    }
+}
+
+/** The parameter elements of a document, each in its section. */
+class ParameterCheck {
+  public:
+    explicit ParameterCheck(const CheckContext& context)
+        : mContext(context), mDocument(context.document) {
+        for (const ReadSection& section : mContext.trace.getSections()) {
+            if (section.as == ReadAs::ENDPOINT) {
+                const size_t profile = mContext.read(mDocument.parent(section.element)).section;
+                const auto [found, isNew] =
+                        mEndpoints.try_emplace(profile, Range{section.element, section.element});
+                found->second.last = section.element;
+            }
+        }
+    }
+
+    void run() {
+        for (size_t i = 1; i < mDocument.size(); ++i) {
+            const ReadElement& record = mContext.read(i);
+            if (record.as == ReadAs::PARAMETER) {
+                check(i, *record.setter, mContext.section(i));
+            }
+        }
+    }
+
+  private:
+    struct Range {
+        size_t first;
+        size_t last;
+    };
+
+    void check(size_t element, const ValueSetter& setter, const ReadSection& section) {
+        const Parameter param = setter.getParams().front();
+        const size_t key =
+                mContext.read(element).section * kParameterCount + static_cast<size_t>(param);
+        const auto [earlier, isFirst] = mLast.try_emplace(key, element);
+        const size_t before = isFirst ? 0 : earlier->second;
+        earlier->second = element;
+        if (section.as == ReadAs::PROFILE && mContext.version.fromProfile.count(param) != 0) {
+            checkForEndpoints(element, before);
+            return;
+        }
+        if (before != 0) {
+            addRepeated(element, before);
+        }
+        if (parametersOf(ownerOf(section.as)).count(param) == 0) {
+            mContext.add(Rule::WRONG_SECTION, element,
+                         std::string("is not sent from here; it belongs into ") +
+                                 placeOf(kParameterOwners[param]));
+        } else {
+            checkOverwritten(element, param, section);
+        }
+    }
+
+    void addRepeated(size_t element, size_t before) const {
+        mContext.add(Rule::REPEATED_VALUE, element,
+                     "replaces what line " + std::to_string(mDocument.line(before)) +
+                             " gives; remove one of the two");
+    }
+
+    /** A value in a profile that goes to the endpoints behind it, up to the next such value. */
+    void checkForEndpoints(size_t element, size_t before) const {
+        const auto found = mEndpoints.find(mContext.read(element).section);
+        const bool hasEndpoints = found != mEndpoints.end();
+        if (hasEndpoints && found->second.last < element) {
+            mContext.add(Rule::LATE_IEQ, element,
+                         "reaches no endpoint, since all of them stand before it; move it ahead of "
+                         "them");
+        } else if (hasEndpoints && found->second.first < element && before == 0) {
+            mContext.add(Rule::LATE_IEQ, element,
+                         "does not reach the endpoints before it; move it ahead of them");
+        } else if (before != 0 &&
+                   !(hasEndpoints && endpointBetween(found->first, before, element))) {
+            addRepeated(element, before);
+        }
+    }
+
+    bool endpointBetween(size_t profile, size_t begin, size_t end) const {
+        for (size_t i = begin; i < end; ++i) {
+            if (mContext.read(i).as == ReadAs::ENDPOINT &&
+                mContext.read(mDocument.parent(i)).section == profile) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void checkOverwritten(size_t element, Parameter param, const ReadSection& section) const {
+        const auto& fixed = mContext.version.fixedIn(section.as);
+        const bool isInherited =
+                section.as == ReadAs::ENDPOINT && mContext.version.fromProfile.count(param) != 0;
+        if ((!isInherited && fixed.count(param) == 0) || section.object == nullptr) {
+            return;
+        }
+        const auto* const object = static_cast<const ParameterValues*>(section.object);
+        const int stands = firstOr0(object->getValues().at(param));
+        const std::string text = mDocument.attribute(element, "value").value_or("");
+        if ((text == "true" ? 1 : string2Int(text)) != stands) {
+            mContext.add(Rule::OVERWRITTEN, element,
+                         std::string("is replaced by ") + std::to_string(stands) +
+                                 (isInherited ? ", which is the profile's in this format"
+                                              : " in this format"));
+        }
+    }
+
+    const CheckContext& mContext;
+    const CheckDocument& mDocument;
+    /** The first and last endpoint of a profile's section. */
+    std::unordered_map<size_t, Range> mEndpoints;
+    /** The last element by section and parameter. */
+    std::unordered_map<size_t, size_t> mLast;
+};
+
+/** A list per channel, sent one behind the other with the first one's length. */
+struct ChannelLists {
+    KivParameter entry;
+    const char* what;
+    Parameter enable;
+    /** Left, right, and the surrounds. */
+    std::array<Parameter, 4> lists;
+};
+
+constexpr ChannelLists kChannelLists[] = {
+        {CEQT,
+         "the complex equalizer",
+         COMPLEX_EQUALIZER_ENABLE,
+         {COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_TUNING_RIGHT,
+          COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND}},
+        {RSSA,
+         "sibilance suppression",
+         REGULATOR_SIBILANCE_SUPPRESS_ENABLE,
+         {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT,
+          REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND,
+          REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND}},
+};
+
+/** What one tuning is sent as. */
+class TuningCheck {
+  public:
+    TuningCheck(const CheckContext& context, const Tuning& tuning, size_t element)
+        : mContext(context), mTuning(tuning), mElement(element), mSent(codesOf(tuning)) {}
+
+    void run() const {
+        if (!isSent(AOBS) && !valuesOf(AUDIO_OPTIMIZER_FREQUENCY).empty()) {
+            addNotSent("the optimizer", AUDIO_OPTIMIZER_FREQUENCY);
+        }
+        for (const ChannelLists& lists : kChannelLists) {
+            checkLists(lists);
+        }
+        checkMixMatrix();
+    }
+
+  private:
+    /** Codes of the entries that the tuning translates to. */
+    static std::set<int32_t> codesOf(Tuning tuning) {
+        SetParamCommand command(DEVICE_OUT_DEFAULT);
+        ParameterTranslator translator;
+        translator.setSource(&tuning, ENDPOINT_SPEAKER, false);
+        translator.translateAll(command);
+        std::set<int32_t> codes;
+        const std::vector<int32_t>& words = command.mParams;
+        for (size_t at = 2; at + 2 < words.size(); at += 3 + static_cast<size_t>(words[at + 2])) {
+            codes.insert(words[at + 1]);
+        }
+        return codes;
+    }
+
+    bool isSent(KivParameter param) const { return mSent.count(kivCode(param)) != 0; }
+
+    const std::vector<int>& valuesOf(Parameter param) const {
+        static const std::vector<int> none;
+        const auto found = mTuning.getValues().find(param);
+        return found == mTuning.getValues().end() ? none : found->second;
+    }
+
+    /** Place of the element that gives a parameter, else that of the tuning. */
+    size_t giverOf(Parameter param) const {
+        const ReadElement* const giver = mContext.trace.giverOf(mTuning, param);
+        return giver == nullptr ? mElement : giver->index;
+    }
+
+    void addNotSent(const std::string& what, Parameter param) const {
+        const int channels = firstOr0(valuesOf(OUTPUT_CHANNELS));
+        mContext.add(Rule::CHANNELS_NOT_SENT, giverOf(param),
+                     what + " is not sent for output_channels=\"" + std::to_string(channels) +
+                             "\", only for 2 and 4");
+    }
+
+    void checkLists(const ChannelLists& lists) const {
+        const Parameter left = lists.lists.front();
+        const bool isOn = firstOr0(valuesOf(lists.enable)) == 1;
+        if (!isOn) {
+            return;
+        }
+        if (!isSent(lists.entry)) {
+            if (!valuesOf(left).empty()) {
+                addNotSent(lists.what, left);
+            }
+            return;
+        }
+        const auto channels = static_cast<size_t>(firstOr0(valuesOf(OUTPUT_CHANNELS)));
+        const size_t length = valuesOf(left).size();
+        for (size_t i = 1; i < std::min(channels, lists.lists.size()); ++i) {
+            const size_t other = valuesOf(lists.lists[i]).size();
+            if (other != length) {
+                mContext.add(Rule::UNEQUAL_COLUMNS, giverOf(lists.lists[i]),
+                             std::string(parameterName(lists.lists[i])) + " has " +
+                                     std::to_string(other) + " values and the left channel " +
+                                     std::to_string(length) + ", so the effect reads them shifted");
+            }
+        }
+    }
+
+    void checkMixMatrix() const {
+        const size_t length = valuesOf(OUTPUT_MIX_MATRIX).size();
+        const size_t wanted = SpatializerParamArray::kDefaultMixMatrix.size();
+        const ReadElement* const giver = mContext.trace.giverOf(mTuning, OUTPUT_MIX_MATRIX);
+        if (giver != nullptr && length != wanted) {
+            mContext.add(Rule::MIX_MATRIX_LENGTH, giver->index,
+                         "has a mix matrix of " + std::to_string(length) + " values in place of " +
+                                 std::to_string(wanted));
+        }
+    }
+
+    const CheckContext& mContext;
+    const Tuning& mTuning;
+    const size_t mElement;
+    const std::set<int32_t> mSent;
+};
+
+/** The tuning device that is selected on each supported port from the start. */
+const std::map<Port, std::string>& defaultDevices() {
+    static const auto& devices = *[] {
+        auto* const names = new std::map<Port, std::string>;
+        // A store reads the device's own document first, and libxml2 says that there is none.
+        xmlSetStructuredErrorFunc(nullptr, [](void*, XmlError*) {});
+        SpatializerParamArray store;
+        xmlSetStructuredErrorFunc(nullptr, nullptr);
+        for (const Port port : kSupportedPorts) {
+            names->emplace(port, store.getSelectedTuningDevice(port));
+        }
+        return names;
+    }();
+    return devices;
+}
+
+/** What must be there once, and what must be there. */
+class ReferenceCheck {
+  public:
+    explicit ReferenceCheck(const CheckContext& context) : mContext(context) {}
+
+    void run() {
+        for (const ReadSection& section : mContext.trace.getSections()) {
+            if (section.object != nullptr) {
+                check(section);
+            }
+        }
+        if (!mDevices.empty()) {
+            checkDefaults();
+        }
+    }
+
+  private:
+    void check(const ReadSection& section) {
+        const ValueSetter* const setter = mContext.read(section.element).setter;
+        switch (section.as) {
+            case ReadAs::PROFILE: {
+                const auto* const profile = objectOf<Profile>(section);
+                checkOnce(Rule::REPEATED_PROFILE, section.element,
+                          "profile " + std::to_string(profile->getProfileId()),
+                          "the first one stands and gets the endpoints of both");
+                break;
+            }
+            case ReadAs::ENDPOINT: {
+                const auto* const endpoint = objectOf<ProfileEndpoint>(section);
+                if (endpoint->getEndpoint() == ENDPOINT_OTHER) {
+                    break;
+                }
+                checkOnce(Rule::REPEATED_ENDPOINT, section.element,
+                          std::string("endpoint ") + endpointName(endpoint->getEndpoint()),
+                          "both are sent, so the values of the last one stand",
+                          std::to_string(mContext.document.parent(section.element)));
+                break;
+            }
+            case ReadAs::PRESET:
+                if (setter->getParams().front() == IEQ_FREQUENCY) {
+                    checkOnce(Rule::REPEATED_PRESET, section.element,
+                              "ieq preset " +
+                                      std::to_string(objectOf<IeqPreset>(section)->getPresetId()),
+                              "the first one stands");
+                } else {
+                    checkOnce(Rule::REPEATED_PRESET, section.element,
+                              "geq preset " +
+                                      std::to_string(objectOf<GeqPreset>(section)->getProfileId()),
+                              "both are sent, and the first one's gains stand");
+                }
+                break;
+            case ReadAs::TUNING: {
+                const auto* const tuning = objectOf<Tuning>(section);
+                checkOnce(Rule::REPEATED_TUNING, section.element, "tuning " + tuning->getName(),
+                          "devices of either get the first one");
+                TuningCheck(mContext, *tuning, section.element).run();
+                break;
+            }
+            case ReadAs::DEVICE: {
+                const auto* const device = static_cast<const DeviceTuning*>(section.object);
+                checkOnce(Rule::REPEATED_DEVICE, section.element,
+                          "tuning device " + device->getDevice(), "the last one stands");
+                mDevices[device->getDevice()] = {device->getPort(), section.element};
+                break;
+            }
+            default:
+                break;
+        }
+    }
+
+    template <typename Object>
+    static const Object* objectOf(const ReadSection& section) {
+        return static_cast<const Object*>(section.object);
+    }
+
+    /** @param scope what else has to be the same for two to be one too many */
+    void checkOnce(Rule rule, size_t element, const std::string& key, const std::string& outcome,
+                   const std::string& scope = "") {
+        const auto [first, isNew] = mFirst.try_emplace(scope + " " + key, element);
+        if (!isNew) {
+            mContext.add(rule, element,
+                         key + " is there since line " +
+                                 std::to_string(mContext.document.line(first->second)) + "; " +
+                                 outcome);
+        }
+    }
+
+    void checkDefaults() const {
+        for (const Port port : kSupportedPorts) {
+            const std::string& name = defaultDevices().at(port);
+            const auto device = mDevices.find(name);
+            if (device != mDevices.end() && device->second.port == kPortNames[port]) {
+                continue;
+            }
+            const size_t place = device == mDevices.end() ? firstTuning() : device->second.element;
+            mContext.add(Rule::MISSING_DEFAULT_DEVICE, place,
+                         std::string("port ") + kPortNames[port] + " starts with tuning device " +
+                                 name + ", which is not on it; bind it with device_id");
+        }
+    }
+
+    size_t firstTuning() const {
+        const auto& sections = mContext.trace.getSections();
+        const auto found = std::find_if(sections.begin(), sections.end(), [](const auto& section) {
+            return section.as == ReadAs::TUNING;
+        });
+        return found == sections.end() ? 0 : found->element;
+    }
+
+    struct Binding {
+        std::string port;
+        size_t element;
+    };
+
+    const CheckContext& mContext;
+    std::unordered_map<std::string, size_t> mFirst;
+    /** By name; of several the last, as in the store. */
+    std::unordered_map<std::string, Binding> mDevices;
+};
+
+}  // namespace
+
+void checkObjects(const CheckContext& context) {
+    ParameterCheck(context).run();
+    ReferenceCheck(context).run();
+}
+
+}  // namespace ormel::tools

@@ -1,0 +1,276 @@
+#include <ormel/SpatializerParamArray.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "CheckMeaning.h"
+#include "Text.h"
+
+namespace ormel::tools {
+
+namespace {
+
+/** Names that differ in case and in dashes only are alike. */
+std::string likeness(std::string_view name) {
+    std::string like(name);
+    for (char& letter : like) {
+        letter = letter == '_' ? '-' : letter;
+        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    }
+    return like;
+}
+
+/** A parameter's or section's name that is like an unknown one; empty where none is. */
+std::string similarName(std::string_view name) {
+    std::string like = likeness(name);
+    for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+        if (setter->getNodeName() == like) {
+            return like;
+        }
+    }
+    for (const char* const known :
+         {"format_version", "tool_version", "authorized_technologies", "global_setting", "preset",
+          "profile", "endpoint_type", "tuning", "device_id", "include"}) {
+        if (likeness(known) == like && known != name) {
+            return known;
+        }
+    }
+    return "";
+}
+
+/** Goes through a document for what its reader left unread. */
+class StructureCheck {
+  public:
+    explicit StructureCheck(const CheckContext& context)
+        : mContext(context), mDocument(context.document) {}
+
+    void run() {
+        const size_t stop = checkStop();
+        for (size_t i = 1; i < mDocument.size();) {
+            if (mDocument.parent(i) == 0 && i > stop) {
+                break;
+            }
+            i = checkElement(i);
+        }
+        checkSections();
+    }
+
+  private:
+    /** Place of the tuning that the reader stopped at; behind everything if it did not. */
+    size_t checkStop() {
+        const size_t section = mContext.trace.getStop();
+        if (section == ReadElement::kNoSection) {
+            return mDocument.size();
+        }
+        const size_t tuning = mContext.trace.getSections()[section].element;
+        size_t unread = 0;
+        size_t first = 0;
+        for (size_t i = mDocument.end(tuning); i < mDocument.size(); i = mDocument.end(i)) {
+            const std::string_view name = mDocument.name(i);
+            if (name == "profile" || name == "preset" || name == "tuning") {
+                first = unread++ == 0 ? i : first;
+            }
+        }
+        std::string what = "has no data element, so it is dropped and the reader stops; ";
+        what += unread == 0 ? "nothing follows"
+                            : countText(unread, "section", "sections") + " from line " +
+                                      std::to_string(mDocument.line(first)) +
+                                      (unread == 1 ? " is" : " are") + " left unread";
+        mContext.addWhole(Rule::TUNING_WITHOUT_DATA, tuning, what);
+        return tuning;
+    }
+
+    /** The place to go on from. */
+    size_t checkElement(size_t element) {
+        const ReadElement& record = mContext.read(element);
+        const bool isTop = mDocument.parent(element) == 0;
+        if (isTop && mDocument.name(element) == "preset") {
+            checkPreset(element);
+            return mDocument.end(element);
+        }
+        if (mContext.isUsed(element)) {
+            return element + 1;
+        }
+        if (mContext.isLostFirst(element)) {
+            addLostFirst(element);
+        } else if (mDocument.name(element) == "include" && isInSection(element)) {
+            addInclude(element);
+        } else if (isTop && mDocument.name(element) == "authorized_technologies") {
+            checkUnreadSettings(element);
+        } else if (record.isNamed || !mContext.read(mDocument.parent(element)).isEntered) {
+            addUnknown(element);
+        } else {
+            mContext.addWhole(Rule::UNREAD_ELEMENT, element,
+                              "stands where the reader does not come to it");
+        }
+        return mDocument.end(element);
+    }
+
+    bool isInSection(size_t element) const {
+        const ReadAs parent = mContext.read(mDocument.parent(element)).as;
+        return parent == ReadAs::PROFILE || parent == ReadAs::ENDPOINT;
+    }
+
+    void addLostFirst(size_t element) {
+        mContext.addWhole(Rule::LOST_FIRST_CHILD, element,
+                          "is lost, since nothing parts it from <" +
+                                  std::string(mDocument.name(mDocument.parent(element))) +
+                                  ">; put a line break in front of it");
+    }
+
+    void addUnknown(size_t element) {
+        const bool isHeard =
+                mContext.findings.countOf(Rule::UNKNOWN_ELEMENT) < Findings::kMaxPerRule;
+        const std::string similar = isHeard ? similarName(mDocument.name(element)) : "";
+        mContext.addWhole(Rule::UNKNOWN_ELEMENT, element,
+                          "is not known here and is passed over" +
+                                  (similar.empty() ? "" : "; is <" + similar + "> meant?"));
+    }
+
+    void addInclude(size_t element) {
+        const bool isProfile = mContext.read(mDocument.parent(element)).as == ReadAs::PROFILE;
+        const bool wantsProfile = !mContext.version.fromProfile.empty();
+        std::string what = "chooses no preset here; ";
+        if (wantsProfile) {
+            what += isProfile ? "make it the second thing in the profile, comments counted"
+                              : "in this format it has to be the second element of the profile";
+        } else {
+            what += isProfile ? "in this format it has to be the first element of an endpoint_type"
+                              : "make it the first thing in the endpoint_type, ahead of comments";
+        }
+        mContext.addWhole(Rule::INCLUDE_POSITION, element, what);
+    }
+
+    /** Formats 3.2. do not look into the settings, of which one would count. */
+    void checkUnreadSettings(size_t settings) {
+        const auto& endpoints = mContext.data.getProfileEndpoints();
+        if (endpoints.empty()) {
+            return;
+        }
+        const auto& given = (*endpoints.begin())->getValues();
+        const auto fixed = given.find(VIRTUAL_BASS_TYPE);
+        for (size_t i = settings + 1; i < mDocument.end(settings); ++i) {
+            const auto text = mDocument.attribute(i, "virtual_bass_process");
+            if (text && fixed != given.end() && string2Int(*text) != firstOr0(fixed->second)) {
+                mContext.add(Rule::OVERWRITTEN, i,
+                             "is not read in this format, which makes it " +
+                                     std::to_string(firstOr0(fixed->second)),
+                             "virtual_bass_process");
+            }
+        }
+    }
+
+    void checkPreset(size_t preset) {
+        const ReadElement& record = mContext.read(preset);
+        if (record.isStray) {
+            mContext.addWhole(Rule::CHILDLESS, preset,
+                              "has no children; the reader takes what follows it for its bands");
+            return;
+        }
+        if (record.section == ReadElement::kNoSection) {
+            mContext.addWhole(Rule::UNKNOWN_PRESET_TYPE, preset,
+                              "is neither of type ieq nor of type geq, and is passed over");
+            return;
+        }
+        const PresetBands bands = bandsOf(preset);
+        if (bands.lostFirst != 0) {
+            addLostFirst(bands.lostFirst);
+        } else if (bands.valid == 0 && bands.lost != 0) {
+            mContext.addWhole(
+                    Rule::BAND_DEPTH, preset,
+                    "has its bands where the reader does not look, so it gets none; write "
+                    "preset, data, bands and bands' elements, with nothing but whitespace "
+                    "between the start tags");
+        } else if (bands.foreign != 0) {
+            mContext.addWhole(
+                    Rule::IEQ_BAND_NAME, bands.foreign,
+                    "is no band_ieq and ends the bands: " + countText(bands.lost, "band", "bands") +
+                            (bands.lost == 1 ? " is lost" : " are lost"));
+        } else {
+            checkBandCount(preset, bands.read);
+        }
+    }
+
+    struct PresetBands {
+        /** Elements that were read as bands, and those of them that look like one. */
+        size_t read = 0;
+        size_t valid = 0;
+        /** Elements that look like one and were not read. */
+        size_t lost = 0;
+        /** Places; 0 for none. */
+        size_t lostFirst = 0;
+        size_t foreign = 0;
+    };
+
+    PresetBands bandsOf(size_t preset) const {
+        PresetBands bands;
+        for (size_t i = preset + 1; i < mDocument.end(preset); ++i) {
+            const ReadElement& record = mContext.read(i);
+            const bool isRead = record.as == ReadAs::BAND;
+            const bool looksLikeOne = hasBandAttribute(i, mContext.read(preset).setter);
+            bands.read += isRead ? 1 : 0;
+            bands.valid += isRead && looksLikeOne ? 1 : 0;
+            bands.lost += !isRead && looksLikeOne ? 1 : 0;
+            if (bands.lostFirst == 0 && mContext.isLostFirst(i)) {
+                bands.lostFirst = i;
+            }
+            if (bands.foreign == 0 && record.isNamed && !isRead) {
+                bands.foreign = i;
+            }
+        }
+        return bands;
+    }
+
+    bool hasBandAttribute(size_t element, const ValueSetter* setter) const {
+        const std::vector<std::string> names = attributeNamesOf(setter);
+        return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+            return mDocument.attribute(element, name).has_value();
+        });
+    }
+
+    void checkBandCount(size_t preset, size_t read) {
+        // As many as a profile's list of the graphic equalizer has to have to be sent.
+        const auto& givers = mContext.section(preset).givers;
+        if (mContext.read(preset).setter->getParams().front() != GEQ_FREQUENCY ||
+            read == kGeqBands) {
+            return;
+        }
+        const auto container = givers.find(GEQ_FREQUENCY);
+        mContext.addWhole(Rule::GEQ_BAND_COUNT,
+                          container == givers.end() ? preset : container->second,
+                          "has " + countText(read, "band", "bands") +
+                                  ", so the preset is dropped when its profile is applied; write " +
+                                  std::to_string(kGeqBands));
+    }
+
+    void checkSections() {
+        for (const ReadSection& section : mContext.trace.getSections()) {
+            if (section.strays != 0 && section.as != ReadAs::PRESET) {
+                mContext.add(Rule::CHILDLESS, section.element,
+                             "has no children where the reader looks for some; it takes " +
+                                     countText(section.strays, "element", "elements") + " that " +
+                                     (section.strays == 1 ? "follows" : "follow") + " for them");
+            }
+        }
+        for (size_t i = 1; i < mDocument.size(); ++i) {
+            const ReadElement& record = mContext.read(i);
+            const bool isColumns = dynamic_cast<const BandColumnsValueSetter*>(record.setter);
+            if (record.isStray && isColumns && record.setter->getNodeName() == mDocument.name(i)) {
+                mContext.addWhole(
+                        Rule::CHILDLESS, i,
+                        "has no bands; the reader takes itself and what follows for them");
+            }
+        }
+    }
+
+    const CheckContext& mContext;
+    const CheckDocument& mDocument;
+};
+
+}  // namespace
+
+void checkStructure(const CheckContext& context) {
+    StructureCheck(context).run();
+}
+
+}  // namespace ormel::tools

@@ -1,0 +1,376 @@
+#include "Diff.h"
+
+#include <ormel/SpatializerParamCache.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "DocumentObjects.h"
+#include "Json.h"
+#include "LoadedDocument.h"
+#include "Names.h"
+#include "RecordingEffect.h"
+#include "Store.h"
+#include "Text.h"
+
+namespace ormel::tools {
+
+namespace {
+
+using Values = std::vector<int32_t>;
+
+/** Where a parameter's details begin below its name. */
+constexpr size_t kDetailColumn = 10;
+/** Rows that differ in more places are shown as they are. */
+constexpr size_t kMaxPlaces = 6;
+constexpr char kExample[] = R"(Example:
+  ormel-tuning diff shipped.xml new.xml && echo "the effect gets the same")";
+
+/** A parameter of an object, or of a device in a list. */
+struct Item {
+    /** What it belongs to within its group, such as a device; may be empty. */
+    std::string part;
+    std::string name;
+    std::string meaning;
+    /** The effect parameter's code; 0 for what is none. */
+    int32_t code = 0;
+    /** Numbers, or a text. */
+    Values values = {};
+    std::string text = {};
+};
+
+bool isSame(const Item& left, const Item& right) {
+    return left.values == right.values && left.text == right.text;
+}
+
+/** The items of a list or an object, by part and name. */
+using Items = std::map<std::pair<int32_t, std::string>, Item>;
+/** The lists or objects of a document, by title. */
+using Groups = std::map<std::string, Items>;
+
+struct Difference {
+    std::string group;
+    // Null in the document that lacks the item.
+    const Item* left;
+    const Item* right;
+
+    const Item& item() const { return left == nullptr ? *right : *left; }
+};
+
+Items itemsOf(const RecordingEffect& effect) {
+    Items items;
+    for (const auto& [place, values] : effect.getValues()) {
+        const auto [device, code] = place;
+        const auto [letters, meaning] = codeText(code);
+        items[{device, letters}] = {deviceText(device), letters, meaning, code, values};
+    }
+    return items;
+}
+
+Items itemsOf(const DocumentObject& object) {
+    Items items;
+    for (const auto& [name, field] : object.fields.items()) {
+        const std::string text = field.is_string() ? field.get<std::string>() : field.dump();
+        items[{0, name}] = {"", name, "", 0, {}, printable(text)};
+    }
+    if (object.values == nullptr) {
+        return items;
+    }
+    for (const auto& [param, values] : object.values->getValues()) {
+        if (!values.empty()) {
+            items[{0, parameterName(param)}] = {"", parameterName(param), "", 0, values};
+        }
+    }
+    return items;
+}
+
+Groups objectGroups(const LoadedDocument& document) {
+    Groups groups;
+    for (const DocumentObject& object : objectsOf(document)) {
+        groups.emplace(printable(object.title), itemsOf(object));
+    }
+    return groups;
+}
+
+/** What an effect keeps of each profile and each tuning device, as the front applies them. */
+Groups effectGroups(const LoadedDocument& document) {
+    load(document.file(), processStore(), ANDROID_LOG_SILENT);
+    SpatializerParamCache cache;
+    Groups groups;
+    for (const EffectList& list : document.lists()) {
+        RecordingEffect effect;
+        if (list.kind == EffectList::Kind::PROFILE) {
+            cache.setProfile(list.profile, &effect, false);
+            // Its name is none of the effect's business.
+            groups.emplace("profile " + std::to_string(list.profile), itemsOf(effect));
+        } else {
+            cache.loadTuningDevice(list.name, &effect);
+            groups.emplace(titleOf(list), itemsOf(effect));
+        }
+    }
+    return groups;
+}
+
+/** Calls @p visit with each key of either map and what the two maps have under it, or null. */
+template <typename Map, typename Visit>
+void forEachPair(const Map& left, const Map& right, Visit visit) {
+    auto a = left.begin();
+    auto b = right.begin();
+    while (a != left.end() || b != right.end()) {
+        const bool takesLeft = b == right.end() || (a != left.end() && a->first <= b->first);
+        const bool takesRight = a == left.end() || (b != right.end() && b->first <= a->first);
+        const auto& key = takesLeft ? a->first : b->first;
+        visit(key, takesLeft ? &a->second : nullptr, takesRight ? &b->second : nullptr);
+        std::advance(a, takesLeft ? 1 : 0);
+        std::advance(b, takesRight ? 1 : 0);
+    }
+}
+
+std::vector<Difference> differencesOf(const Groups& left, const Groups& right) {
+    static const Items kNone;
+    std::vector<Difference> differences;
+    const auto compareGroup = [&](const std::string& group, const Items* a, const Items* b) {
+        forEachPair(a == nullptr ? kNone : *a, b == nullptr ? kNone : *b,
+                    [&](const auto& /* key */, const Item* inLeft, const Item* inRight) {
+                        if (inLeft == nullptr || inRight == nullptr || !isSame(*inLeft, *inRight)) {
+                            differences.push_back({group, inLeft, inRight});
+                        }
+                    });
+    };
+    forEachPair(left, right, compareGroup);
+    return differences;
+}
+
+Json toJson(const Item* item) {
+    if (item == nullptr) {
+        return nullptr;
+    }
+    return item->text.empty() ? Json(item->values) : Json(item->text);
+}
+
+Json toJson(const Difference& difference) {
+    const Item& item = difference.item();
+    Json json = {{"in", difference.group}};
+    if (item.code != 0) {
+        json["device"] = item.part;
+        json["code"] = item.name;
+        json["meaning"] = item.meaning;
+    } else {
+        json["parameter"] = item.name;
+    }
+    json["a"] = toJson(difference.left);
+    json["b"] = toJson(difference.right);
+    return json;
+}
+
+/** "32 -> 48", or what only one document has; just its length for a row that keeps it. */
+std::string changeText(const Difference& difference) {
+    const bool keepsLength = difference.left != nullptr && difference.right != nullptr &&
+                             difference.left->values.size() > 1 &&
+                             difference.left->values.size() == difference.right->values.size();
+    if (keepsLength) {
+        return valueText(difference.left->values);
+    }
+    const auto textOf = [](const Item* item) {
+        if (item == nullptr) {
+            return std::string("absent");
+        }
+        return item->text.empty() ? valueText(item->values) : item->text;
+    };
+    return textOf(difference.left) + " -> " + textOf(difference.right);
+}
+
+/** The changes between two rows of one length, each place under the name that it is given. */
+template <typename NameOf>
+std::vector<std::string> rowChanges(const Values& left, const Values& right, NameOf nameOf) {
+    std::vector<std::string> changes;
+    for (size_t i = 0; i < left.size(); ++i) {
+        if (left[i] != right[i]) {
+            changes.push_back(nameOf(i) + ": " + std::to_string(left[i]) + " -> " +
+                              std::to_string(right[i]));
+        }
+    }
+    return changes;
+}
+
+Values frequenciesOf(const Shape& shape) {
+    for (const Parameter param :
+         {IEQ_FREQUENCY, GEQ_FREQUENCY, REGULATOR_FREQUENCY, AUDIO_OPTIMIZER_FREQUENCY}) {
+        if (const Shape::Column* const column = findColumn(shape, param); column != nullptr) {
+            return column->values;
+        }
+    }
+    return {};
+}
+
+/** The bands whose values differ; none when the shapes do not allow the comparison. */
+std::optional<std::vector<std::string>> bandChanges(const Item& left, const Item& right) {
+    const std::optional<Shape> a = shapeOf(left.code, left.values);
+    const std::optional<Shape> b = shapeOf(right.code, right.values);
+    const bool areBands = a.has_value() && b.has_value() && !a->columns.empty() &&
+                          a->fields == b->fields && left.values.size() == right.values.size();
+    if (!areBands) {
+        return std::nullopt;
+    }
+    const bool areSameFrequencies = frequenciesOf(*a) == frequenciesOf(*b);
+    const auto nameOf = [&a, areSameFrequencies](size_t band) {
+        const Values frequencies = frequenciesOf(*a);
+        const bool hasFrequency = areSameFrequencies && !frequencies.empty();
+        return hasFrequency ? std::to_string(frequencies[band]) + " Hz"
+                            : "band " + std::to_string(band + 1);
+    };
+    std::vector<std::string> lines;
+    for (size_t i = 0; i < a->columns.size(); ++i) {
+        const auto changes = rowChanges(a->columns[i].values, b->columns[i].values, nameOf);
+        if (!changes.empty()) {
+            lines.push_back(a->columns[i].name + " at " + joined(changes, ", "));
+        }
+    }
+    return lines;
+}
+
+std::vector<std::string> detailsOf(const Difference& difference) {
+    if (difference.left == nullptr || difference.right == nullptr) {
+        const Values& values = difference.item().values;
+        return values.size() > 1 ? std::vector{listText(values)} : std::vector<std::string>();
+    }
+    const Item& left = *difference.left;
+    const Item& right = *difference.right;
+    if (left.values.size() <= 1 && right.values.size() <= 1) {
+        return {};
+    }
+    if (const auto bands = bandChanges(left, right); bands.has_value()) {
+        return *bands;
+    }
+    if (left.values.size() == right.values.size()) {
+        const auto changes = rowChanges(left.values, right.values, [](size_t place) {
+            return "value " + std::to_string(place + 1);
+        });
+        if (changes.size() <= kMaxPlaces) {
+            return {joined(changes, ", ")};
+        }
+    }
+    return {"a: " + listText(left.values), "b: " + listText(right.values)};
+}
+
+/** The lines on a difference, without its group and part. */
+std::string describe(const Difference& difference, const Style& style) {
+    const Item& item = difference.item();
+    const std::string change = item.name + "  " + changeText(difference);
+    std::string text = "    ";
+    if (difference.left == nullptr) {
+        text += style.added(change);
+    } else {
+        text += difference.right == nullptr ? style.removed(change) : change;
+    }
+    if (!item.meaning.empty()) {
+        text += "  " + style.faint(item.meaning);
+    }
+    text += '\n';
+    for (const std::string& detail : detailsOf(difference)) {
+        text.append(kDetailColumn, ' ').append(wrapped(detail, kDetailColumn)).append("\n");
+    }
+    return text;
+}
+
+/** The differences of one group; devices with the same ones share them. */
+void printGroup(const std::vector<Difference>& differences, const Style& style, std::ostream& out) {
+    std::vector<std::pair<std::string, std::string>> parts;
+    for (const Difference& difference : differences) {
+        const std::string& part = difference.item().part;
+        if (parts.empty() || parts.back().first != part) {
+            parts.emplace_back(part, "");
+        }
+        parts.back().second += describe(difference, style);
+    }
+    std::string title;
+    for (size_t i = 0; i < parts.size(); ++i) {
+        title += (title.empty() ? "" : ", ") + parts[i].first;
+        if (i + 1 < parts.size() && parts[i + 1].second == parts[i].second) {
+            continue;
+        }
+        out << (title.empty() ? "" : "  " + title + '\n') << parts[i].second;
+        title.clear();
+    }
+}
+
+void print(const std::vector<Difference>& differences, const Groups& left, const Groups& right,
+           std::ostream& out) {
+    const Style style;
+    for (auto begin = differences.begin(); begin != differences.end();) {
+        const auto end = std::find_if(begin, differences.end(), [begin](const Difference& other) {
+            return other.group != begin->group;
+        });
+        const auto size = static_cast<size_t>(end - begin);
+        const std::string count = countText(size, "value", "values") + " in ";
+        out << style.heading(begin->group) << '\n';
+        if (left.count(begin->group) == 0) {
+            out << "  " << style.added(count + "b only") << '\n';
+        } else if (right.count(begin->group) == 0) {
+            out << "  " << style.removed(count + "a only") << '\n';
+        } else {
+            printGroup({begin, end}, style, out);
+        }
+        begin = end;
+    }
+    out << (differences.empty() ? "no differences"
+                                : countText(differences.size(), "difference", "differences"))
+        << '\n';
+}
+
+struct DiffOptions {
+    std::string left;
+    std::string right;
+    bool ofObjects = false;
+    bool json = false;
+};
+
+/** Whether the documents differ. */
+bool diff(const DiffOptions& options, std::ostream& out) {
+    const LoadedDocument left(options.left);
+    const LoadedDocument right(options.right);
+    const auto groupsOf = options.ofObjects ? objectGroups : effectGroups;
+    const Groups leftGroups = groupsOf(left);
+    const Groups rightGroups = groupsOf(right);
+    const std::vector<Difference> differences = differencesOf(leftGroups, rightGroups);
+    if (!options.json) {
+        print(differences, leftGroups, rightGroups, out);
+        return !differences.empty();
+    }
+    Json list = Json::array();
+    for (const Difference& difference : differences) {
+        list.push_back(toJson(difference));
+    }
+    printJson(Json{{"a", options.left}, {"b", options.right}, {"differences", std::move(list)}},
+              out);
+    return !differences.empty();
+}
+
+}  // namespace
+
+void addDiff(CLI::App& app, int& status) {
+    CLI::App* const command = app.add_subcommand(
+            "diff", "Compare what two tuning documents make an effect get; exit 1 if they differ");
+    const auto options = std::make_shared<DiffOptions>();
+    command->add_option("A", options->left, "Tuning document")->required();
+    command->add_option("B", options->right, "Tuning document")->required();
+    command->add_flag("--document", options->ofObjects,
+                      "Compare the tuning values as the documents give them");
+    command->add_flag(
+            "--json", options->json,
+            "{a, b, differences: [{in, device, code, meaning, a, b}]}, a and b being "
+            "values, a text, or null where absent; with --document {in, parameter, a, b}");
+    command->footer(kExample);
+    command->callback([options, &status] { status = diff(*options, std::cout) ? 1 : 0; });
+}
+
+}  // namespace ormel::tools

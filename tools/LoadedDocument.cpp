@@ -1,0 +1,69 @@
+#include "LoadedDocument.h"
+
+#include <set>
+#include <utility>
+
+#include "Names.h"
+#include "ReadTrace.h"
+#include "Store.h"
+#include "Text.h"
+
+namespace ormel::tools {
+
+std::string titleOf(const EffectList& list) {
+    switch (list.kind) {
+        case EffectList::Kind::PROFILE:
+            return "profile " + std::to_string(list.profile) + ' ' + printable(list.name);
+        case EffectList::Kind::TUNING:
+            return "tuning device " + printable(list.name);
+        case EffectList::Kind::BUILT_IN:
+            break;
+    }
+    return "built-in list " + list.name;
+}
+
+std::vector<EffectList> builtInLists(SpatializerParamArray& store) {
+    std::vector<EffectList> lists;
+    const auto last = static_cast<OrmSpatializerProfileId>(profileNames().size());
+    for (OrmSpatializerProfileId profile = ORM_SPATIALIZER_PROFILE_COMMON; profile < last;
+         ++profile) {
+        std::vector<int32_t> words(store.getProfileParamsSize(profile) / sizeof(int32_t));
+        store.getProfileParams(profile, words.data());
+        lists.push_back(
+                {EffectList::Kind::BUILT_IN, profile, profileText(profile), entriesOf(words)});
+    }
+    return lists;
+}
+
+LoadedDocument::LoadedDocument(std::string file) : mFile(std::move(file)) {
+    requireReadable(mFile);
+    mStore = makeStore();
+    mTrace = std::make_unique<ReadTrace>(mFile);
+    mObjects = &mTrace->getDocument();
+    load(mFile, *mStore, ANDROID_LOG_SILENT);
+}
+
+LoadedDocument::~LoadedDocument() = default;
+
+std::vector<EffectList> LoadedDocument::lists() const {
+    std::vector<EffectList> lists;
+    std::set<int> ids;
+    for (const Profile* const profile : mObjects->getProfiles()) {
+        const int id = profile->getProfileId();
+        if (ids.insert(id).second) {
+            lists.push_back({EffectList::Kind::PROFILE, id, profile->getName(),
+                             entriesOf(mStore->getXMLProfileParams(id))});
+        }
+    }
+    std::set<std::string> devices;
+    for (const DeviceTuning* const tuning : mObjects->getDeviceTunings()) {
+        const std::string device = tuning->getDevice();
+        if (mStore->isXMLTuningValid(device) && devices.insert(device).second) {
+            lists.push_back({EffectList::Kind::TUNING, ORM_SPATIALIZER_PROFILE_COMMON, device,
+                             entriesOf(mStore->getXMLTuningParams(device))});
+        }
+    }
+    return lists;
+}
+
+}  // namespace ormel::tools

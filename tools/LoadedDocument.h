@@ -1,0 +1,62 @@
+// A tuning document as its reader and its user see it.
+#pragma once
+
+#include <ormel/DeviceData.h>
+#include <ormel/SpatializerParamArray.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "PackedEntries.h"
+
+namespace ormel::tools {
+
+class ReadTrace;
+
+/** One packed list, and what it is for. */
+struct EffectList {
+    enum class Kind { PROFILE, TUNING, BUILT_IN };
+
+    Kind kind;
+    /** Number of the profile; of no meaning for a tuning device's list. */
+    OrmSpatializerProfileId profile;
+    /** Name of the profile or tuning device. */
+    std::string name;
+    std::vector<Entry> entries;
+};
+
+/** "profile 1 movie", "tuning device default_usb", "built-in list common". */
+std::string titleOf(const EffectList& list);
+
+/** The lists that the library brings along. */
+std::vector<EffectList> builtInLists(SpatializerParamArray& store);
+
+/**
+ * A document that was read twice: into objects, which know the lines that they come from, and into
+ * the lists that the effect gets. Throws std::runtime_error when either cannot be done.
+ */
+class LoadedDocument {
+  public:
+    explicit LoadedDocument(std::string file);
+    LoadedDocument(const LoadedDocument&) = delete;
+    LoadedDocument& operator=(const LoadedDocument&) = delete;
+    ~LoadedDocument();
+
+    const std::string& file() const { return mFile; }
+    const DeviceData& objects() const { return *mObjects; }
+    const ReadTrace& trace() const { return *mTrace; }
+    SpatializerParamArray& store() const { return *mStore; }
+
+    /** The profiles' lists, then the tuning devices', in document order. */
+    std::vector<EffectList> lists() const;
+
+  private:
+    std::string mFile;
+    std::unique_ptr<ReadTrace> mTrace;
+    const DeviceData* mObjects;
+    std::unique_ptr<SpatializerParamArray> mStore;
+};
+
+}  // namespace ormel::tools

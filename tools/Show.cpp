@@ -1,0 +1,185 @@
+#include "Show.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Names.h"
+#include "Shown.h"
+#include "Store.h"
+#include "Text.h"
+
+namespace ormel::tools {
+
+namespace {
+
+constexpr char kObjects[] = "objects";
+constexpr char kProfiles[] = "profiles";
+constexpr char kTunings[] = "tunings";
+
+struct ShowOptions {
+    std::string file;
+    std::string profile;
+    std::string device;
+    std::vector<std::string> lists;
+    bool json = false;
+};
+
+/** Which lists, and which of their entries. */
+class Selection {
+  public:
+    Selection(const ShowOptions& options, const std::vector<EffectList>& known)
+        : mOptions(options) {
+        if (!options.profile.empty()) {
+            mProfile = profileOf(options.profile);
+        }
+        const bool isTuningDevice =
+                std::any_of(known.begin(), known.end(), [&options](const EffectList& list) {
+                    return list.kind == EffectList::Kind::TUNING && list.name == options.device;
+                });
+        if (isTuningDevice) {
+            mTuningDevice = options.device;
+        } else if (!options.device.empty()) {
+            mDevice = deviceOf(options.device);
+        }
+    }
+
+    bool hasObjects() const { return isWhole(kObjects) && !mDevice.has_value(); }
+
+    bool has(const EffectList& list) const {
+        switch (list.kind) {
+            case EffectList::Kind::PROFILE:
+                return isWhole(kProfiles) || list.profile == mProfile;
+            case EffectList::Kind::TUNING:
+                return isWhole(kTunings) || list.name == mTuningDevice;
+            case EffectList::Kind::BUILT_IN:
+                break;
+        }
+        return isNamed(list.name) || (mOptions.file.empty() && isWhole(list.name));
+    }
+
+    bool has(const Entry& entry) const { return !mDevice.has_value() || entry.device == *mDevice; }
+
+  private:
+    bool isNamed(const std::string& list) const {
+        return std::find(mOptions.lists.begin(), mOptions.lists.end(), list) != mOptions.lists.end();
+    }
+
+    /** Whether a kind of list is asked for, or everything. */
+    bool isWhole(const std::string& kind) const {
+        const bool isAll =
+                mOptions.lists.empty() && !mProfile.has_value() && !mTuningDevice.has_value();
+        return isAll || isNamed(kind);
+    }
+
+    const ShowOptions& mOptions;
+    std::optional<OrmSpatializerProfileId> mProfile;
+    std::optional<std::string> mTuningDevice;
+    std::optional<int32_t> mDevice;
+};
+
+ShownList shownList(const EffectList& list, const std::vector<Origins>& origins,
+                    const Selection& selection) {
+    ShownList shown = {titleOf(list), list.kind == EffectList::Kind::BUILT_IN, {}};
+    for (size_t i = 0; i < list.entries.size(); ++i) {
+        if (selection.has(list.entries[i])) {
+            shown.entries.push_back({list.entries[i], origins.empty() ? Origins() : origins[i]});
+        }
+    }
+    return shown;
+}
+
+void addDocument(const LoadedDocument& document, const std::vector<EffectList>& lists,
+                 const Selection& selection, Shown& shown) {
+    if (selection.hasObjects()) {
+        shown.objects = objectsOf(document);
+    }
+    const EntryOrigins origins(document);
+    for (const EffectList& list : lists) {
+        if (selection.has(list)) {
+            shown.lists.push_back(shownList(list, origins.originsOf(list), selection));
+        }
+    }
+}
+
+void addBuiltIn(const Selection& selection, Shown& shown) {
+    for (const EffectList& list : builtInLists(*makeStore())) {
+        if (selection.has(list)) {
+            shown.lists.push_back(shownList(list, {}, selection));
+        }
+    }
+}
+
+void show(const ShowOptions& options, std::ostream& out) {
+    std::optional<LoadedDocument> document;
+    std::vector<EffectList> lists;
+    if (!options.file.empty()) {
+        lists = document.emplace(options.file).lists();
+    }
+    const Selection selection(options, lists);
+    Shown shown = {options.file, {}, {}};
+    if (document.has_value()) {
+        addDocument(*document, lists, selection, shown);
+    }
+    addBuiltIn(selection, shown);
+    if (shown.objects.empty() && shown.lists.empty()) {
+        throw std::runtime_error(options.file.empty() ? "that takes a FILE"
+                                                      : options.file + ": no such list");
+    }
+    if (options.json) {
+        printJson(toJson(shown), out);
+    } else {
+        printText(shown, out);
+    }
+}
+
+std::vector<std::string> listNames() {
+    std::vector<std::string> names = {kObjects, kProfiles, kTunings,
+                                      profileText(ORM_SPATIALIZER_PROFILE_COMMON)};
+    const std::vector<std::string> profiles = profileNames();
+    names.insert(names.end(), profiles.begin(), profiles.end());
+    return names;
+}
+
+}  // namespace
+
+void addShow(CLI::App& app, int& /* status */) {
+    CLI::App* const command = app.add_subcommand(
+            "show", "Show what a tuning document becomes, and where each value comes from");
+    const auto options = std::make_shared<ShowOptions>();
+    command->add_option("FILE", options->file,
+                        "Tuning document; without one, the library's built-in lists are shown");
+    command->add_option("--profile", options->profile,
+                        "Only the document's list for a profile: " + joined(profileNames(), ", ") +
+                                ", or a number");
+    command->add_option("--device", options->device,
+                        "Only the list of a tuning device; or only the entries for an output "
+                        "device: " +
+                                joined(deviceNames(), ", ") + ", or a number");
+    command->add_option("--list", options->lists,
+                        "Only these; may be repeated. " + joined(listNames(), ", ") +
+                                ", of which those from " + listNames()[3] + " on are built in")
+            ->allow_extra_args(false)
+            ->check(CLI::IsMember(listNames()))
+            ->type_name("LIST");
+    command->add_flag("--json", options->json,
+                      "{file, objects: [{object, line, ..., values: {PARAMETER: [...]}}], lists: "
+                      "[{list, builtIn, entries: [{device, deviceId, code, meaning, values, "
+                      "structure, from: [{parameter, origin, line}]}]}]}");
+    command->footer(R"(What stands behind an entry: the lines of its elements; a version rule or a
+default, where the reader put the value in; absent, where nothing did.
+
+Examples:
+  ormel-tuning show examples/tablet-quad.xml --profile movie --device speaker
+  ormel-tuning show --list common)");
+    command->callback([options] { show(*options, std::cout); });
+}
+
+}  // namespace ormel::tools

@@ -1,0 +1,37 @@
+// What show has to say, before it is put into words.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "DocumentObjects.h"
+#include "EntryOrigins.h"
+#include "Json.h"
+#include "LoadedDocument.h"
+
+namespace ormel::tools {
+
+struct ShownEntry {
+    Entry entry;
+    Origins origins;
+};
+
+struct ShownList {
+    std::string title;
+    bool isBuiltIn;
+    std::vector<ShownEntry> entries;
+};
+
+struct Shown {
+    /** Empty when it is of the built-in lists alone. */
+    std::string file;
+    std::vector<DocumentObject> objects;
+    std::vector<ShownList> lists;
+};
+
+void printText(const Shown& shown, std::ostream& out);
+
+Json toJson(const Shown& shown);
+
+}  // namespace ormel::tools

@@ -1,0 +1,110 @@
+#include "Text.h"
+
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
+
+namespace ormel::tools {
+
+std::string wrapped(std::string_view text, size_t indent) {
+    const size_t width = kColumns - indent;
+    std::string lines;
+    while (text.size() > width) {
+        size_t blank = text.rfind(' ', width);
+        if (blank == std::string_view::npos) {
+            break;
+        }
+        // What stands between two commas stays together, if that does not leave half a line.
+        const size_t comma = text.rfind(", ", width - 1);
+        if (comma != std::string_view::npos && comma > width / 2) {
+            blank = comma + 1;
+        }
+        lines.append(text.substr(0, blank)).append("\n").append(indent, ' ');
+        text.remove_prefix(blank + 1);
+    }
+    return lines.append(text);
+}
+
+std::string listText(const std::vector<int32_t>& values) {
+    std::string text;
+    for (const int32_t value : values) {
+        text.append(text.empty() ? "" : ", ").append(std::to_string(value));
+    }
+    return text;
+}
+
+std::string valueText(const std::vector<int32_t>& values) {
+    return values.size() == 1 ? std::to_string(values.front())
+                              : '[' + std::to_string(values.size()) + ']';
+}
+
+std::string countText(size_t count, const std::string& one, const std::string& many) {
+    return std::to_string(count) + ' ' + (count == 1 ? one : many);
+}
+
+std::string printable(std::string text) {
+    constexpr char kDelete = '\x7f';
+    // The second half of a control character beyond ASCII, whose first half is 0xc2 in UTF-8.
+    const auto isHighControl = [](unsigned char byte) { return byte >= 0x80 && byte < 0xa0; };
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isPair = byte == 0xc2 && i + 1 < text.size() &&
+                            isHighControl(static_cast<unsigned char>(text[i + 1]));
+        if (isPair) {
+            text.replace(i, 2, "?");
+        } else if (byte < ' ' || text[i] == kDelete) {
+            text[i] = '?';
+        }
+    }
+    return text;
+}
+
+std::string joined(const std::vector<std::string>& texts, const std::string& separator) {
+    std::string all;
+    for (const std::string& text : texts) {
+        all.append(&text == texts.data() ? "" : separator).append(text);
+    }
+    return all;
+}
+
+std::vector<std::string> partsOf(const std::string& text) {
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, ',');) {
+        const size_t begin = part.find_first_not_of(' ');
+        const size_t end = part.find_last_not_of(' ');
+        parts.push_back(begin == std::string::npos ? "" : part.substr(begin, end - begin + 1));
+    }
+    return parts;
+}
+
+std::vector<int32_t> integersOf(const std::string& text) {
+    std::vector<int32_t> numbers;
+    for (const std::string& part : partsOf(text)) {
+        const char* const end = part.data() + part.size();
+        int32_t number = 0;
+        const auto [rest, error] = std::from_chars(part.data(), end, number);
+        if (error != std::errc() || rest != end) {
+            throw std::runtime_error("'" + part + "' is not an integer of 32 bits");
+        }
+        numbers.push_back(number);
+    }
+    return numbers;
+}
+
+Style::Style() {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the tool has one thread.
+    const char* const noColour = std::getenv("NO_COLOR");
+    const bool isRefused = noColour != nullptr && *noColour != '\0';
+    mColour = !isRefused && ::isatty(STDOUT_FILENO) != 0;
+}
+
+std::string Style::coloured(const char* code, const std::string& text) const {
+    return mColour ? std::string("\033[").append(code).append("m").append(text).append("\033[0m")
+                   : text;
+}
+
+}  // namespace ormel::tools

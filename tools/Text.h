@@ -1,0 +1,56 @@
+// The layout of what the commands print.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ormel::tools {
+
+/** Columns that printed lines keep to where they can. */
+constexpr size_t kColumns = 100;
+
+/** Breaks a text at blanks, so that it fits between @p indent and the last column. */
+std::string wrapped(std::string_view text, size_t indent);
+
+/** "1, 2, 3". */
+std::string listText(const std::vector<int32_t>& values);
+
+/** The number itself when there is one, else how many there are: "[3]". */
+std::string valueText(const std::vector<int32_t>& values);
+
+/** "1 entry", "2 entries". */
+std::string countText(size_t count, const std::string& one, const std::string& many);
+
+/** A document's text for a terminal or a single line: without control characters. */
+std::string printable(std::string text);
+
+/** The texts with @p separator between them. */
+std::string joined(const std::vector<std::string>& texts, const std::string& separator);
+
+/** The integers of a comma list; any other text throws std::runtime_error, which names it. */
+std::vector<int32_t> integersOf(const std::string& text);
+
+/** The parts of a text between commas, without the blanks around them. */
+std::vector<std::string> partsOf(const std::string& text);
+
+/** Colours for a terminal, plain text for everything else and where NO_COLOR is set. */
+class Style {
+  public:
+    /** For standard output as it is now. */
+    Style();
+
+    std::string heading(const std::string& text) const { return coloured("1", text); }
+    std::string faint(const std::string& text) const { return coloured("2", text); }
+    std::string removed(const std::string& text) const { return coloured("31", text); }
+    std::string added(const std::string& text) const { return coloured("32", text); }
+
+  private:
+    std::string coloured(const char* code, const std::string& text) const;
+
+    bool mColour;
+};
+
+}  // namespace ormel::tools
