@@ -173,5 +173,26 @@ TEST(IntegerText, IsReadAsAStreamReadsIt) {
     }
 }
 
+TEST(TagIterator, StaysOffTheEndOnceItGaveUp) {
+    LogCapture log;
+    TagIterator iterator;
+    for (int document = 0; document < 2; ++document) {
+        ASSERT_EQ(iterator.init("<r><a/><b/></r>", true), 0);
+        iterator.pushNode();
+        iterator.childrenNext();
+        for (int step = 1; step <= TagIterator::kMaxStraySteps; ++step) {
+            EXPECT_FALSE(iterator.isExhausted());
+            iterator.pushNode();
+            iterator.popNode();
+        }
+        EXPECT_TRUE(iterator.isExhausted());
+        iterator.popNode();
+        EXPECT_FALSE(iterator.isCurValid());
+        EXPECT_THAT(log.take(), ::testing::ElementsAre(error(
+                                        "TagIterator",
+                                        "Too many steps from elements without children, 100000")));
+    }
+}
+
 }  // namespace
 }  // namespace ormel::test
