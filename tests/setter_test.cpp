@@ -89,7 +89,7 @@ class OddWalker : public TagIterator {
 
 TEST(ValueSetter, BearsAWalkerThatAnswersOddly) {
     LogCapture log;
-    for (const size_t count : {0, 1, 9}) {
+    for (const size_t count : {0U, 1U, 9U}) {
         OddWalker walker;
         walker.texts.assign(count, "1");
         EXPECT_EQ(walker.init("<r> <a> <b> <c> <d/></c></b></a></r>", true), 0);
