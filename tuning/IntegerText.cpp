@@ -8,6 +8,9 @@
 
 namespace {
 
+/** Numbers that a row gets room for at once. A text of commas must not get room for as many. */
+constexpr size_t kMaxReserve = 64;
+
 bool isWhitespace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
@@ -18,8 +21,11 @@ bool isWhitespace(char character) {
  */
 bool extractInt(std::string_view& text, int& value) {
     value = 0;
-    const char* const limit = text.data() + text.size();
-    const char* begin = std::find_if_not(text.data(), limit, isWhitespace);
+    const char* begin = text.data();
+    const char* const limit = begin + text.size();
+    while (begin != limit && isWhitespace(*begin)) {
+        ++begin;
+    }
     if (limit - begin > 1 && begin[0] == '+' && begin[1] != '-') {
         ++begin;
     }
@@ -40,6 +46,10 @@ int string2Int(std::string_view text) {
 }
 
 void string2IntVector(std::string_view text, std::vector<int>& out) {
+    if (out.empty()) {
+        const auto commas = static_cast<size_t>(std::count(text.begin(), text.end(), ','));
+        out.reserve(std::min(commas + 1, kMaxReserve));
+    }
     for (int value = 0; extractInt(text, value);) {
         out.push_back(value);
         if (!text.empty() && (text.front() == ',' || text.front() == ' ')) {

@@ -4,11 +4,14 @@
 
 #include <log/log.h>
 
+#include <string_view>
 #include <utility>
 
 namespace ormel {
 
 namespace {
+
+constexpr std::string_view kTrue = "true";
 
 /** Remembers an iterator's position and returns to it at the end of the scope. */
 class ScopedPosition {
@@ -43,7 +46,8 @@ const std::vector<std::string>& readTexts(TagIterator& iterator,
 }
 
 void appendRow(TagIterator& iterator, std::vector<int>& row) {
-    std::vector<std::string> texts;
+    std::vector<std::string>& texts = iterator.getTextBuffer();
+    texts.clear();
     iterator.parseNodeAll(texts);
     if (!texts.empty()) {
         string2IntVector(texts.front(), row);
@@ -58,7 +62,7 @@ int NodeParseUtils::parseValue(TagIterator& iterator) {
     if (texts.empty()) {
         return 0;
     }
-    return texts.front() == "true" ? 1 : string2Int(texts.front());
+    return texts.front() == kTrue ? 1 : string2Int(texts.front());
 }
 
 std::vector<int> NodeParseUtils::parseDataRow(TagIterator& iterator) {
@@ -211,7 +215,7 @@ RegulatorTuningValueSetter::RegulatorTuningValueSetter(std::string nodeName,
 
 int RegulatorTuningValueSetter::readColumn(size_t column, const std::string& text) const {
     const bool isFlag = column + 1 == kAttrNames.size();
-    return isFlag ? static_cast<int>(text == "true") : string2Int(text);
+    return isFlag ? static_cast<int>(text == kTrue) : string2Int(text);
 }
 
 }  // namespace ormel
