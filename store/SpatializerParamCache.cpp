@@ -25,8 +25,10 @@ constexpr size_t kGeqGainsAt = 1 + kGeqBands;
 constexpr size_t kGeqValues = kGeqGainsAt + kGeqBands;
 using GeqValues = std::array<int32_t, kGeqValues>;
 
+/** The one array, for which the singleton takes a lock whenever it is asked. */
 SpatializerParamArray& array() {
-    return SpatializerParamArray::getInstance();
+    static SpatializerParamArray& instance = SpatializerParamArray::getInstance();
+    return instance;
 }
 
 bool isSurroundOutput() {

@@ -46,10 +46,16 @@ constexpr int32_t kivCodeOfName(std::string_view name) {
     return static_cast<int32_t>(code);
 }
 
+/** Codes by KivParameter value. Not range checked. */
+constexpr int32_t kKivParameterCodes[kKivParameterCount] = {
+#define ORMEL_KIV_PARAMETER(name, meaning) kivCodeOfName(#name),
+#include <ormel/KivParameters.inc>
+};
+
 /** The code of a parameter, 0 for a number that is none. */
 constexpr int32_t kivCode(KivParameter param) {
     const bool known = param >= 0 && param < static_cast<int32_t>(kKivParameterCount);
-    return known ? kivCodeOfName(kKivParameterNames[param]) : 0;
+    return known ? kKivParameterCodes[param] : 0;
 }
 
 }  // namespace ormel
