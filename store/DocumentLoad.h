@@ -7,7 +7,6 @@
 
 #include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace ormel {
@@ -73,11 +72,11 @@ class DocumentLoad {
     const DeviceData& mDocument;
 
     // The document's objects by what refers to them. Of several with one key, the first in document
-    // order stands.
-    std::unordered_map<std::string, Tuning*> mTunings;
-    std::unordered_map<int, IeqPreset*> mIeqPresets;
-    std::unordered_map<int, std::vector<GeqPreset*>> mGeqPresets;
-    std::unordered_map<int, std::vector<ProfileEndpoint*>> mProfileEndpoints;
+    // order stands. No hash tables: a document can be written to fill a single bucket.
+    std::map<std::string, Tuning*> mTunings;
+    std::map<int, IeqPreset*> mIeqPresets;
+    std::map<int, std::vector<GeqPreset*>> mGeqPresets;
+    std::map<int, std::vector<ProfileEndpoint*>> mProfileEndpoints;
 
     std::vector<int> mMixMatrix;
     std::vector<int> mVirtualBassMode;
@@ -90,7 +89,7 @@ class DocumentLoad {
     std::map<int32_t, std::vector<int32_t>> mProfileLists;
     std::map<int32_t, std::vector<int32_t>> mGeqGains;
     std::vector<TuningDevice> mTuningDevices;
-    std::unordered_map<int, ProfilePass> mPasses;
+    std::map<int, ProfilePass> mPasses;
     size_t mWords = 0;
 
     // Words of the last list of either kind. The next one will hardly be longer.
