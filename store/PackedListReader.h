@@ -61,11 +61,17 @@ class PackedListReader {
         return inside ? static_cast<uint32_t>(at.mSize - at.mOffset) / kWordSize : 0;
     }
 
+    static int32_t wordAt(const uint8_t* bytes) {
+        int32_t word = 0;
+        std::memcpy(&word, bytes, sizeof(word));
+        return word;
+    }
+
     static bool readWord(Parser& at, int32_t& word) {
         if (wordsLeft(at) < 1) {
             return false;
         }
-        std::memcpy(&word, at.mData + at.mOffset, sizeof(word));
+        word = wordAt(at.mData + at.mOffset);
         at.mOffset += static_cast<int32_t>(kWordSize);
         return true;
     }
@@ -77,13 +83,17 @@ class PackedListReader {
         ++at.mParamIndex;
         const uint32_t words = wordsLeft(at);
         if (words < kEntryHeaderWords) {
-            at = readShortEntry(at);
+            sayShortHeader(words, at.mParamIndex);
+            if (readWord(at, at.mDeviceId)) {
+                readWord(at, at.mParamCode);
+            }
             return false;
         }
-        int32_t header[kEntryHeaderWords];
-        std::memcpy(header, at.mData + at.mOffset, sizeof(header));
-        const auto [deviceId, paramCode, count] = header;
-        const int32_t valuesAt = at.mOffset + static_cast<int32_t>(sizeof(header));
+        const uint8_t* const header = at.mData + at.mOffset;
+        const int32_t deviceId = wordAt(header);
+        const int32_t paramCode = wordAt(header + kWordSize);
+        const int32_t count = wordAt(header + 2 * kWordSize);
+        const int32_t valuesAt = at.mOffset + static_cast<int32_t>(kEntryHeaderWords * kWordSize);
         at.mDeviceId = deviceId;
         at.mParamCode = paramCode;
         at.mValueCount = count;
@@ -104,17 +114,10 @@ class PackedListReader {
         error("%s() failed to extract %d values for parameter #%d", "next", count, index);
     }
 
-    /** Reads as much of an entry's header as there is. */
-    [[gnu::cold, gnu::noinline]] Parser readShortEntry(Parser at) const {
-        if (!readWord(at, at.mDeviceId)) {
-            error("%s() failed to extract device id for parameter #%d", "next", at.mParamIndex);
-        } else if (!readWord(at, at.mParamCode)) {
-            error("%s() failed to extract parameter id for parameter #%d", "next", at.mParamIndex);
-        } else {
-            error("%s() failed to extract number of values for parameter #%d", "next",
-                  at.mParamIndex);
-        }
-        return at;
+    [[gnu::cold, gnu::noinline]] void sayShortHeader(uint32_t words, int32_t index) const {
+        constexpr const char* kFields[kEntryHeaderWords] = {"device id", "parameter id",
+                                                            "number of values"};
+        error("%s() failed to extract %s for parameter #%d", "next", kFields[words], index);
     }
 
     /** The tag is the reader's, so the platform's macros, which know one tag a file, will not do. */
