@@ -25,10 +25,8 @@ constexpr size_t kGeqGainsAt = 1 + kGeqBands;
 constexpr size_t kGeqValues = kGeqGainsAt + kGeqBands;
 using GeqValues = std::array<int32_t, kGeqValues>;
 
-/** The one array, for which the singleton takes a lock whenever it is asked. */
 SpatializerParamArray& array() {
-    static SpatializerParamArray& instance = SpatializerParamArray::getInstance();
-    return instance;
+    return SpatializerParamArray::getInstance();
 }
 
 bool isSurroundOutput() {
