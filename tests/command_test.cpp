@@ -62,9 +62,11 @@ TEST(Command, AppendsEntriesAsTheyComeAndSendsThem) {
     EXPECT_EQ(command.mParams, words);
     EXPECT_EQ(command.execute(effect), -22);
     command.add(VOL, -3, {});
+    command.add(VOL, {0});
+    command.add(VOL, {0, 0});
     EXPECT_EQ(command.execute(effect), -22);
-    words[1] = 8;
-    words.insert(words.end(), {kAll, kVol, 1, -3});
+    words[1] = 10;
+    words.insert(words.end(), {kAll, kVol, 1, -3, kAll, kVol, 1, 0, kAll, kVol, 2, 0, 0});
     EXPECT_EQ(command.mParams, words);
     EXPECT_EQ(store.getPublished().size(), 5U);
     EXPECT_EQ(store.getCommitCount(), 2);

@@ -28,6 +28,10 @@ void SetParamCommand::add(KivParameter param, const std::vector<int>& values) {
     addEntry(param, {}, {&values});
 }
 
+void SetParamCommand::add(KivParameter param, std::initializer_list<int> values) {
+    addEntry(param, values, {});
+}
+
 void SetParamCommand::add(KivParameter param, std::initializer_list<const std::vector<int>*> lists) {
     addEntry(param, {}, lists);
 }

@@ -41,6 +41,8 @@ class SetParamCommand {
 
     void add(KivParameter param, int value);
     void add(KivParameter param, const std::vector<int>& values);
+    /** Values that are written out, so that a 0 among them is not taken for a null list. */
+    void add(KivParameter param, std::initializer_list<int> values);
 
     /**
      * One entry with the values of all @p lists, one list after another. The command's own list may
