@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -73,7 +74,7 @@ class TempFile {
     const std::string& path() const { return mPath; }
 
   private:
-    std::string mPath = "/tmp/ormel-bench-XXXXXX";
+    std::string mPath = std::filesystem::temp_directory_path() / "ormel-bench-XXXXXX";
 };
 
 /**

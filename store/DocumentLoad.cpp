@@ -14,7 +14,7 @@ namespace {
 
 /** Words that a list gets room for ahead of its entries. */
 constexpr size_t kMaxReserve = size_t{64} << 10;
-/** Virtual bass mode of a speaker tuning that gives none. */
+/** What endpoints get as virtual bass mode when the internal speaker's tuning gives none. */
 constexpr int kDefaultVirtualBassMode = 3;
 
 }  // namespace
@@ -130,7 +130,7 @@ void DocumentLoad::readInternalSpeakerTuning() {
 
 bool DocumentLoad::loadProfile(Profile& profile) {
     const int id = profile.getProfileId();
-    // The list goes to every device, which its header says in the place of the profile's id.
+    // The word that heads a list is the mask of all devices here, and not the profile's id.
     SetParamCommand command(DEVICE_OUT_DEFAULT);
     command.mParams.reserve(std::min(mProfileListSize, kMaxReserve));
     translateForAllDevices(profile, command);

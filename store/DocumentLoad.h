@@ -45,6 +45,7 @@ class DocumentLoad {
 
     /** What the presets and endpoints of one profile id came to. */
     struct ProfilePass {
+        /** Whether a preset was selected already when the pass began. */
         bool hadPreset;
         int32_t entries;
         /** The last endpoint that selected a preset, null when none did. */
@@ -89,7 +90,9 @@ class DocumentLoad {
     std::map<int32_t, std::vector<int32_t>> mProfileLists;
     std::map<int32_t, std::vector<int32_t>> mGeqGains;
     std::vector<TuningDevice> mTuningDevices;
+    /** By profile id, for the profiles that come again. */
     std::map<int, ProfilePass> mPasses;
+    /** Words of the lists and matrices that are kept so far. */
     size_t mWords = 0;
 
     // Words of the last list of either kind. The next one will hardly be longer.

@@ -98,7 +98,7 @@ class PackedListReader {
         at.mParamCode = paramCode;
         at.mValueCount = count;
         at.mOffset = valuesAt;
-        // A positive count must fit; a negative one moves backwards, wrapping at 32 bits.
+        // A positive count must fit; a negative one moves wherever 32 bits wrap it to.
         const bool fits = count <= 0 || static_cast<uint32_t>(count) <= words - kEntryHeaderWords;
         if (!fits || !at.skip(static_cast<int32_t>(static_cast<uint32_t>(count) * kWordSize))) {
             sayShortValues(count, at.mParamIndex);

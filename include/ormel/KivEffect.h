@@ -28,7 +28,7 @@ class KivEffect {
      *
      * A list that does not hold what its header announces is refused with the error
      * "sendSharedStore() Invalid data for setting parameter values." (tag "KivEffect"); nothing
-     * reaches the store then.
+     * reaches the store then. One that is cut short in its last entry passes without that entry.
      *
      * A list may announce 2^31 entries and lead backwards to the same one each time, which is read
      * that often: take lists from this library's own commands only.

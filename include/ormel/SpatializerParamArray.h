@@ -31,7 +31,7 @@ constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_CUSTOM = 3;
 /** Text names of the profiles from dynamic to custom, by their number. Not range checked. */
 constexpr const char* kProfileNames[] = {"dynamic", "movie", "music", "custom"};
 
-/** Bands of the effect's graphic equalizer. A list of another width is not applied. */
+/** Bands of the effect's graphic equalizer. Entries of another width are not applied. */
 constexpr size_t kGeqBands = 20;
 
 /**
@@ -44,9 +44,10 @@ constexpr size_t kGeqBands = 20;
  * returned point into the store and are read after the lock is released: callers must not load a
  * document, or set the very gains that they hold, at the same time.
  *
- * Getters of lists insert: asking for an unknown key leaves an empty list behind, which stands for
- * nothing to apply. Lists are packed parameter lists (SpatializerParamParser.h). Messages bear the
- * tag "OrmSpatializerParamArray".
+ * Getters of lists insert: asking for an unknown key leaves an empty list behind. For gains and mix
+ * matrices it stands for nothing to apply; an empty parameter list counts as one that the document
+ * gave, and is refused when it is to be applied. Lists are packed parameter lists
+ * (SpatializerParamParser.h). Messages bear the tag "OrmSpatializerParamArray".
  */
 class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
   public:
@@ -60,7 +61,7 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     static const std::array<int32_t, kProfileWords> mCustomProfileParams;
     static const std::array<int32_t, kCommonWords> mCommonParams;
 
-    /** The mix matrix of a speaker tuning that gives none. */
+    /** What the profiles' speaker endpoints get when the internal speaker's tuning has no matrix. */
     static const std::array<int32_t, 58> kDefaultMixMatrix;
 
     /** Name and version of the library, which tell what a shipped file or a dump is of. */
@@ -90,13 +91,13 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /** Size of a profile's built-in list in bytes; 0 for an unknown profile. */
     unsigned getProfileParamsSize(OrmSpatializerProfileId profile);
 
-    /** Whether the tuning document gave a list for the profile. */
+    /** Whether there is a list of the tuning document for the profile, if only an inserted one. */
     bool isXMLProfileValid(int profile);
 
     /** The profile's list from the tuning document. Inserts. */
     std::vector<int32_t>& getXMLProfileParams(int profile);
 
-    /** Whether the tuning document gave a list for the tuning device. */
+    /** Whether there is a list of the document for the tuning device, if only an inserted one. */
     bool isXMLTuningValid(const std::string& device);
 
     /** The tuning device's list. Inserts. */
@@ -179,8 +180,8 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
      * document's profile lists and device tunings with their numbers of entries; graphic-equalizer
      * gains; and each port's tuning devices, the selected one marked with a star. Changes nothing.
      *
-     * Lines end in a line feed. Control characters of the document's names appear as question
-     * marks, so that a name takes no more than its line.
+     * Lines end in a line feed. ASCII's control characters in the document's names appear as
+     * question marks, so that a name takes no more than its line.
      *
      * The lock is tried for a second; after that "could not lock" stands in place of the state. To
      * be sure of that, get the instance beforehand: getInstance() itself waits for a first use that

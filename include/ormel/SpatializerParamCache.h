@@ -39,9 +39,9 @@ class SpatializerParamCache {
      *
      * @param isOrmelContent whether the content is the maker's own; the built-in common list and
      *                       the profile's built-in list are then applied as well, each committed
-     * @return 0 when the document does not define the profile; the commit's status; or -22 with
-     *         "setProfile() Invalid data for setting parameter values." (error), and then nothing
-     *         built-in is applied
+     * @return 0 when there is no list of the document for the profile; the commit's status; or -22
+     *         with "setProfile() Invalid data for setting parameter values." (error) for a list
+     *         that is broken or was inserted by a getter, and then nothing built-in is applied
      */
     int32_t setProfile(OrmSpatializerProfileId profile, IEffectOrm* effect, bool isOrmelContent);
 

@@ -65,7 +65,7 @@ class SpatializerParamParser : public ParserBuffer {
     /**
      * Reads the next entry. A failed one counts in mParamIndex like any other.
      *
-     * A negative value count is taken as it stands and moves the position backwards.
+     * A negative value count is taken as it stands and moves the position as skip() does.
      *
      * @return false after the last entry; false with "next() failed to extract device id for
      *         parameter #N", "... parameter id ...", "... number of values ..." or "... V values

@@ -38,8 +38,8 @@ class KivParamStore : public android::Singleton<KivParamStore> {
     void commitChange();
 
     /**
-     * Whether the device-processing part of the current profile holds a parameter, so that content
-     * in the maker's own encoding does not override it.
+     * Whether the device-processing part of the current profile holds a parameter, which the tuning
+     * document then decides for content in the maker's own encoding too.
      */
     bool isDeviceProcParamInProfile(int code);
 
