@@ -170,8 +170,8 @@ TEST(TuningFileParser, JoinsDocumentsAndOutlivesFailures) {
     TuningFileParser parser;
     EXPECT_EQ(parser.setTuningFile("", true), -22);
     EXPECT_TRUE(parser.getDeviceData() == nullptr && !parser.isParsed());
-    const TempFile first(document("3 3 1", R"(<profile id='5' name='a'> <endpoint_type/> </profile>
-                                              <profile id='5' name='b'/>)"));
+    const TempFile first(document("3 3 1", R"(<profile id='5' name='a'> <endpoint_type/>
+            <?virtual-bass-mix-freqs?> </profile> <profile id='5' name='b'/>)"));
     EXPECT_EQ(parser.setTuningFile(first.path(), false), 0);
     EXPECT_EQ(parser.setTuningFile(document("", "<profile id='6' name='c'/>"), true), 0);
     const DeviceData* const data = parser.getDeviceData();

@@ -55,6 +55,12 @@ Endpoint tuningEndpointFromType(const std::string& type) {
     return type == kEndpointNames[ENDPOINT_OTHER] ? ENDPOINT_OTHER : ENDPOINT_SPEAKER;
 }
 
+/** Number of a parameter's values, which a lookup that inserts would add to. */
+size_t countOf(const ParameterValues& values, Parameter param) {
+    const auto found = values.getValues().find(param);
+    return found == values.getValues().end() ? 0 : found->second.size();
+}
+
 template <typename Object>
 void insertAll(std::vector<Object>& objects, std::set<Object*>& pointers) {
     for (Object& object : objects) {
@@ -200,7 +206,7 @@ bool TuningFileParser::readParameter(const std::string& name, ParameterValues& v
     if (!isTooLarge()) {
         setter->set(values, mIterator);
         for (const Parameter param : setter->getParams()) {
-            mValueCount += values.getValues()[param].size();
+            mValueCount += countOf(values, param);
         }
     }
     return true;
