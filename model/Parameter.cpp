@@ -21,10 +21,8 @@ constexpr bool isUpperCaseOf(std::string_view enumerator, std::string_view name)
     return true;
 }
 
-#define ORMEL_PARAMETER(enumerator, name, owner)       \
-    static_assert(isUpperCaseOf(#enumerator, name),    \
-                  "a row of Parameters.inc names two " \
-                  "parameters");
+#define ORMEL_PARAMETER(enumerator, name, owner) \
+    static_assert(isUpperCaseOf(#enumerator, name), "a row names two parameters");
 #include <ormel/Parameters.inc>
 static_assert(kParameterCount == 106 && VOLUME_MODELER_ENABLE == 105);
 

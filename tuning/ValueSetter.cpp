@@ -161,7 +161,7 @@ void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator)
                 continue;
             }
             if (!mBandName.empty() && iterator.getNodeName() != mBandName) {
-                ALOGI("No attribute band_ieq was found!");
+                ALOGI("No attribute %s was found!", mBandName.c_str());
                 break;
             }
             const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);

@@ -51,7 +51,7 @@ constexpr ParameterOwner kParameterOwners[kParameterCount] = {
 #include <ormel/Parameters.inc>
 };
 
-/** The parameters that objects of a class accept. Never destroyed. */
+/** The parameters that objects of a class accept; with NONE, those that none does. Never destroyed. */
 const std::set<Parameter>& parametersOf(ParameterOwner owner);
 
 /** The class of output that a tuning or a profile endpoint is for. */
@@ -121,7 +121,7 @@ constexpr const char* kIeqPresetNames[kIeqPresetCount] = {"off", "detailed", "ba
  *
  * The document load reads this map and the next with inserting lookups, so a port name that is in
  * neither ends up in both, reading as 0. They are never destroyed. The load serialises its own
- * access; nobody else may write to them.
+ * access; nobody else may write to them, nor read them while a document is loaded.
  */
 extern std::map<std::string, Endpoint>& kPortNameToEndpoint;
 

@@ -22,7 +22,7 @@ class ParameterValues {
     /** The stored object's id, -1 for an object that was made without one. */
     virtual int64_t getId() const = 0;
 
-    /** Whether the object changed since it was restored or last marked clean. */
+    /** Whether the object is new, or changed since it was restored or last marked clean. */
     virtual bool isDirty() const;
     virtual void setDirty(bool dirty);
 

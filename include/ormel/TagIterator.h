@@ -37,10 +37,14 @@ namespace ormel {
  * Text and comment nodes count like elements. An indented document has whitespace text before the
  * first child element of every element, and the cursor relies on it: see childrenNext().
  *
- * The operations are virtual so that another walker can stand in for this one. An iterator belongs
- * to one thread at a time; since the count of live iterators is a plain integer, all iterators of a
- * process must be made and destroyed under one lock. The last one to go tears down libxml2's global
- * state, which the next load sets up again. Messages are errors with the tag "TagIterator".
+ * The operations are virtual so that another walker can stand in for this one. One that moves
+ * without these operations must see to it itself that its walk ends, since isExhausted() knows of
+ * the steps that are made here.
+ *
+ * An iterator belongs to one thread at a time; since the count of live iterators is a plain
+ * integer, all iterators of a process must be made and destroyed under one lock. The last one to go
+ * tears down libxml2's global state, which the next load sets up again. Messages are errors with
+ * the tag "TagIterator".
  */
 class TagIterator {
   public:
@@ -51,7 +55,7 @@ class TagIterator {
 
     /**
      * Loads a document in place of an earlier one and puts the cursor on the first child node of
-     * its root.
+     * its root. A failure leaves no document, but for an empty source, which changes nothing.
      *
      * @param source     path of the document, or the document's text when @p fromMemory
      * @param fromMemory says which
@@ -116,8 +120,8 @@ class TagIterator {
                                    std::vector<std::string>& out);
 
     /**
-     * Room for the texts of one element, which keeps what it has grown to from reading to reading.
-     * Whoever uses it finds texts in it that mean nothing, and calls nobody else who uses it.
+     * Scratch space for the texts of one element, so that not every reading allocates. Its content
+     * means nothing, and any other user overwrites it.
      */
     std::vector<std::string>& getTextBuffer() { return mTextBuffer; }
 

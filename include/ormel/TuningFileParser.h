@@ -40,10 +40,14 @@ class TuningFileParser {
      *
      * @param path       path of the document, or its text when @p fromMemory
      * @param fromMemory says which
-     * @return 0; or -22 when the document cannot be loaded or its walk was given up, as the
-     * iterator has said, or when what it comes to would take too much memory: more than 16 Mi
-     * values, or more than 16 MiB of tuning names repeated in device tunings. The device data of an
-     *         earlier call then stays; the parser is not meant to be used again
+     * @return 0;
+     *         -22 when the document cannot be loaded or its walk was given up, as the iterator has
+     *         said;
+     *         -22 with the error "Too much to read, V values and N bytes of tuning names" after
+     *         more than 16 Mi values, replaced ones included, or more than 16 MiB of tuning names
+     *         repeated in device tunings.
+     *         After -22 the device data of an earlier call stays; the parser is not meant to be
+     *         used again
      */
     int setTuningFile(const std::string& path, bool fromMemory);
 
