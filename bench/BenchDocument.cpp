@@ -30,8 +30,9 @@ std::string growDocument(const std::string& seed, size_t size) {
     std::string document = seed.substr(0, begin) + sections;
     for (int offset = kIdsPerRound; document.size() < size; offset += kIdsPerRound) {
         std::string round = sections;
-        for (const char* const marker : {"<preset id=\"", "<profile id=\"", "<include ieq_preset=\"",
-                                         "<tuning name=\"", "<device_id id=\""}) {
+        for (const char* const marker :
+             {"<preset id=\"", "<profile id=\"", "<include ieq_preset=\"", "<tuning name=\"",
+              "<device_id id=\""}) {
             renew(round, marker, offset);
         }
         document += "\n    " + round;

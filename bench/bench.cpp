@@ -375,7 +375,8 @@ void run() {
         addedPerByte[document.name] = (load - parse) / static_cast<double>(document.size);
         printRow("whole load / parse alone, " + document.name, load / parse, 1.30);
     }
-    printRow("added per byte, 10 MB / 100 KB", addedPerByte["10 MB"] / addedPerByte["100 KB"], 1.25);
+    printRow("added per byte, 10 MB / 100 KB", addedPerByte["10 MB"] / addedPerByte["100 KB"],
+             1.25);
     for (const Document& document : documents) {
         printHeapRows(document);
     }

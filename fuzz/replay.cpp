@@ -22,7 +22,8 @@ int main(int argc, char** argv) {
         for (const auto& path : paths) {
             std::ifstream file(path, std::ios::binary);
             const std::vector<char> content{std::istreambuf_iterator<char>(file), {}};
-            LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(content.data()), content.size());
+            LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(content.data()),
+                                   content.size());
             ++count;
         }
     }

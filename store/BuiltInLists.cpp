@@ -177,8 +177,8 @@ const std::array<int32_t, SpatializerParamArray::kProfileWords>
         SpatializerParamArray::mMusicProfileParams = kMusic.words();
 const std::array<int32_t, SpatializerParamArray::kProfileWords>
         SpatializerParamArray::mCustomProfileParams = kCustom.words();
-const std::array<int32_t, SpatializerParamArray::kCommonWords> SpatializerParamArray::mCommonParams =
-        kCommon.words();
+const std::array<int32_t, SpatializerParamArray::kCommonWords>
+        SpatializerParamArray::mCommonParams = kCommon.words();
 const std::array<int32_t, 58> SpatializerParamArray::kDefaultMixMatrix = kMixMatrix;
 
 }  // namespace ormel

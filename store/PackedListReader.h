@@ -120,7 +120,7 @@ class PackedListReader {
         error("%s() failed to extract %s for parameter #%d", "next", kFields[words], index);
     }
 
-    /** The tag is the reader's, so the platform's macros, which know one tag a file, will not do. */
+    /** The tag is the reader's, and the platform's macros know no more than one tag a file. */
     template <typename... Args>
     void error(const char* format, Args... args) const {
         __android_log_print(ANDROID_LOG_ERROR, mLogTag, format, args...);

@@ -121,7 +121,8 @@ int SpatializerParamArray::setSelectedTuningDevice(int port, const std::string& 
     }
     ALOGD("%s(port=%s, device=%s)", __func__, name, device.c_str());
     if (!isValidTuningDevice(port, device)) {
-        ALOGE("%s(): tuningDevice %s is not available for port %s.", __func__, device.c_str(), name);
+        ALOGE("%s(): tuningDevice %s is not available for port %s.", __func__, device.c_str(),
+              name);
         return -EINVAL;
     }
     mSelectedTuningDevices[port] = device;
@@ -145,7 +146,8 @@ void SpatializerParamArray::setProfileGeqGains(OrmSpatializerProfileId profile,
     mProfileGeqGains[profile] = gains;
 }
 
-const std::vector<int32_t>& SpatializerParamArray::getXMLTuningMixMatrix(const std::string& device) {
+const std::vector<int32_t>& SpatializerParamArray::getXMLTuningMixMatrix(
+        const std::string& device) {
     static const auto& kNoMatrix = *new std::vector<int32_t>;
     const Mutex::Autolock lock(mLock);
     const auto found = mMixMatrices.find(device);

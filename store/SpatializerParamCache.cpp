@@ -50,7 +50,8 @@ void putGains(const std::vector<int32_t>& gains, GeqValues& values) {
  * that were read, or none when the read failed or its answer cannot be.
  */
 template <typename Values>
-std::optional<int32_t> readEffect(IEffectOrm* effect, int32_t device, int32_t code, Values& values) {
+std::optional<int32_t> readEffect(IEffectOrm* effect, int32_t device, int32_t code,
+                                  Values& values) {
     const auto room = static_cast<int32_t>(values.size());
     int32_t count = room;
     const int32_t status = effect->getEffectParam(device, code, values.data(), &count);

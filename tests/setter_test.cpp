@@ -80,7 +80,8 @@ TEST(ValueSetter, StoresWhatItsElementSays) {
 /** A walker that finds nothing, or more than it was asked for. */
 class OddWalker : public TagIterator {
   public:
-    void parseNodeWithName(const std::vector<std::string>&, std::vector<std::string>& out) override {
+    void parseNodeWithName(const std::vector<std::string>&,
+                           std::vector<std::string>& out) override {
         out.insert(out.end(), texts.begin(), texts.end());
     }
 

@@ -170,7 +170,7 @@ TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
 }
 
 TEST(DiffTest, ComparesWhatTheEffectGetsOrWhatTheDocumentsSay) {
-    // The effect gets no graphic equalizer that is not 20 bands, and no order is any of its concern.
+    // The effect gets no graphic equalizer that is not 20 bands, and cares for no order.
     const std::tuple<std::string, int, std::string> cases[] = {
             {kSmall + kSmall, 0, "no differences\n"},
             {kSmall + kChanged, 1, R"(profile 1

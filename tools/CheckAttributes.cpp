@@ -239,7 +239,8 @@ class AttributeCheck {
                 add(Rule::MISSING_ATTRIBUTE, row.name, "is empty, so there are no values");
                 break;
             case TextFault::OUT_OF_RANGE:
-                add(Rule::OUT_OF_RANGE, row.name, fault.at + " does not fit 32 bits and " + reading);
+                add(Rule::OUT_OF_RANGE, row.name,
+                    fault.at + " does not fit 32 bits and " + reading);
                 break;
             case TextFault::NOT_A_NUMBER:
                 add(Rule::ROW_CUT, row.name,
@@ -421,7 +422,8 @@ class AttributeCheck {
 
 std::vector<std::string> attributeNamesOf(const ValueSetter* setter) {
     std::vector<std::string> names;
-    if (!appendNames<IeqValueSetter>(setter, names) && !appendNames<GeqValueSetter>(setter, names) &&
+    if (!appendNames<IeqValueSetter>(setter, names) &&
+        !appendNames<GeqValueSetter>(setter, names) &&
         !appendNames<AudioOptimizerValueSetter>(setter, names) &&
         !appendNames<RegulatorTuningValueSetter>(setter, names)) {
         appendNames<VirtualBassValueSetter>(setter, names);

@@ -129,7 +129,8 @@ void CheckDocument::findOddities(Findings& findings) const {
                  "the encoding " + std::string(encoding) + " is not read everywhere; write UTF-8"});
     }
     for (size_t i = 0; i < size(); ++i) {
-        for (const xmlNode* node = mElements[i].node->children; node != nullptr; node = node->next) {
+        for (const xmlNode* node = mElements[i].node->children; node != nullptr;
+             node = node->next) {
             if (node->type == XML_ENTITY_REF_NODE) {
                 findings.add(finding(Rule::ENTITY_REFERENCE, i,
                                      "what &" + std::string(toText(node->name)) +

@@ -92,7 +92,7 @@ class EntryOrigins::Source {
           mFixed(VersionRules::of(document.objects().getFormatVersion()).fixedIn(kind)),
           mValues(object.getValues()) {}
 
-    /** Completes the object where the load does. Any values do, since only changes are looked at. */
+    /** Completes the object where the load does, with any values: only changes are looked at. */
     void complete(const Origin& origin) {
         mValues[origin.param] = {2};
         mCompletions.emplace(origin.param, origin);

@@ -20,7 +20,8 @@ bool sLoadFailed = false;
 void logMessage(const __android_logger_data* data, const char* message) {
     sLoadFailed = sLoadFailed || message == kLoadError;
     if (data->priority >= sLowestPriority) {
-        const char* const level = kLevels[std::clamp<int32_t>(data->priority, 0, ANDROID_LOG_FATAL)];
+        const char* const level =
+                kLevels[std::clamp<int32_t>(data->priority, 0, ANDROID_LOG_FATAL)];
         // Where standard error is gone, there is nobody left to tell.
         (void)std::fprintf(stderr, "%s %s: %s\n", level, data->tag == nullptr ? "" : data->tag,
                            message);

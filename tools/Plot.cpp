@@ -103,7 +103,8 @@ std::vector<Panel> profilePanels(const LoadedDocument& document, const PlotOptio
     Panel graphic = {"Graphic equalizer gains", {}};
     // The headphone's devices all get what its endpoint asks for.
     constexpr std::pair<int32_t, Endpoint> kOutputs[] = {
-            {DEVICE_OUT_SPEAKER, ENDPOINT_SPEAKER}, {kHeadphoneDevices.front(), ENDPOINT_HEADPHONE}};
+            {DEVICE_OUT_SPEAKER, ENDPOINT_SPEAKER},
+            {kHeadphoneDevices.front(), ENDPOINT_HEADPHONE}};
     for (const EffectList& list : document.lists()) {
         if (!isWanted(list, options)) {
             continue;
@@ -156,7 +157,8 @@ std::vector<Panel> panelsOf(const LoadedDocument& document, const PlotOptions& o
     }
     for (const Tuning* const tuning : document.objects().getTunings()) {
         const auto& names = options.tunings;
-        const bool isNamed = std::find(names.begin(), names.end(), tuning->getName()) != names.end();
+        const bool isNamed =
+                std::find(names.begin(), names.end(), tuning->getName()) != names.end();
         if (isNamed || (names.empty() && options.profile.empty())) {
             addTuningPanels(*tuning, panels);
         }

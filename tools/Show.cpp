@@ -69,7 +69,8 @@ class Selection {
 
   private:
     bool isNamed(const std::string& list) const {
-        return std::find(mOptions.lists.begin(), mOptions.lists.end(), list) != mOptions.lists.end();
+        return std::find(mOptions.lists.begin(), mOptions.lists.end(), list) !=
+               mOptions.lists.end();
     }
 
     /** Whether a kind of list is asked for, or everything. */

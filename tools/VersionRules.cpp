@@ -46,7 +46,8 @@ std::string valueElements(int value) {
     for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
         if (dynamic_cast<const SimpleValueSetter*>(setter) != nullptr ||
             dynamic_cast<const RowDataValueSetter*>(setter) != nullptr) {
-            elements += "<" + setter->getNodeName() + " value=\"" + std::to_string(value) + "\"/>\n";
+            elements +=
+                    "<" + setter->getNodeName() + " value=\"" + std::to_string(value) + "\"/>\n";
         }
     }
     return elements;

@@ -32,7 +32,8 @@ void SetParamCommand::add(KivParameter param, std::initializer_list<int> values)
     addEntry(param, values, {});
 }
 
-void SetParamCommand::add(KivParameter param, std::initializer_list<const std::vector<int>*> lists) {
+void SetParamCommand::add(KivParameter param,
+                          std::initializer_list<const std::vector<int>*> lists) {
     addEntry(param, {}, lists);
 }
 

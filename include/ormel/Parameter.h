@@ -51,7 +51,7 @@ constexpr ParameterOwner kParameterOwners[kParameterCount] = {
 #include <ormel/Parameters.inc>
 };
 
-/** The parameters that objects of a class accept; with NONE, those that none does. Never destroyed. */
+/** The parameters that objects of a class accept; of NONE, those of no class. Never destroyed. */
 const std::set<Parameter>& parametersOf(ParameterOwner owner);
 
 /** The class of output that a tuning or a profile endpoint is for. */
@@ -125,7 +125,7 @@ constexpr const char* kIeqPresetNames[kIeqPresetCount] = {"off", "detailed", "ba
  */
 extern std::map<std::string, Endpoint>& kPortNameToEndpoint;
 
-/** Android device of each port that tunings are bound to; "hdmi", "miracast" and "other" have none. */
+/** Android device of each port that takes tunings; "hdmi", "miracast" and "other" have none. */
 extern std::map<std::string, AndroidDevice>& kPortNameToAndroidDevice;
 
 /** The maps above, for code that may run before this library's own static initialisation. */

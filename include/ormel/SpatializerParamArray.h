@@ -61,7 +61,7 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     static const std::array<int32_t, kProfileWords> mCustomProfileParams;
     static const std::array<int32_t, kCommonWords> mCommonParams;
 
-    /** What the profiles' speaker endpoints get when the internal speaker's tuning has no matrix. */
+    /** What a profile's speaker endpoint gets when the internal speaker's tuning has no matrix. */
     static const std::array<int32_t, 58> kDefaultMixMatrix;
 
     /** Name and version of the library, which tell what a shipped file or a dump is of. */

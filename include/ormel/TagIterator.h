@@ -105,7 +105,7 @@ class TagIterator {
      */
     virtual void parseNodeIntVector(std::vector<int>& out);
 
-    /** Appends the text of every attribute of the current element, as parseNodeWithName({}, out). */
+    /** Appends the text of every attribute of the element, as parseNodeWithName({}, out) does. */
     virtual void parseNodeAll(std::vector<std::string>& out);
 
     /**

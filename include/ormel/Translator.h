@@ -111,7 +111,8 @@ class VirtualBassEnableTranslator : public SpecialTranslator<VirtualBassEnableTr
 class VirtualBassTranslator : public SpecialTranslator<VirtualBassTranslator> {
   public:
     static constexpr std::array kSrcParams = {VIRTUAL_BASS_SRC_FREQ_LOW, VIRTUAL_BASS_SRC_FREQ_HIGH,
-                                              VIRTUAL_BASS_MIX_FREQ_LOW, VIRTUAL_BASS_MIX_FREQ_HIGH};
+                                              VIRTUAL_BASS_MIX_FREQ_LOW,
+                                              VIRTUAL_BASS_MIX_FREQ_HIGH};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) const override;
 };

@@ -28,7 +28,7 @@ namespace ormel {
 class TuningFileParser {
   public:
     TuningFileParser() : TuningFileParser(std::make_unique<TagIterator>()) {}
-    /** Reads with a walker of one's own, which must not be null: it meets every step of the walk. */
+    /** Reads with a walker of one's own, which meets every step of the walk. Must not be null. */
     explicit TuningFileParser(std::unique_ptr<TagIterator> iterator);
     TuningFileParser(const TuningFileParser&) = delete;
     TuningFileParser& operator=(const TuningFileParser&) = delete;
