@@ -69,6 +69,11 @@ TEST(Command, AppendsEntriesAsTheyComeAndSendsThem) {
     words.insert(words.end(), {kAll, kVol, 1, -3, kAll, kVol, 1, 0, kAll, kVol, 2, 0, 0});
     EXPECT_EQ(command.mParams, words);
     EXPECT_EQ(store.getPublished().size(), 5U);
+    SetParamCommand echo(1);
+    echo.add(VOL, {nullptr, &echo.mParams});
+    EXPECT_EQ(echo.mParams, (Values{1, 0, -1, kVol, 2, 1, 0}));
+    echo.mParams.clear();
+    EXPECT_EQ(echo.execute(effect), 0);
     EXPECT_EQ(store.getCommitCount(), 2);
 }
 

@@ -101,6 +101,10 @@ TEST(TagIterator, WalksAndReads) {
             {"<a><b p='3' q='x' r='-4'/></a>", "r", " b:E[l,m,3,x,-4,][3,0,-4,][p,q,r,] b:E", {}},
             {"<a><b X='1' y='' x='2'/></a>", "r", " b:E[2,,1,,2,][1,0,2,][X,y,x,] b:E", {}},
             {"<a><b x='1&amp;2&#10;'/></a>", "r", " b:E[1&2\n,m,1&2\n,][1,][x,] b:E", {}},
+            {"<!DOCTYPE a [<!ENTITY e '2'>]><a><b x='1&e;3'/></a>",
+             "r",
+             " b:E[123,m,123,][123,][x,] b:E",
+             {}},
             // Text is found by local name, so the first of two attributes speaks for both.
             {"<a><b xmlns:n='u' n:x='1' x='2'/></a>", "r", " b:E[1,m,1,1,][1,1,][x,x,] b:E", {}},
             {"<a><b/></a>", "r", " b:E[l,m,][][] b:E", {}}};

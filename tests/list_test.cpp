@@ -92,6 +92,13 @@ TYPED_TEST(ListTest, LeavesItsFieldsAsFarAsTheyWereRead) {
                           parser.mDeviceId, parser.mParamCode, parser.mValueCount, parser.mOffset}),
               (std::array{6, 3, 3, 3, 13, 9, 48}));
     this->expectSaid(" 9 values #3");
+    for (const int size : {36, 40, 44}) {
+        TypeParam cut(words.data(), size);
+        EXPECT_TRUE(cut.begin() && cut.next() && cut.next() && !cut.next());
+        EXPECT_EQ((std::array{cut.mDeviceId, cut.mParamCode, cut.mValueCount, cut.mOffset}),
+                  (std::array{size < 40 ? 8 : 3, size < 44 ? 12 : 13, 1, size}));
+    }
+    this->log.take();
     for (const int size : {7, 4, 3, 0, -1, INT32_MIN, 99}) {
         TypeParam none(size == 99 ? nullptr : words.data(), size);
         const bool hasId = size == 7 || size == 4;

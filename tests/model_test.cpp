@@ -130,11 +130,17 @@ TEST(TuningObject, EqualsByItsKeyAndItsValues) {
     EXPECT_FALSE(geq.equals(longer) || longer.equals(geq) || geq.equals(GeqPreset(1)));
     EXPECT_TRUE(Profile(1, "a", true).equals(Profile(8LL, 1, "b", false)));
     EXPECT_FALSE(Profile(1, "a", true).equals(Profile(2, "a", true)));
+    Profile boosted(1, "a", true);
+    boosted.set(PEAK_VALUE, {0});
+    EXPECT_FALSE(boosted.equals(Profile(1, "a", true)));
     const ProfileEndpoint endpoint(1, ENDPOINT_OTHER, 2);
     EXPECT_TRUE(endpoint.equals(ProfileEndpoint(8L, 1, ENDPOINT_OTHER, 2)));
     EXPECT_FALSE(endpoint.equals(ProfileEndpoint(2, ENDPOINT_OTHER, 2)));
     EXPECT_FALSE(endpoint.equals(ProfileEndpoint(1, ENDPOINT_SPEAKER, 2)));
     EXPECT_FALSE(endpoint.equals(ProfileEndpoint(1, ENDPOINT_OTHER, 3)));
+    ProfileEndpoint silenced = endpoint;
+    silenced.set(IEQ_ENABLE, {0});
+    EXPECT_FALSE(endpoint.equals(silenced));
 }
 
 TEST(DeviceData, ValidationSelectsNoPresetWhereTheEqualizerIsOff) {

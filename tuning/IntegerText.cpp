@@ -52,7 +52,7 @@ void string2IntVector(std::string_view text, std::vector<int>& out) {
     }
     for (int value = 0; extractInt(text, value);) {
         out.push_back(value);
-        if (!text.empty() && (text.front() == ',' || text.front() == ' ')) {
+        if (!text.empty() && text.front() == ',') {
             text.remove_prefix(1);
         }
     }
