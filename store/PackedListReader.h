@@ -3,6 +3,7 @@
 
 #include <log/log.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -61,9 +62,9 @@ class PackedListReader {
         return inside ? static_cast<uint32_t>(at.mSize - at.mOffset) / kWordSize : 0;
     }
 
-    static int32_t wordAt(const uint8_t* bytes) {
+    static int32_t wordAt(const uint8_t* bytes, size_t index) {
         int32_t word = 0;
-        std::memcpy(&word, bytes, sizeof(word));
+        std::memcpy(&word, bytes + index * sizeof(word), sizeof(word));
         return word;
     }
 
@@ -71,7 +72,7 @@ class PackedListReader {
         if (wordsLeft(at) < 1) {
             return false;
         }
-        word = wordAt(at.mData + at.mOffset);
+        word = wordAt(at.mData + at.mOffset, 0);
         at.mOffset += static_cast<int32_t>(kWordSize);
         return true;
     }
@@ -90,9 +91,9 @@ class PackedListReader {
             return false;
         }
         const uint8_t* const header = at.mData + at.mOffset;
-        const int32_t deviceId = wordAt(header);
-        const int32_t paramCode = wordAt(header + kWordSize);
-        const int32_t count = wordAt(header + 2 * kWordSize);
+        const int32_t deviceId = wordAt(header, 0);
+        const int32_t paramCode = wordAt(header, 1);
+        const int32_t count = wordAt(header, 2);
         const int32_t valuesAt = at.mOffset + static_cast<int32_t>(kEntryHeaderWords * kWordSize);
         at.mDeviceId = deviceId;
         at.mParamCode = paramCode;
