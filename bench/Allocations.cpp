@@ -11,9 +11,8 @@
 
 namespace {
 
-size_t gAllocations = 0;
-ptrdiff_t gBytes = 0;
-ptrdiff_t gPeakBytes = 0;
+bool gCounting = false;
+ormel::bench::HeapUse gUse = {};
 
 /** What the allocator really gave. */
 ptrdiff_t sizeOf(void* block) {
@@ -21,12 +20,18 @@ ptrdiff_t sizeOf(void* block) {
 }
 
 void* counted(void* block) {
-    if (block != nullptr) {
-        ++gAllocations;
-        gBytes += sizeOf(block);
-        gPeakBytes = std::max(gPeakBytes, gBytes);
+    if (gCounting && block != nullptr) {
+        ++gUse.allocations;
+        gUse.bytes += sizeOf(block);
+        gUse.peakBytes = std::max(gUse.peakBytes, gUse.bytes);
     }
     return block;
+}
+
+void countGone(void* block) {
+    if (gCounting) {
+        gUse.bytes -= sizeOf(block);
+    }
 }
 
 void* allocate(size_t size) {
@@ -34,12 +39,12 @@ void* allocate(size_t size) {
 }
 
 void release(void* block) {
-    gBytes -= sizeOf(block);
+    countGone(block);
     std::free(block);
 }
 
 void* reallocate(void* block, size_t size) {
-    gBytes -= sizeOf(block);
+    countGone(block);
     return counted(std::realloc(block, size));
 }
 
@@ -73,14 +78,12 @@ void countXmlMemory() {
     xmlMemSetup(release, allocate, reallocate, duplicate);
 }
 
-void resetHeapUse() {
-    gAllocations = 0;
-    gBytes = 0;
-    gPeakBytes = 0;
-}
-
-HeapUse heapUse() {
-    return {gAllocations, gBytes, gPeakBytes};
+HeapUse heapUseOf(const std::function<void()>& run) {
+    gUse = {};
+    gCounting = true;
+    run();
+    gCounting = false;
+    return gUse;
 }
 
 }  // namespace ormel::bench

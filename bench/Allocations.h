@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 namespace ormel::bench {
 
@@ -15,10 +16,10 @@ struct HeapUse {
 /** Routes libxml2's memory through the count. Call before anything of libxml2's. */
 void countXmlMemory();
 
-/** Takes what is in use now for nothing: counts, and the peak, begin again from here. */
-void resetHeapUse();
-
-/** What was allocated, what is still in use and what was at the most, since resetHeapUse(). */
-HeapUse heapUse();
+/**
+ * What @p run allocates, what of it is still in use at its end and what was at the most. Outside of
+ * this nothing is counted, so that what is timed does not count.
+ */
+HeapUse heapUseOf(const std::function<void()>& run);
 
 }  // namespace ormel::bench

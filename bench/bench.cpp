@@ -144,28 +144,79 @@ void checkLoaded(SpatializerParamArray& array, const Document& document) {
     check(array.getXMLProfileParams(last).size() > 800, "words of the last profile");
 }
 
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
+double secondsOf(const std::function<void()>& run) {
+    const auto start = std::chrono::steady_clock::now();
+    run();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void benchLoad(benchmark::State& state, const Document& document) {
-    for ([[maybe_unused]] const auto iteration : state) {
-        SpatializerParamArray array;
-        const auto start = Clock::now();
-        array.loadSpatializerXMLFile(document.path);
-        state.SetIterationTime(secondsSince(start));
-        checkLoaded(array, document);
-    }
+/**
+ * Has what was freed merged, which malloc puts off until the next large block: nobody's time is to
+ * have the leavings of another in it.
+ */
+void settleHeap() {
+    std::vector<char> large(size_t{4} << 10);
+    benchmark::DoNotOptimize(large.data());
 }
 
-void benchParse(benchmark::State& state, const Document& document) {
-    for ([[maybe_unused]] const auto iteration : state) {
-        const auto start = Clock::now();
-        parseOnly(document.path);
-        state.SetIterationTime(secondsSince(start));
+double median(std::vector<double> values) {
+    if (values.empty()) {
+        return std::numeric_limits<double>::quiet_NaN();
     }
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+/**
+ * Some work and its floor, each a function that does it once and returns the seconds. The two take
+ * turns, so that a machine that is not equally fast all the time is so to both.
+ */
+class Comparison {
+  public:
+    Comparison(std::string name, std::function<double()> work, std::function<double()> floor)
+        : mName(std::move(name)), mWork(std::move(work)), mFloor(std::move(floor)) {}
+
+    void add() {
+        benchmark::RegisterBenchmark(mName.c_str(), [this](benchmark::State& state) {
+            for ([[maybe_unused]] const auto iteration : state) {
+                mFloorTimes.push_back(mFloor());
+                mWorkTimes.push_back(mWork());
+                state.SetIterationTime(mWorkTimes.back());
+            }
+        })->UseManualTime();
+    }
+
+    const std::string& name() const { return mName; }
+    double floor() const { return median(mFloorTimes); }
+    double work() const { return median(mWorkTimes); }
+    double ratio() const { return work() / floor(); }
+
+  private:
+    std::string mName;
+    std::function<double()> mWork;
+    std::function<double()> mFloor;
+    std::vector<double> mWorkTimes;
+    std::vector<double> mFloorTimes;
+};
+
+/** The times are kept where they are taken. */
+class SilentReporter : public benchmark::BenchmarkReporter {
+  public:
+    bool ReportContext(const Context&) override { return true; }
+    void ReportRuns(const std::vector<Run>&) override {}
+};
+
+double loadOnce(const Document& document) {
+    SpatializerParamArray array;
+    settleHeap();
+    const double time = secondsOf([&] { array.loadSpatializerXMLFile(document.path); });
+    checkLoaded(array, document);
+    return time;
+}
+
+double parseOnce(const Document& document) {
+    settleHeap();
+    return secondsOf([&] { parseOnly(document.path); });
 }
 
 /** A front operation, and the floor of making its calls. */
@@ -205,45 +256,26 @@ void repeatCalls(const Operation& operation, IEffectOrm* effect) {
     }
 }
 
-template <typename Run>
-void benchCalls(benchmark::State& state, const Operation& operation, Run run) {
-    KeepingEffect once;
-    run(&once);
-    check(once.calls == operation.calls, "number of calls");
-    check(once.values() == operation.values, "words");
+void checkCalls(const Operation& operation, const std::function<void(IEffectOrm*)>& run) {
     KeepingEffect effect;
-    for ([[maybe_unused]] const auto iteration : state) {
-        run(&effect);
-        benchmark::DoNotOptimize(effect.calls);
-    }
+    run(&effect);
+    check(effect.calls == operation.calls, "number of calls");
+    check(effect.values() == operation.values, "words");
 }
 
-/** Keeps every repetition's time by benchmark name. */
-class MedianReporter : public benchmark::BenchmarkReporter {
-  public:
-    bool ReportContext(const Context&) override { return true; }
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Iteration) {
-                const std::string& name = run.run_name.function_name;
-                mTimes[name].push_back(run.GetAdjustedRealTime());
-            }
-        }
-    }
-
-    double median(const std::string& name) {
-        std::vector<double>& times = mTimes[name];
-        if (times.empty()) {
-            return std::numeric_limits<double>::quiet_NaN();
-        }
-        std::sort(times.begin(), times.end());
-        return times[times.size() / 2];
-    }
-
-  private:
-    std::map<std::string, std::vector<double>> mTimes;
-};
+/** Compares an operation with its calls alone, each on an effect of its own. */
+Comparison compareCalls(const Operation& operation) {
+    const auto repeat = [&operation](IEffectOrm* effect) { repeatCalls(operation, effect); };
+    checkCalls(operation, operation.run);
+    checkCalls(operation, repeat);
+    return {operation.name,
+            [run = operation.run, effect = std::make_shared<KeepingEffect>()] {
+                return secondsOf([&] { run(effect.get()); });
+            },
+            [repeat, effect = std::make_shared<KeepingEffect>()] {
+                return secondsOf([&] { repeat(effect.get()); });
+            }};
+}
 
 void printRow(const std::string& what, double ratio, double reach) {
     // Benchmarks that were filtered out leave nothing to compare.
@@ -254,44 +286,38 @@ void printRow(const std::string& what, double ratio, double reach) {
 }
 
 void printHeapRows(const Document& document) {
-    resetHeapUse();
-    parseOnly(document.path);
-    const auto parsePeak = static_cast<double>(heapUse().peakBytes);
-
-    auto array = std::make_unique<SpatializerParamArray>();
-    resetHeapUse();
-    array->loadSpatializerXMLFile(document.path);
-    const HeapUse use = heapUse();
-    checkLoaded(*array, document);
+    const HeapUse parse = heapUseOf([&] { parseOnly(document.path); });
+    SpatializerParamArray array;
+    const HeapUse load = heapUseOf([&] { array.loadSpatializerXMLFile(document.path); });
+    checkLoaded(array, document);
 
     size_t words = 0;
     for (int profile = 0; profile < static_cast<int>(document.profiles); ++profile) {
-        words += array->getXMLProfileParams(profile).size();
-        words += array->getProfileGeqGains(profile).size();
+        words += array.getXMLProfileParams(profile).size();
+        words += array.getProfileGeqGains(profile).size();
     }
     for (const Port port : kSupportedPorts) {
-        const std::string names = array->getAvailableTuningDevices(port);
+        const std::string names = array.getAvailableTuningDevices(port);
         for (size_t at = 0; at < names.size();) {
             const size_t end = std::min(names.find(' ', at), names.size());
             const std::string device = names.substr(at, end - at);
-            words += array->getXMLTuningParams(device).size();
-            words += array->getXMLTuningMixMatrix(device).size();
+            words += array.getXMLTuningParams(device).size();
+            words += array.getXMLTuningMixMatrix(device).size();
             at = end + 1;
         }
     }
     printRow("peak heap of the load, " + document.name,
-             static_cast<double>(use.peakBytes) / parsePeak, 1.15);
+             static_cast<double>(load.peakBytes) / static_cast<double>(parse.peakBytes), 1.15);
     printRow("heap kept after the load, " + document.name,
-             static_cast<double>(use.bytes) / static_cast<double>(words * sizeof(int32_t)), 2.0);
+             static_cast<double>(load.bytes) / static_cast<double>(words * sizeof(int32_t)), 2.0);
 }
 
 void printAllocationRow(const std::string& what, const std::function<void(IEffectOrm*)>& run,
                         double reach) {
     KeepingEffect effect;
     run(&effect);
-    resetHeapUse();
-    run(&effect);
-    printRow("heap allocations per " + what, static_cast<double>(heapUse().allocations), reach);
+    const HeapUse use = heapUseOf([&] { run(&effect); });
+    printRow("heap allocations per " + what, static_cast<double>(use.allocations), reach);
 }
 
 void loadIntoStore(const std::string& path) {
@@ -335,13 +361,6 @@ void run() {
         files.push_back(std::make_unique<TempFile>(grown));
         documents.push_back({name, files.back()->path(), grown.size(), profiles});
     }
-    for (const Document& document : documents) {
-        benchmark::RegisterBenchmark(("load " + document.name).c_str(), benchLoad, document)
-                ->UseManualTime();
-        benchmark::RegisterBenchmark(("parse " + document.name).c_str(), benchParse, document)
-                ->UseManualTime();
-    }
-
     loadIntoStore(kTablet);
     SpatializerParamCache cache;
     std::vector<Operation> operations = {
@@ -352,38 +371,39 @@ void run() {
             makeOperation("loadTuning", [&cache](IEffectOrm* effect) { cache.loadTuning(effect); }),
     };
     operations[1].questions = codesOf(SpatializerParamArray::getInstance().getXMLProfileParams(1));
-    for (const Operation& operation : operations) {
-        benchmark::RegisterBenchmark(operation.name.c_str(), [&operation](benchmark::State& state) {
-            benchCalls(state, operation, operation.run);
-        });
-        benchmark::RegisterBenchmark(
-                ("calls of " + operation.name).c_str(), [&operation](benchmark::State& state) {
-                    benchCalls(state, operation, [&operation](IEffectOrm* effect) {
-                        repeatCalls(operation, effect);
-                    });
-                });
+    std::vector<Comparison> loads;
+    for (const Document& document : documents) {
+        loads.emplace_back(
+                document.name, [&document] { return loadOnce(document); },
+                [&document] { return parseOnce(document); });
     }
-
-    MedianReporter reporter;
+    std::vector<Comparison> calls;
+    for (const Operation& operation : operations) {
+        calls.push_back(compareCalls(operation));
+    }
+    for (std::vector<Comparison>* const comparisons : {&loads, &calls}) {
+        for (Comparison& comparison : *comparisons) {
+            comparison.add();
+        }
+    }
+    SilentReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
     std::printf("%-68s %8s %8s\n", "what, as a ratio to its floor", "ratio", "reach");
     std::map<std::string, double> addedPerByte;
-    for (const Document& document : documents) {
-        const double load = reporter.median("load " + document.name);
-        const double parse = reporter.median("parse " + document.name);
-        addedPerByte[document.name] = (load - parse) / static_cast<double>(document.size);
-        printRow("whole load / parse alone, " + document.name, load / parse, 1.30);
+    for (size_t i = 0; i < documents.size(); ++i) {
+        const Comparison& load = loads[i];
+        addedPerByte[load.name()] =
+                (load.work() - load.floor()) / static_cast<double>(documents[i].size);
+        printRow("whole load / parse alone, " + load.name(), load.ratio(), 1.30);
     }
     printRow("added per byte, 10 MB / 100 KB", addedPerByte["10 MB"] / addedPerByte["100 KB"],
              1.25);
     for (const Document& document : documents) {
         printHeapRows(document);
     }
-    for (const Operation& operation : operations) {
-        printRow(operation.name + " / its calls alone",
-                 reporter.median(operation.name) / reporter.median("calls of " + operation.name),
-                 1.5);
+    for (const Comparison& operation : calls) {
+        printRow(operation.name() + " / its calls alone", operation.ratio(), 1.5);
     }
     for (const Operation& operation : operations) {
         // None per entry: what there is are device names, and a buffer a list or a mix matrix.
@@ -403,10 +423,12 @@ void run() {
 
 int main(int argc, char** argv) {
     // What is freed stays with the process, or the first to touch the pages again would pay.
+    constexpr int kLargestMmapThreshold = 32 << 20;
     // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet.
-    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
+    const bool isSet = mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max()) == 1 &&
+                       mallopt(M_MMAP_THRESHOLD, kLargestMmapThreshold) == 1;
     // NOLINTEND(concurrency-mt-unsafe)
+    ormel::bench::check(isSet, "setting malloc up");
     ormel::bench::countXmlMemory();
     benchmark::Initialize(&argc, argv);
     ormel::bench::run();
