@@ -17,6 +17,13 @@ constexpr size_t kMaxReserve = size_t{64} << 10;
 /** What endpoints get as virtual bass mode when the internal speaker's tuning gives none. */
 constexpr int kDefaultVirtualBassMode = 3;
 
+/** Adds @p newer to @p entries, in place of those with the same keys; @p newer gets these. */
+template <typename Map>
+void replaceBy(Map& entries, Map& newer) {
+    newer.merge(entries);
+    entries.swap(newer);
+}
+
 }  // namespace
 
 void SpatializerParamArray::loadSpatializerXMLFile(const std::string& path) {
@@ -78,12 +85,10 @@ void DocumentLoad::commit() {
     mArray.mTuningProfileCount += mProfileCount;
     mArray.mXMLProfileParams.merge(mProfileLists);
     mArray.mProfileGeqGains.merge(mGeqGains);
-    for (TuningDevice& device : mTuningDevices) {
-        mArray.mXMLTuningParams[device.name] = std::move(device.list);
-        mArray.mMixMatrices[device.name] = std::move(device.mixMatrix);
-        mArray.mAvailableTuningDevices[device.name] = std::move(device.port);
-        ++mArray.mTuningCount;
-    }
+    mArray.mTuningCount += mDeviceTuningCount;
+    replaceBy(mArray.mXMLTuningParams, mTuningLists);
+    replaceBy(mArray.mMixMatrices, mMixMatrices);
+    replaceBy(mArray.mAvailableTuningDevices, mPorts);
     reportMissingDefaults();
 }
 
@@ -134,6 +139,7 @@ bool DocumentLoad::loadProfile(Profile& profile) {
     SetParamCommand command(DEVICE_OUT_DEFAULT);
     command.mParams.reserve(std::min(mProfileListSize, kMaxReserve));
     translateForAllDevices(profile, command);
+    profile.getValues().clear();
     // Of profiles with one id the first list stands. The parts of a later one are the same objects,
     // so translating them again could tell nothing new but how many entries they come to.
     const auto pass = mPasses.find(id);
@@ -211,6 +217,9 @@ void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand&
         case ENDPOINT_OTHER:
             break;
     }
+    for (const Parameter given : {VIRTUAL_BASS_MODE, ORIENTATION, OUTPUT_MIX_MATRIX}) {
+        endpoint.getValues().erase(given);
+    }
 }
 
 void DocumentLoad::translateForDevice(AndroidDevice device, SetParamCommand& command) {
@@ -249,7 +258,10 @@ bool DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
           endpoint, firstOr0(values[ORIENTATION]), mixMatrix.size());
     mTuningListSize = command.mParams.size();
     mWords += mixMatrix.size();
-    mTuningDevices.push_back({device, port, takeList(command), mixMatrix});
+    mTuningLists[device] = takeList(command);
+    mMixMatrices[device] = mixMatrix;
+    mPorts[device] = port;
+    ++mDeviceTuningCount;
     return mWords <= kMaxWords;
 }
 

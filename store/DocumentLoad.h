@@ -15,7 +15,8 @@ namespace ormel {
  * One load of a document into an array, whose lock the caller holds.
  *
  * Lists are built aside, and reach the array all at once or not at all. The objects of the document
- * are completed on the way, so one load uses them up.
+ * are completed on the way and lose what only one list needs, since lists, objects and the XML tree
+ * are in memory together. So one load uses them up.
  */
 class DocumentLoad {
   public:
@@ -35,14 +36,6 @@ class DocumentLoad {
     static constexpr size_t kMaxWords = size_t{16} << 20;
 
   private:
-    /** What a tuning device is, and what it gets. */
-    struct TuningDevice {
-        std::string name;
-        std::string port;
-        std::vector<int32_t> list;
-        std::vector<int32_t> mixMatrix;
-    };
-
     /** What the presets and endpoints of one profile id came to. */
     struct ProfilePass {
         /** Whether a preset was selected already when the pass began. */
@@ -89,7 +82,11 @@ class DocumentLoad {
     int32_t mProfileCount = 0;
     std::map<int32_t, std::vector<int32_t>> mProfileLists;
     std::map<int32_t, std::vector<int32_t>> mGeqGains;
-    std::vector<TuningDevice> mTuningDevices;
+    int32_t mDeviceTuningCount = 0;
+    // By name of the tuning device.
+    std::map<std::string, std::vector<int32_t>> mTuningLists;
+    std::map<std::string, std::vector<int32_t>> mMixMatrices;
+    std::map<std::string, std::string> mPorts;
     /** By profile id, for the profiles that come again. */
     std::map<int, ProfilePass> mPasses;
     /** Words of the lists and matrices that are kept so far. */

@@ -61,13 +61,6 @@ size_t countOf(const ParameterValues& values, Parameter param) {
     return found == values.getValues().end() ? 0 : found->second.size();
 }
 
-template <typename Object>
-void insertAll(std::vector<Object>& objects, std::set<Object*>& pointers) {
-    for (Object& object : objects) {
-        pointers.insert(&object);
-    }
-}
-
 }  // namespace
 
 SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection();
@@ -88,14 +81,11 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
               mTuningNameBytes);
     }
     const bool complete = !mIterator.isExhausted() && !isTooLarge();
-    // The tree is the bulk of the memory, and nothing below needs it.
-    mIterator.clearAll();
     if (!complete) {
         mDocuments.pop_back();
         return -EINVAL;
     }
     mParsed = true;
-    collectObjects();
     fillDeviceData();
     return 0;
 }
@@ -375,14 +365,15 @@ void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
     mDocuments.back().deviceTunings.emplace_back(attributes[0], attributes[1], tuningName);
 }
 
-void TuningFileParser::collectObjects() {
-    Objects& objects = mDocuments.back();
-    insertAll(objects.ieqPresets, mIeqPresets);
-    insertAll(objects.geqPresets, mGeqPresets);
-    insertAll(objects.profiles, mProfiles);
-    insertAll(objects.profileEndpoints, mProfileEndpoints);
-    insertAll(objects.tunings, mTunings);
-    insertAll(objects.deviceTunings, mDeviceTunings);
+template <typename Object>
+std::set<Object*> TuningFileParser::pointersTo(std::vector<Object> Objects::*kind) {
+    std::set<Object*> pointers;
+    for (Objects& objects : mDocuments) {
+        for (Object& object : objects.*kind) {
+            pointers.insert(pointers.end(), &object);
+        }
+    }
+    return pointers;
 }
 
 void TuningFileParser::fillDeviceData() {
@@ -392,12 +383,12 @@ void TuningFileParser::fillDeviceData() {
     mDeviceData->setDeviceName(mDeviceName);
     mDeviceData->setDeviceIndex(mDeviceIndex);
     mDeviceData->setTuningVersion(mTuningVersion);
-    mDeviceData->setIeqPresets(mIeqPresets);
-    mDeviceData->setGeqPresets(mGeqPresets);
-    mDeviceData->setProfiles(mProfiles);
-    mDeviceData->setProfileEndPoints(mProfileEndpoints);
-    mDeviceData->setTunings(mTunings);
-    mDeviceData->setDeviceTunings(mDeviceTunings);
+    mDeviceData->setIeqPresets(pointersTo(&Objects::ieqPresets));
+    mDeviceData->setGeqPresets(pointersTo(&Objects::geqPresets));
+    mDeviceData->setProfiles(pointersTo(&Objects::profiles));
+    mDeviceData->setProfileEndPoints(pointersTo(&Objects::profileEndpoints));
+    mDeviceData->setTunings(pointersTo(&Objects::tunings));
+    mDeviceData->setDeviceTunings(pointersTo(&Objects::deviceTunings));
     mDeviceData->setAltivoGameSystemGain(mGameSystemGain);
 }
 

@@ -12,6 +12,8 @@ namespace ormel {
 namespace {
 
 constexpr std::string_view kTrue = "true";
+/** Bands that a column gets room for at once. Documents have as many. */
+constexpr size_t kUsualBandCount = 20;
 
 /** Remembers an iterator's position and returns to it at the end of the scope. */
 class ScopedPosition {
@@ -186,6 +188,9 @@ GeqValueSetter::GeqValueSetter(std::string nodeName, std::vector<Parameter> para
 
 void BandColumnsValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
     std::vector<std::vector<int>> columns(mAttrNames.size());
+    for (std::vector<int>& column : columns) {
+        column.reserve(kUsualBandCount);
+    }
     {
         const ScopedPosition position(iterator);
         iterator.childrenNext();

@@ -19,8 +19,9 @@ namespace ormel {
  * Reads one tuning document into a DeviceData.
  *
  * The parser owns what it reads: the DeviceData and every object that it lists live as long as the
- * parser. A parser belongs to one thread, and since all parsers share one setter registry that
- * grows by every unknown element name, no two documents may be read at the same time.
+ * parser, and the XML tree until then or until the next document. A parser belongs to one thread,
+ * and since all parsers share one setter registry that grows by every unknown element name, no two
+ * documents may be read at the same time.
  *
  * Unknown elements, missing attributes and unknown preset types are no errors; missing numbers read
  * as 0. Messages bear the tag "TuningFileParser".
@@ -100,8 +101,10 @@ class TuningFileParser {
     bool readParameter(const std::string& name, ParameterValues& values);
     bool isTooLarge() const;
     bool presetsAreNamed() const;
-    void collectObjects();
     void fillDeviceData();
+    /** The objects of one kind of all documents. */
+    template <typename Object>
+    std::set<Object*> pointersTo(std::vector<Object> Objects::*kind);
 
     bool mParsed = false;
     int32_t mProfileCount = 0;
@@ -114,12 +117,6 @@ class TuningFileParser {
     std::string mDeviceName;
     int32_t mDeviceIndex = -1;
     int32_t mTuningVersion = -1;
-    std::set<IeqPreset*> mIeqPresets;
-    std::set<GeqPreset*> mGeqPresets;
-    std::set<Profile*> mProfiles;
-    std::set<ProfileEndpoint*> mProfileEndpoints;
-    std::set<Tuning*> mTunings;
-    std::set<DeviceTuning*> mDeviceTunings;
     std::unique_ptr<TagIterator> mOwnIterator;
     TagIterator& mIterator;
 
