@@ -13,6 +13,7 @@ void ParameterValues::setDirty(bool dirty) {
 }
 
 void ParameterValues::set(Parameter param, std::vector<int> values) {
+    mSetCount += values.size();
     mValues.insert_or_assign(param, std::move(values));
     mDirty = true;
 }

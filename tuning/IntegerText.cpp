@@ -6,6 +6,8 @@
 #include <limits>
 #include <system_error>
 
+#include "tuning/IntegerText.h"
+
 namespace {
 
 /** Numbers that a row gets room for at once. A text of commas must not get room for as many. */
@@ -50,10 +52,18 @@ void string2IntVector(std::string_view text, std::vector<int>& out) {
         const auto commas = static_cast<size_t>(std::count(text.begin(), text.end(), ','));
         out.reserve(std::min(commas + 1, kMaxReserve));
     }
+    ormel::appendIntegers(text, out);
+}
+
+bool ormel::appendIntegers(std::string_view text, std::vector<int>& out) {
     for (int value = 0; extractInt(text, value);) {
         out.push_back(value);
-        if (!text.empty() && text.front() == ',') {
+        if (text.empty()) {
+            return true;
+        }
+        if (text.front() == ',') {
             text.remove_prefix(1);
         }
     }
+    return false;
 }

@@ -1,8 +1,10 @@
 // The element names that a tuning document's parameters are written under, and what reads each.
 #include <ormel/ValueSetter.h>
 
+#include <algorithm>
 #include <array>
 #include <type_traits>
+#include <utility>
 #include <variant>
 
 #include "model/ObjectBlock.h"
@@ -215,16 +217,23 @@ const std::set<ValueSetter*>& SetterCollection::kAllValueSetters = allValueSette
 
 SetterCollection::SetterCollection() {
     for (ValueSetter* const setter : allValueSetters()) {
-        mSetters.emplace(setter->getNodeName(), setter);
+        std::string name = setter->getNodeName();
+        mSetters.resize(std::max(mSetters.size(), name.size() + 1));
+        mSetters[name.size()].emplace_back(std::move(name), setter);
     }
 }
 
 ValueSetter* SetterCollection::getValueSetter(std::string_view name) {
-    const auto found = mSetters.find(name);
-    if (found != mSetters.end()) {
-        return found->second;
+    if (name.size() < mSetters.size()) {
+        for (const auto& [nodeName, setter] : mSetters[name.size()]) {
+            if (nodeName == name) {
+                return setter;
+            }
+        }
     }
-    mSetters.emplace(name, nullptr);
+    if (mOtherNames.find(name) == mOtherNames.end()) {
+        mOtherNames.emplace(name);
+    }
     return nullptr;
 }
 

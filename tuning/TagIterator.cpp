@@ -18,6 +18,10 @@ const char* toText(const xmlChar* characters) {
     return characters == nullptr ? "" : reinterpret_cast<const char*>(characters);
 }
 
+void sayInvalidNode() {
+    ALOGE("Invalid node when parsing String vector.");
+}
+
 bool isElement(const xmlNode* node) {
     return node != nullptr && node->type == XML_ELEMENT_NODE;
 }
@@ -33,31 +37,24 @@ bool isPlain(const xmlAttr* attribute) {
     return content == nullptr || (content->type == XML_TEXT_NODE && content->next == nullptr);
 }
 
-/** Whether an element has an attribute in a namespace, whose local name may not be the only one. */
-bool hasQualifiedAttribute(const xmlNode* element) {
-    const xmlAttr* attr = element->properties;
-    while (attr != nullptr && attr->ns == nullptr) {
-        attr = attr->next;
-    }
-    return attr != nullptr;
-}
-
 /**
  * Calls @p visit with the name and the text of every attribute of @p element, in document order.
  * Text is what xmlGetProp finds by the local name, taken straight from the tree where that is the
- * same.
+ * same, and else put into @p made.
  */
 template <typename Visitor>
-void forEachAttribute(const xmlNode* element, Visitor visit) {
-    const bool qualified = hasQualifiedAttribute(element);
+void forEachAttribute(const xmlNode* element, std::forward_list<std::string>& made, Visitor visit) {
+    bool isQualified = false;
     for (const xmlAttr* attr = element->properties; attr != nullptr; attr = attr->next) {
+        // From the first attribute in a namespace on, a local name may be an earlier one's.
+        isQualified = isQualified || attr->ns != nullptr;
         const std::string_view name = toText(attr->name);
-        if (!qualified && isPlain(attr)) {
-            const bool empty = attr->children == nullptr;
-            visit(name, std::string_view(empty ? "" : toText(attr->children->content)));
+        if (!isQualified && isPlain(attr)) {
+            const bool isEmpty = attr->children == nullptr;
+            visit(name, std::string_view(isEmpty ? "" : toText(attr->children->content)));
         } else {
             const XmlText text(xmlGetProp(element, attr->name));
-            visit(name, std::string_view(toText(text.get())));
+            visit(name, std::string_view(made.emplace_front(toText(text.get()))));
         }
     }
 }
@@ -80,8 +77,15 @@ void TagIterator::DocumentDeleter::operator()(_xmlDoc* document) const {
 
 TagIterator::TagIterator() : TagIterator(0) {}
 
-TagIterator::TagIterator(int parserOptions) : mParserOptions(parserOptions) {
+TagIterator::TagIterator(int parserOptions) : TagIterator(parserOptions, false) {}
+
+TagIterator::TagIterator(int parserOptions, bool readsInPlace)
+    : mParserOptions(parserOptions), mReadsInPlace(readsInPlace) {
     ++mInstanceCount;
+}
+
+std::unique_ptr<TagIterator> TagIterator::createInPlace() {
+    return std::unique_ptr<TagIterator>(new TagIterator(0, true));
 }
 
 TagIterator::~TagIterator() {
@@ -187,23 +191,24 @@ std::string TagIterator::getNodeName() {
 std::vector<std::string> TagIterator::getAttrsName() {
     std::vector<std::string> names;
     if (isElement(mCurrent)) {
-        forEachAttribute(mCurrent, [&names](std::string_view name, std::string_view) {
-            names.emplace_back(name);
-        });
+        for (const xmlAttr* attr = mCurrent->properties; attr != nullptr; attr = attr->next) {
+            names.emplace_back(toText(attr->name));
+        }
     }
     return names;
 }
 
 void TagIterator::parseNodeIntVector(std::vector<int>& out) {
     if (mCurrent == nullptr) {
-        ALOGE("Invalid node when parsing String vector.");
+        sayInvalidNode();
         return;
     }
     if (!isElement(mCurrent)) {
         return;
     }
-    forEachAttribute(mCurrent, [&out](std::string_view, std::string_view value) {
-        out.push_back(string2Int(value));
+    std::forward_list<std::string> made;
+    forEachAttribute(mCurrent, made, [&out](std::string_view, std::string_view text) {
+        out.push_back(string2Int(text));
     });
 }
 
@@ -214,24 +219,74 @@ void TagIterator::parseNodeAll(std::vector<std::string>& out) {
 void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
                                     std::vector<std::string>& out) {
     if (mCurrent == nullptr) {
-        ALOGE("Invalid node when parsing String vector.");
+        sayInvalidNode();
         return;
     }
     if (!isElement(mCurrent)) {
         return;
     }
+    std::forward_list<std::string> made;
     if (names.empty()) {
-        forEachAttribute(mCurrent, [&out](std::string_view, std::string_view value) {
-            out.emplace_back(value);
+        forEachAttribute(mCurrent, made, [&out](std::string_view, std::string_view text) {
+            out.emplace_back(text);
         });
         return;
     }
     out.resize(names.size());
-    forEachAttribute(mCurrent, [&](std::string_view name, std::string_view value) {
+    forEachAttribute(mCurrent, made, [&](std::string_view name, std::string_view text) {
         for (size_t i = 0; i < names.size(); ++i) {
             if (names[i] == name) {
-                out[i] = value;
+                out[i] = text;
             }
+        }
+    });
+}
+
+std::string_view TagIterator::readName() {
+    if (mReadsInPlace) {
+        return mCurrent == nullptr ? "" : toText(mCurrent->name);
+    }
+    mNameBuffer = getNodeName();
+    return mNameBuffer;
+}
+
+const std::vector<std::string_view>& TagIterator::readTexts(const std::vector<std::string>& names) {
+    mTexts.clear();
+    if (mReadsInPlace) {
+        readTextsInPlace(names);
+        return mTexts;
+    }
+    mTextBuffer.clear();
+    if (names.empty()) {
+        parseNodeAll(mTextBuffer);
+    } else {
+        parseNodeWithName(names, mTextBuffer);
+    }
+    mTexts.assign(mTextBuffer.begin(), mTextBuffer.end());
+    if (!mTexts.empty() && !names.empty()) {
+        mTexts.resize(names.size());
+    }
+    return mTexts;
+}
+
+void TagIterator::readTextsInPlace(const std::vector<std::string>& names) {
+    if (mCurrent == nullptr) {
+        sayInvalidNode();
+        return;
+    }
+    if (!isElement(mCurrent)) {
+        return;
+    }
+    mMadeTexts.clear();
+    mTexts.assign(names.size(), {});
+    forEachAttribute(mCurrent, mMadeTexts, [&](std::string_view name, std::string_view text) {
+        if (names.empty()) {
+            mTexts.push_back(text);
+            return;
+        }
+        const auto found = std::find(names.begin(), names.end(), name);
+        if (found != names.end()) {
+            mTexts[static_cast<size_t>(found - names.begin())] = text;
         }
     });
 }

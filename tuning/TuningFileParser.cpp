@@ -55,12 +55,6 @@ Endpoint tuningEndpointFromType(const std::string& type) {
     return type == kEndpointNames[ENDPOINT_OTHER] ? ENDPOINT_OTHER : ENDPOINT_SPEAKER;
 }
 
-/** Number of a parameter's values, which a lookup that inserts would add to. */
-size_t countOf(const ParameterValues& values, Parameter param) {
-    const auto found = values.getValues().find(param);
-    return found == values.getValues().end() ? 0 : found->second.size();
-}
-
 }  // namespace
 
 SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection();
@@ -94,7 +88,7 @@ void TuningFileParser::parseTuningFile() {
     // Two passes, so that versions and settings are known before anything depends on them.
     mIterator.pushNode();
     for (; mIterator.isCurValid(); mIterator.next()) {
-        const std::string name = mIterator.getNodeName();
+        const std::string_view name = mIterator.readName();
         if (name == "tool_version") {
             mToolVersion = parseVersion();
         } else if (name == "authorized_technologies") {
@@ -106,7 +100,7 @@ void TuningFileParser::parseTuningFile() {
     }
     mIterator.popNode();
     for (; mIterator.isCurValid(); mIterator.next()) {
-        const std::string name = mIterator.getNodeName();
+        const std::string_view name = mIterator.readName();
         if (name == "profile") {
             parseProfile();
         } else if (name == "preset") {
@@ -130,7 +124,7 @@ void TuningFileParser::parseAuthorizedTechnologies() {
     mIterator.pushNode();
     mIterator.childrenNext();
     for (; mIterator.isCurValid(); mIterator.next()) {
-        if (mIterator.getNodeName() == "global_setting") {
+        if (mIterator.readName() == "global_setting") {
             parseGlobalSetting();
         }
     }
@@ -188,16 +182,19 @@ void TuningFileParser::parsePreset() {
     }
 }
 
-bool TuningFileParser::readParameter(const std::string& name, ParameterValues& values) {
+bool TuningFileParser::readParameter(std::string_view name, ParameterValues& values) {
+    // Every other node of an indented document.
+    if (name == "text") {
+        return false;
+    }
     const ValueSetter* const setter = setterCollection().getValueSetter(name);
     if (setter == nullptr) {
         return false;
     }
     if (!isTooLarge()) {
+        const size_t before = values.getSetCount();
         setter->set(values, mIterator);
-        for (const Parameter param : setter->getParams()) {
-            mValueCount += countOf(values, param);
-        }
+        mValueCount += values.getSetCount() - before;
     }
     return true;
 }
@@ -224,7 +221,7 @@ void TuningFileParser::parseProfile() {
     int ieqEnable = 0;
     int ieqAmount = 0;
     for (; mIterator.isCurValid(); mIterator.next()) {
-        const std::string child = mIterator.getNodeName();
+        const std::string_view child = mIterator.readName();
         if (child == "ieq-enable") {
             ieqEnable = NodeParseUtils::parseValue(mIterator);
         } else if (child == "ieq-amount") {
@@ -252,7 +249,7 @@ int TuningFileParser::parseProfileInclude() {
     mIterator.next();
     mIterator.next();
     std::string presetName;
-    if (mIterator.getNodeName() == "include") {
+    if (mIterator.readName() == "include") {
         presetName = readAttribute(mIterator, "preset");
     }
     mIterator.popNode();
@@ -271,7 +268,7 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
     ProfileEndpoint endpoint(profileId, profileEndpointFromId(id), ieqPresetId);
     mIterator.childrenNext();
     for (; mIterator.isCurValid(); mIterator.next()) {
-        readParameter(mIterator.getNodeName(), endpoint);
+        readParameter(mIterator.readName(), endpoint);
     }
     mIterator.popNode();
     completeProfileEndpoint(endpoint, ieqEnable, ieqAmount);
@@ -282,7 +279,7 @@ int TuningFileParser::parseEndpointInclude(int defaultIeqPresetId) {
     int presetId = defaultIeqPresetId;
     mIterator.pushNode();
     mIterator.childrenNext();
-    if (mIterator.getNodeName() == "include") {
+    if (mIterator.readName() == "include") {
         presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute(mIterator, "preset"))
                                      : string2Int(readAttribute(mIterator, "ieq_preset"));
     }
@@ -330,7 +327,7 @@ void TuningFileParser::parseTuning() {
     mIterator.childrenNext();
     for (; mIterator.isCurValid(); mIterator.next()) {
         if (mIterator.isElementNode()) {
-            readParameter(mIterator.getNodeName(), tuning);
+            readParameter(mIterator.readName(), tuning);
         }
     }
     mIterator.popNode();
@@ -349,7 +346,7 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
         if (!mIterator.isElementNode()) {
             continue;
         }
-        if (mIterator.getNodeName() != "device_id") {
+        if (mIterator.readName() != "device_id") {
             return;
         }
         parseDeviceTuning(tuningName);

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tuning/IntegerText.h"
+
 namespace ormel {
 
 namespace {
@@ -32,27 +34,25 @@ std::vector<std::string> toStrings(const Names& names) {
     return {names.begin(), names.end()};
 }
 
-/**
- * The texts of the current node's attributes of the given names, in the iterator's buffer: as many
- * as there are names, or none where the node is no element.
- */
-const std::vector<std::string>& readTexts(TagIterator& iterator,
-                                          const std::vector<std::string>& names) {
-    std::vector<std::string>& texts = iterator.getTextBuffer();
-    texts.clear();
-    iterator.parseNodeWithName(names, texts);
-    if (!texts.empty()) {
-        texts.resize(names.size());
-    }
-    return texts;
-}
-
 void appendRow(TagIterator& iterator, std::vector<int>& row) {
-    std::vector<std::string>& texts = iterator.getTextBuffer();
-    texts.clear();
-    iterator.parseNodeAll(texts);
+    const std::vector<std::string_view>& texts = iterator.readTexts({});
     if (!texts.empty()) {
         string2IntVector(texts.front(), row);
+    }
+}
+
+std::vector<std::vector<int>> makeColumns(size_t count) {
+    std::vector<std::vector<int>> columns(count);
+    for (std::vector<int>& column : columns) {
+        column.reserve(kUsualBandCount);
+    }
+    return columns;
+}
+
+void setAll(ParameterValues& values, const std::vector<Parameter>& params,
+            std::vector<std::vector<int>> columns) {
+    for (size_t i = 0; i < columns.size(); ++i) {
+        values.set(params[i], std::move(columns[i]));
     }
 }
 
@@ -60,7 +60,7 @@ void appendRow(TagIterator& iterator, std::vector<int>& row) {
 
 int NodeParseUtils::parseValue(TagIterator& iterator) {
     static const auto& names = *new std::vector<std::string>{"value"};
-    const std::vector<std::string>& texts = readTexts(iterator, names);
+    const std::vector<std::string_view>& texts = iterator.readTexts(names);
     if (texts.empty()) {
         return 0;
     }
@@ -137,7 +137,7 @@ VirtualBassValueSetter::VirtualBassValueSetter(std::string nodeName, std::vector
     : NamedAttributesValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
 
 void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
-    const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
+    const std::vector<std::string_view>& texts = iterator.readTexts(mAttrNames);
     for (size_t i = 0; i < texts.size(); ++i) {
         values.set(mParams[i], {string2Int(texts[i])});
     }
@@ -150,9 +150,9 @@ PresetBandsValueSetter::PresetBandsValueSetter(std::string nodeName, std::vector
       mBandName(std::move(bandName)) {}
 
 void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
-    // Columns are gathered as text and read as rows, so that a band that lacks an attribute ends
-    // that attribute's column.
-    std::vector<std::string> columns(mAttrNames.size());
+    std::vector<std::vector<int>> columns = makeColumns(mAttrNames.size());
+    // A column is one row of text with a comma behind every band's: it ends where such a row does.
+    std::vector<bool> isOpen(columns.size(), true);
     {
         const ScopedPosition position(iterator);
         iterator.childrenNext();
@@ -162,21 +162,17 @@ void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator)
             if (!iterator.isElementNode()) {
                 continue;
             }
-            if (!mBandName.empty() && iterator.getNodeName() != mBandName) {
+            if (!mBandName.empty() && iterator.readName() != mBandName) {
                 ALOGI("No attribute %s was found!", mBandName.c_str());
                 break;
             }
-            const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
+            const std::vector<std::string_view>& texts = iterator.readTexts(mAttrNames);
             for (size_t i = 0; i < texts.size(); ++i) {
-                columns[i].append(texts[i]).append(",");
+                isOpen[i] = isOpen[i] && appendIntegers(texts[i], columns[i]);
             }
         }
     }
-    for (size_t i = 0; i < columns.size(); ++i) {
-        std::vector<int> numbers;
-        string2IntVector(columns[i], numbers);
-        values.set(mParams[i], std::move(numbers));
-    }
+    setAll(values, mParams, std::move(columns));
 }
 
 IeqValueSetter::IeqValueSetter(std::string nodeName, std::vector<Parameter> params)
@@ -187,26 +183,21 @@ GeqValueSetter::GeqValueSetter(std::string nodeName, std::vector<Parameter> para
     : PresetBandsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames), "") {}
 
 void BandColumnsValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
-    std::vector<std::vector<int>> columns(mAttrNames.size());
-    for (std::vector<int>& column : columns) {
-        column.reserve(kUsualBandCount);
-    }
+    std::vector<std::vector<int>> columns = makeColumns(mAttrNames.size());
     {
         const ScopedPosition position(iterator);
         iterator.childrenNext();
         for (; iterator.isCurValid(); iterator.next()) {
-            const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
+            const std::vector<std::string_view>& texts = iterator.readTexts(mAttrNames);
             for (size_t i = 0; i < texts.size(); ++i) {
                 columns[i].push_back(readColumn(i, texts[i]));
             }
         }
     }
-    for (size_t i = 0; i < columns.size(); ++i) {
-        values.set(mParams[i], std::move(columns[i]));
-    }
+    setAll(values, mParams, std::move(columns));
 }
 
-int BandColumnsValueSetter::readColumn(size_t /* column */, const std::string& text) const {
+int BandColumnsValueSetter::readColumn(size_t /* column */, std::string_view text) const {
     return string2Int(text);
 }
 
@@ -218,7 +209,7 @@ RegulatorTuningValueSetter::RegulatorTuningValueSetter(std::string nodeName,
                                                        std::vector<Parameter> params)
     : BandColumnsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
 
-int RegulatorTuningValueSetter::readColumn(size_t column, const std::string& text) const {
+int RegulatorTuningValueSetter::readColumn(size_t column, std::string_view text) const {
     const bool isFlag = column + 1 == kAttrNames.size();
     return isFlag ? static_cast<int>(text == kTrue) : string2Int(text);
 }

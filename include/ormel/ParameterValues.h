@@ -3,6 +3,7 @@
 
 #include <ormel/Parameter.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -37,6 +38,9 @@ class ParameterValues {
      */
     void set(Parameter param, std::vector<int> values);
 
+    /** Number of values that set() was given so far, replaced ones included. */
+    size_t getSetCount() const { return mSetCount; }
+
     /**
      * One line per parameter in ascending order, "name=" and each value followed by a comma.
      * IEQ_ID is left out.
@@ -63,6 +67,9 @@ class ParameterValues {
     int64_t mId;
     bool mDirty;
     std::map<Parameter, std::vector<int>> mValues;
+
+  private:
+    size_t mSetCount = 0;
 };
 
 /** The first of a parameter's values; 0 where a value is needed and there is none. */

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <forward_list>
 #include <limits>
 #include <memory>
 #include <string>
@@ -120,10 +121,25 @@ class TagIterator {
                                    std::vector<std::string>& out);
 
     /**
-     * Scratch space for the texts of one element, so that not every reading allocates. Its content
-     * means nothing, and any other user overwrites it.
+     * An iterator of this very class, whose readName() and readTexts() need no copies since nobody
+     * overrides what they stand for. It says and gives the same as any other.
      */
-    std::vector<std::string>& getTextBuffer() { return mTextBuffer; }
+    static std::unique_ptr<TagIterator> createInPlace();
+
+    /**
+     * The current node's name, as getNodeName() gives it.
+     *
+     * @return a text that stands until the next call of this, or the next document
+     */
+    std::string_view readName();
+
+    /**
+     * The texts that parseNodeWithName(), or without names parseNodeAll(), finds at the current
+     * node: one for each of @p names, which must differ, or none for a node that is no element.
+     *
+     * @return texts that stand until the next call of this, or the next document
+     */
+    const std::vector<std::string_view>& readTexts(const std::vector<std::string>& names);
 
     /** Frees the document. The remembered positions stay on the stack, all of them off the end. */
     void clearAll();
@@ -155,14 +171,22 @@ class TagIterator {
 
     static constexpr size_t kNotStray = std::numeric_limits<size_t>::max();
 
+    TagIterator(int parserOptions, bool readsInPlace);
+
     void countStep();
+    void readTextsInPlace(const std::vector<std::string>& names);
 
     std::unique_ptr<_xmlDoc, DocumentDeleter> mDocument;
     _xmlNode* mRoot = nullptr;
     _xmlNode* mCurrent = nullptr;
     std::deque<_xmlNode*> mNodeStack;
     const int mParserOptions;
+    const bool mReadsInPlace;
+    std::vector<std::string_view> mTexts;
+    // What mTexts and the last name refer to where that is not the document.
     std::vector<std::string> mTextBuffer;
+    std::forward_list<std::string> mMadeTexts;
+    std::string mNameBuffer;
     /** Depth of the stack where the cursor stayed on an element without children. */
     size_t mStrayDepth = kNotStray;
     int32_t mStraySteps = 0;

@@ -11,6 +11,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ormel {
@@ -28,7 +29,7 @@ namespace ormel {
  */
 class TuningFileParser {
   public:
-    TuningFileParser() : TuningFileParser(std::make_unique<TagIterator>()) {}
+    TuningFileParser() : TuningFileParser(TagIterator::createInPlace()) {}
     /** Reads with a walker of one's own, which meets every step of the walk. Must not be null. */
     explicit TuningFileParser(std::unique_ptr<TagIterator> iterator);
     TuningFileParser(const TuningFileParser&) = delete;
@@ -98,7 +99,7 @@ class TuningFileParser {
     void parseDeviceTuning(const std::string& tuningName);
 
     void parseDeviceTunings(const std::string& tuningName);
-    bool readParameter(const std::string& name, ParameterValues& values);
+    bool readParameter(std::string_view name, ParameterValues& values);
     bool isTooLarge() const;
     bool presetsAreNamed() const;
     void fillDeviceData();

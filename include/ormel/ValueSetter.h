@@ -6,10 +6,11 @@
 
 #include <array>
 #include <cstddef>
-#include <map>
+#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ormel {
@@ -144,7 +145,7 @@ class BandColumnsValueSetter : public NamedAttributesValueSetter {
     using NamedAttributesValueSetter::NamedAttributesValueSetter;
 
     /** The number that an attribute's text stands for in its column. */
-    virtual int readColumn(size_t column, const std::string& text) const;
+    virtual int readColumn(size_t column, std::string_view text) const;
 };
 
 /** Stores the bands of the audio optimizer. */
@@ -165,7 +166,7 @@ class RegulatorTuningValueSetter : public BandColumnsValueSetter {
     RegulatorTuningValueSetter(std::string nodeName, std::vector<Parameter> params);
 
   protected:
-    int readColumn(size_t column, const std::string& text) const override;
+    int readColumn(size_t column, std::string_view text) const override;
 };
 
 /**
@@ -187,15 +188,9 @@ class SetterCollection {
     ValueSetter* getValueSetter(std::string_view name);
 
   private:
-    /** Compares lengths first, since most names that are compared differ there. */
-    struct ShorterFirst {
-        using is_transparent = void;
-        bool operator()(std::string_view left, std::string_view right) const {
-            return left.size() == right.size() ? left < right : left.size() < right.size();
-        }
-    };
-
-    std::map<std::string, ValueSetter*, ShorterFirst> mSetters;
+    /** The setters by length of their names, of which hardly two are equally long. */
+    std::vector<std::vector<std::pair<std::string, ValueSetter*>>> mSetters;
+    std::set<std::string, std::less<>> mOtherNames;
 };
 
 /** The readings that setters and the document parser share. The cursor ends where it was. */
