@@ -1,7 +1,5 @@
 #include <ormel/Translator.h>
 
-#include <algorithm>
-
 namespace ormel {
 
 namespace {
@@ -23,23 +21,19 @@ void ParameterTranslator::setSource(ParameterValues* values, Endpoint endpoint, 
 }
 
 void ParameterTranslator::onParameterChanged(Parameter param) {
-    Translator* const translator = translatorCollection().getTranslator(param);
-    if (translator == nullptr) {
-        return;
-    }
-    const auto place = std::lower_bound(mPending.begin(), mPending.end(), translator);
-    if (place == mPending.end() || *place != translator) {
-        mPending.insert(place, translator);
+    const size_t place = translatorCollection().findPlace(param);
+    if (place < mIsPending.size()) {
+        mIsPending[place] = true;
     }
 }
 
 void ParameterTranslator::translatePending(SetParamCommand& cmd) {
-    if (mSource != nullptr) {
-        for (const Translator* const translator : mPending) {
-            translator->kivTranslate(cmd, *mSource, mEndpoint, mMono);
+    for (size_t place = 0; place < mIsPending.size(); ++place) {
+        if (mIsPending[place] && mSource != nullptr) {
+            translatorCollection().at(place).kivTranslate(cmd, *mSource, mEndpoint, mMono);
         }
     }
-    mPending.clear();
+    mIsPending.fill(false);
 }
 
 void ParameterTranslator::translateAll(SetParamCommand& cmd) {

@@ -1,6 +1,7 @@
 // Which translator reacts to which tuning parameters.
 #include <ormel/Translator.h>
 
+#include <algorithm>
 #include <iterator>
 #include <type_traits>
 #include <variant>
@@ -126,11 +127,24 @@ const std::set<Translator*>& allTranslators() {
 const std::set<Translator*>& TranslatorCollection::kAllTranslators = allTranslators();
 
 TranslatorCollection::TranslatorCollection() {
-    for (Translator* const translator : allTranslators()) {
-        for (const Parameter param : translator->getSrcParams()) {
-            mTranslators.emplace(param, translator);
+    const std::set<Translator*>& all = allTranslators();
+    std::copy(all.begin(), all.end(), mTranslators.begin());
+    mPlaces.fill(kTranslatorCount);
+    for (size_t place = 0; place < kTranslatorCount; ++place) {
+        for (const Parameter param : mTranslators[place]->getSrcParams()) {
+            mPlaces[static_cast<size_t>(param)] = place;
         }
     }
+}
+
+size_t TranslatorCollection::findPlace(Parameter param) const {
+    const auto index = static_cast<size_t>(param);
+    return index < kParameterCount ? mPlaces[index] : kTranslatorCount;
+}
+
+Translator* TranslatorCollection::getTranslator(Parameter param) const {
+    const size_t place = findPlace(param);
+    return place < kTranslatorCount ? mTranslators[place] : nullptr;
 }
 
 }  // namespace ormel

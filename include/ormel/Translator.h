@@ -6,7 +6,7 @@
 #include <ormel/SetParamCommand.h>
 
 #include <array>
-#include <map>
+#include <cstddef>
 #include <set>
 #include <vector>
 
@@ -189,19 +189,27 @@ class CustomDRCTranslator : public SpecialTranslator<CustomDRCTranslator> {
                       bool mono) const override;
 };
 
-/** The registry of translators by source parameter. Lookups insert; the caller serialises them. */
+/** The registry of translators by source parameter. Fixed once it is made. */
 class TranslatorCollection {
   public:
+    static constexpr size_t kTranslatorCount = 79;
+
     /** The process's 79 translators, by address in table order. Never destroyed. */
     static const std::set<Translator*>& kAllTranslators;
 
     TranslatorCollection();
 
-    /** The translator that reacts to @p param, null where there is none; that is remembered. */
-    Translator* getTranslator(Parameter param) { return mTranslators[param]; }
+    /** The translator that reacts to @p param, null where there is none. */
+    Translator* getTranslator(Parameter param) const;
+
+    /** The place in table order of the translator of @p param, beyond the last if there is none. */
+    size_t findPlace(Parameter param) const;
+
+    const Translator& at(size_t place) const { return *mTranslators[place]; }
 
   private:
-    std::map<Parameter, Translator*> mTranslators;
+    std::array<Translator*, kTranslatorCount> mTranslators;
+    std::array<size_t, kParameterCount> mPlaces;
 };
 
 /**
@@ -235,8 +243,8 @@ class ParameterTranslator {
     static TranslatorCollection* const sTranslatorCollection;
 
   private:
-    /** Ordered by address, each translator once. */
-    std::vector<Translator*> mPending;
+    /** By place in table order. */
+    std::array<bool, TranslatorCollection::kTranslatorCount> mIsPending = {};
     ParameterValues* mSource = nullptr;
     Endpoint mEndpoint = ENDPOINT_SPEAKER;
     bool mMono = false;
