@@ -210,9 +210,7 @@ void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand&
             break;
         case ENDPOINT_HEADPHONE:
             endpoint.set(ORIENTATION, {kHeadphoneOrientation});
-            for (const AndroidDevice device : kHeadphoneDevices) {
-                translateForDevice(device, command);
-            }
+            translateForHeadphones(command);
             break;
         case ENDPOINT_OTHER:
             break;
@@ -226,6 +224,25 @@ void DocumentLoad::translateForDevice(AndroidDevice device, SetParamCommand& com
     command.setDeviceId(device);
     mPresetTranslator.translateAll(command);
     mEndpointTranslator.translateAll(command);
+}
+
+void DocumentLoad::translateForHeadphones(SetParamCommand& command) {
+    std::vector<int32_t>& list = command.mParams;
+    const auto begin = static_cast<ptrdiff_t>(list.size());
+    const int32_t entriesBefore = command.mParamCount;
+    translateForDevice(kHeadphoneDevices.front(), command);
+    const int32_t entries = command.mParamCount - entriesBefore;
+    // The entries of the other devices differ in the device only.
+    const std::vector<int32_t> ofFirst(list.begin() + begin, list.end());
+    for (size_t i = 1; i < kHeadphoneDevices.size(); ++i) {
+        size_t at = list.size();
+        list.insert(list.end(), ofFirst.begin(), ofFirst.end());
+        for (; at < list.size();
+             at += SetParamCommand::kEntryHeaderWords + static_cast<size_t>(list[at + 2])) {
+            list[at] = kHeadphoneDevices[i];
+        }
+        command.mParamCount += entries;
+    }
 }
 
 void DocumentLoad::translateForAllDevices(ParameterValues& values, SetParamCommand& command) {

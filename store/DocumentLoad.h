@@ -57,6 +57,7 @@ class DocumentLoad {
     void reportMissingDefaults() const;
 
     void translateForDevice(AndroidDevice device, SetParamCommand& command);
+    void translateForHeadphones(SetParamCommand& command);
     void translateForAllDevices(ParameterValues& values, SetParamCommand& command);
     Tuning* findTuning(const std::string& name) const;
     bool isTooLong(const SetParamCommand& command) const;

@@ -53,7 +53,7 @@ void SetParamCommand::addEntry(KivParameter param, std::initializer_list<int> le
     for (const std::vector<int>* const list : lists) {
         count += list == nullptr ? 0 : sizeOf(list);
     }
-    mParams.resize(at + 3 + count);
+    mParams.resize(at + kEntryHeaderWords + count);
     auto word = mParams.begin() + static_cast<ptrdiff_t>(at);
     *word++ = mDeviceId;
     *word++ = kivCode(param);

@@ -3,6 +3,7 @@
 
 #include <ormel/KivParameter.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <vector>
@@ -19,6 +20,9 @@ class KivEffect;
  */
 class SetParamCommand {
   public:
+    /** Device, code and value count, which stand before the values of every entry. */
+    static constexpr size_t kEntryHeaderWords = 3;
+
     /** @param profileId word 0 of the list */
     explicit SetParamCommand(int profileId);
     SetParamCommand(const SetParamCommand&) = default;
