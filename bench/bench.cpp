@@ -176,14 +176,12 @@ class Comparison {
     Comparison(std::string name, std::function<double()> work, std::function<double()> floor)
         : mName(std::move(name)), mWork(std::move(work)), mFloor(std::move(floor)) {}
 
-    void add() {
-        benchmark::RegisterBenchmark(mName.c_str(), [this](benchmark::State& state) {
-            for ([[maybe_unused]] const auto iteration : state) {
-                mFloorTimes.push_back(mFloor());
-                mWorkTimes.push_back(mWork());
-                state.SetIterationTime(mWorkTimes.back());
-            }
-        })->UseManualTime();
+    void run(benchmark::State& state) {
+        for ([[maybe_unused]] const auto iteration : state) {
+            mFloorTimes.push_back(mFloor());
+            mWorkTimes.push_back(mWork());
+            state.SetIterationTime(mWorkTimes.back());
+        }
     }
 
     const std::string& name() const { return mName; }
@@ -376,18 +374,21 @@ void run() {
     };
     operations[1].questions = codesOf(SpatializerParamArray::getInstance().getXMLProfileParams(1));
     std::vector<Comparison> loads;
+    loads.reserve(documents.size());
     for (const Document& document : documents) {
         loads.emplace_back(
                 document.name, [&document] { return loadOnce(document); },
                 [&document] { return parseOnce(document); });
     }
     std::vector<Comparison> calls;
+    calls.reserve(operations.size());
     for (const Operation& operation : operations) {
         calls.push_back(compareCalls(operation));
     }
     for (std::vector<Comparison>* const comparisons : {&loads, &calls}) {
         for (Comparison& comparison : *comparisons) {
-            comparison.add();
+            const auto run = [&comparison](benchmark::State& state) { comparison.run(state); };
+            benchmark::RegisterBenchmark(comparison.name().c_str(), run)->UseManualTime();
         }
     }
     SilentReporter reporter;
