@@ -18,10 +18,6 @@ const char* toText(const xmlChar* characters) {
     return characters == nullptr ? "" : reinterpret_cast<const char*>(characters);
 }
 
-void sayInvalidNode() {
-    ALOGE("Invalid node when parsing String vector.");
-}
-
 bool isElement(const xmlNode* node) {
     return node != nullptr && node->type == XML_ELEMENT_NODE;
 }
@@ -198,12 +194,15 @@ std::vector<std::string> TagIterator::getAttrsName() {
     return names;
 }
 
-void TagIterator::parseNodeIntVector(std::vector<int>& out) {
+bool TagIterator::isElementToRead() {
     if (mCurrent == nullptr) {
-        sayInvalidNode();
-        return;
+        ALOGE("Invalid node when parsing String vector.");
     }
-    if (!isElement(mCurrent)) {
+    return isElement(mCurrent);
+}
+
+void TagIterator::parseNodeIntVector(std::vector<int>& out) {
+    if (!isElementToRead()) {
         return;
     }
     std::forward_list<std::string> made;
@@ -218,11 +217,7 @@ void TagIterator::parseNodeAll(std::vector<std::string>& out) {
 
 void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
                                     std::vector<std::string>& out) {
-    if (mCurrent == nullptr) {
-        sayInvalidNode();
-        return;
-    }
-    if (!isElement(mCurrent)) {
+    if (!isElementToRead()) {
         return;
     }
     std::forward_list<std::string> made;
@@ -250,6 +245,23 @@ std::string_view TagIterator::readName() {
     return mNameBuffer;
 }
 
+std::string_view TagIterator::readText(std::string_view name) {
+    if (!mReadsInPlace) {
+        const std::vector<std::string_view>& texts = readTexts({std::string(name)});
+        return texts.empty() ? "" : texts.front();
+    }
+    std::string_view found;
+    if (isElementToRead()) {
+        mMadeTexts.clear();
+        forEachAttribute(mCurrent, mMadeTexts, [&](std::string_view other, std::string_view text) {
+            if (other == name) {
+                found = text;
+            }
+        });
+    }
+    return found;
+}
+
 const std::vector<std::string_view>& TagIterator::readTexts(const std::vector<std::string>& names) {
     mTexts.clear();
     if (mReadsInPlace) {
@@ -270,11 +282,7 @@ const std::vector<std::string_view>& TagIterator::readTexts(const std::vector<st
 }
 
 void TagIterator::readTextsInPlace(const std::vector<std::string>& names) {
-    if (mCurrent == nullptr) {
-        sayInvalidNode();
-        return;
-    }
-    if (!isElement(mCurrent)) {
+    if (!isElementToRead()) {
         return;
     }
     mMadeTexts.clear();

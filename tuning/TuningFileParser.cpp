@@ -37,10 +37,6 @@ std::vector<std::string> readAttributes(TagIterator& iterator,
     return texts;
 }
 
-std::string readAttribute(TagIterator& iterator, const std::string& name) {
-    return readAttributes(iterator, {name}).front();
-}
-
 Endpoint profileEndpointFromId(const std::string& id) {
     if (id == kEndpointNames[ENDPOINT_HEADPHONE]) {
         return ENDPOINT_HEADPHONE;
@@ -135,18 +131,18 @@ void TuningFileParser::parseGlobalSetting() {
     constexpr char kCaller[] = "parseAuthorizedTechnologies";
     for (const std::string& name : mIterator.getAttrsName()) {
         if (name == "device_name") {
-            mDeviceName = readAttribute(mIterator, name);
+            mDeviceName = mIterator.readText(name);
             ALOGD("%s, mDeviceName = %s", kCaller, mDeviceName.c_str());
         } else if (name == "device_index") {
-            mDeviceIndex = string2Int(readAttribute(mIterator, name));
+            mDeviceIndex = string2Int(mIterator.readText(name));
             ALOGD("%s, mDeviceIndex = %d", kCaller, mDeviceIndex);
         } else if (name == "tuning_version") {
-            mTuningVersion = string2Int(readAttribute(mIterator, name));
+            mTuningVersion = string2Int(mIterator.readText(name));
             ALOGD("%s, mTuningVersion = %d", kCaller, mTuningVersion);
         } else if (name == "virtual_bass_process") {
-            mVirtualBassProcess = string2Int(readAttribute(mIterator, name));
+            mVirtualBassProcess = string2Int(mIterator.readText(name));
         } else if (name == "altivo_game_system_gain") {
-            mGameSystemGain = string2Int(readAttribute(mIterator, name));
+            mGameSystemGain = string2Int(mIterator.readText(name));
         }
     }
 }
@@ -250,7 +246,7 @@ int TuningFileParser::parseProfileInclude() {
     mIterator.next();
     std::string presetName;
     if (mIterator.readName() == "include") {
-        presetName = readAttribute(mIterator, "preset");
+        presetName = mIterator.readText("preset");
     }
     mIterator.popNode();
     return getIeqPresetIdByName(presetName);
@@ -259,7 +255,7 @@ int TuningFileParser::parseProfileInclude() {
 void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ieqAmount,
                                             int defaultIeqPresetId) {
     mIterator.pushNode();
-    const std::string id = readAttribute(mIterator, "id");
+    const std::string id(mIterator.readText("id"));
     int ieqPresetId = defaultIeqPresetId;
     if (!hasPrefix(mFormatVersion, "3.2.")) {
         ALOGD("%s(): %s, parse the include ieq preset", __func__, id.c_str());
@@ -280,8 +276,9 @@ int TuningFileParser::parseEndpointInclude(int defaultIeqPresetId) {
     mIterator.pushNode();
     mIterator.childrenNext();
     if (mIterator.readName() == "include") {
-        presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute(mIterator, "preset"))
-                                     : string2Int(readAttribute(mIterator, "ieq_preset"));
+        presetId = presetsAreNamed()
+                           ? getIeqPresetIdByName(std::string(mIterator.readText("preset")))
+                           : string2Int(mIterator.readText("ieq_preset"));
     }
     mIterator.popNode();
     return presetId;

@@ -59,12 +59,8 @@ void setAll(ParameterValues& values, const std::vector<Parameter>& params,
 }  // namespace
 
 int NodeParseUtils::parseValue(TagIterator& iterator) {
-    static const auto& names = *new std::vector<std::string>{"value"};
-    const std::vector<std::string_view>& texts = iterator.readTexts(names);
-    if (texts.empty()) {
-        return 0;
-    }
-    return texts.front() == kTrue ? 1 : string2Int(texts.front());
+    const std::string_view text = iterator.readText("value");
+    return text == kTrue ? 1 : string2Int(text);
 }
 
 std::vector<int> NodeParseUtils::parseDataRow(TagIterator& iterator) {

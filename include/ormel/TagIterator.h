@@ -121,8 +121,8 @@ class TagIterator {
                                    std::vector<std::string>& out);
 
     /**
-     * An iterator of this very class, whose readName() and readTexts() need no copies since nobody
-     * overrides what they stand for. It says and gives the same as any other.
+     * An iterator of this very class, whose readings below need no copies since nobody overrides
+     * what they stand for. It says and gives the same as any other.
      */
     static std::unique_ptr<TagIterator> createInPlace();
 
@@ -134,10 +134,17 @@ class TagIterator {
     std::string_view readName();
 
     /**
+     * The text that parseNodeWithName() finds for @p name at the current node; empty without one.
+     *
+     * @return a text that stands until the next call of this or readTexts(), or the next document
+     */
+    std::string_view readText(std::string_view name);
+
+    /**
      * The texts that parseNodeWithName(), or without names parseNodeAll(), finds at the current
      * node: one for each of @p names, which must differ, or none for a node that is no element.
      *
-     * @return texts that stand until the next call of this, or the next document
+     * @return texts that stand until the next call of this or readText(), or the next document
      */
     const std::vector<std::string_view>& readTexts(const std::vector<std::string>& names);
 
@@ -174,6 +181,7 @@ class TagIterator {
     TagIterator(int parserOptions, bool readsInPlace);
 
     void countStep();
+    bool isElementToRead();
     void readTextsInPlace(const std::vector<std::string>& names);
 
     std::unique_ptr<_xmlDoc, DocumentDeleter> mDocument;

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstddef>
-#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -190,7 +189,7 @@ class SetterCollection {
   private:
     /** The setters by length of their names, of which hardly two are equally long. */
     std::vector<std::vector<std::pair<std::string, ValueSetter*>>> mSetters;
-    std::set<std::string, std::less<>> mOtherNames;
+    std::set<std::string> mOtherNames;
 };
 
 /** The readings that setters and the document parser share. The cursor ends where it was. */
