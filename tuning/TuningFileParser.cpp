@@ -32,8 +32,9 @@ bool isBelow(const std::string& version, std::string_view prefix) {
 /** Reads attributes of the current node by name; those that are not there are empty. */
 std::vector<std::string> readAttributes(TagIterator& iterator,
                                         const std::vector<std::string>& names) {
-    std::vector<std::string> texts(names.size());
-    iterator.parseNodeWithName(names, texts);
+    const std::vector<std::string_view>& read = iterator.readTexts(names);
+    std::vector<std::string> texts(read.begin(), read.end());
+    texts.resize(names.size());
     return texts;
 }
 
