@@ -205,12 +205,14 @@ class SilentReporter : public benchmark::BenchmarkReporter {
 };
 
 double loadOnce(const Document& document) {
-    SpatializerParamArray array;
+    auto array = std::make_unique<SpatializerParamArray>();
     const double time = secondsOf([&] {
-        array.loadSpatializerXMLFile(document.path);
+        array->loadSpatializerXMLFile(document.path);
         settleHeap();
     });
-    checkLoaded(array, document);
+    checkLoaded(*array, document);
+    array.reset();
+    settleHeap();
     return time;
 }
 

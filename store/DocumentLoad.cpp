@@ -215,6 +215,7 @@ void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand&
         case ENDPOINT_OTHER:
             break;
     }
+    // What was given here is given anew to an endpoint that is translated again.
     for (const Parameter given : {VIRTUAL_BASS_MODE, ORIENTATION, OUTPUT_MIX_MATRIX}) {
         endpoint.getValues().erase(given);
     }

@@ -90,7 +90,7 @@ class DocumentLoad {
     std::map<std::string, std::string> mPorts;
     /** By profile id, for the profiles that come again. */
     std::map<int, ProfilePass> mPasses;
-    /** Words of the lists and matrices that are kept so far. */
+    /** Words of all lists and matrices so far, replaced ones included. */
     size_t mWords = 0;
 
     // Words of the last list of either kind. The next one will hardly be longer.

@@ -117,16 +117,14 @@ TEST(TagIterator, WalksAndReads) {
 
 TEST(TagIterator, ReadsWithAndWithoutCopies) {
     const std::tuple<std::string, std::string, LogLines> cases[] = {
-            {"<a><b y='5' z='7'/></a>", "b=[,5,][5,7,]", {}},
-            {"<a><b x='1&amp;2' y=''/></a>", "b=1&2[1&2,,][1&2,,]", {}},
-            {"<!DOCTYPE a [<!ENTITY e '2'>]><a><b x='1&e;3' y='&e;'/></a>",
-             "b=123[123,2,][123,2,]",
-             {}},
-            {"<a><b xmlns:n='u' y='3' n:x='1' x='2'/></a>", "b=1[1,3,][3,1,1,]", {}},
-            {"<a><b xmlns:n='u' y='3' x='2' n:x='1'/></a>", "b=2[2,3,][3,2,2,]", {}},
-            {"<a><b/></a>", "b=[,,][]", {}},
-            {"<a>text</a>", "text=[][]", {}},
-            {"<a/>", "=[][]", LogLines(3, kNoNode)}};
+            {"<a><b y='5' z='7'/></a>", "b=[,5,]5", {}},
+            {"<a><b x='1&amp;2' y=''/></a>", "b=1&2[1&2,,]1&2", {}},
+            {"<!DOCTYPE a [<!ENTITY e '2'>]><a><b x='1&e;3' y='&e;'/></a>", "b=123[123,2,]123", {}},
+            {"<a><b xmlns:n='u' y='3' n:x='1' x='2'/></a>", "b=1[1,3,]3", {}},
+            {"<a><b xmlns:n='u' y='3' x='2' n:x='1'/></a>", "b=2[2,3,]3", {}},
+            {"<a><b/></a>", "b=[,,]", {}},
+            {"<a>text</a>", "text=[]", {}},
+            {"<a/>", "=[]", LogLines(3, kNoNode)}};
     LogCapture log;
     for (const auto& [document, read, messages] : cases) {
         for (const bool inPlace : {false, true}) {
@@ -136,7 +134,7 @@ TEST(TagIterator, ReadsWithAndWithoutCopies) {
             std::string all = std::string(iterator->readName());
             all += "=" + std::string(iterator->readText("x"));
             all += joined(iterator->readTexts({"x", "y"}));
-            all += joined(iterator->readTexts({}));
+            all += std::string(iterator->readFirstText());
             EXPECT_EQ(all, read) << inPlace << document;
             EXPECT_EQ(log.take(), messages) << inPlace << document;
         }

@@ -121,6 +121,11 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
              "<d>" + kProfile + "<authorized_technologies>\n<global_setting " +
                      numbered("a", "='1' ", 10000) + "/>\n</authorized_technologies></d>",
              "1 0"},
+            {"one long text in many attributes",
+             "<!DOCTYPE d [<!ENTITY e '" + std::string(4 << 20, '1') + "'>]><d>\n<profile id='1' " +
+                     numbered("a", "='&e;' ", 5000) + ">\n<drc-metadata " +
+                     numbered("a", "='&e;' ", 5000) + "/>\n</profile>\n</d>",
+             "1 0"},
             {"an attribute of 16 MiB",
              "<d>" + kProfile + "<a b='" + std::string(16 << 20, '1') + "'/></d>", "refused"},
             {"64 MiB of elements",

@@ -115,7 +115,7 @@ constexpr TranslatorRow kTranslatorRows[] = {
         {make<SimpleTranslator>, ADVANCED_SPEAKER_VIRTUALIZER_START_BIN, AVSB},
         {make<SimpleTranslator>, ADVANCED_SPEAKER_VIRTUALIZER_RENDERING_CONFIG, SVRC},
 };
-static_assert(std::size(kTranslatorRows) == 79);
+static_assert(std::size(kTranslatorRows) == TranslatorCollection::kTranslatorCount);
 
 const std::set<Translator*>& allTranslators() {
     static const auto& block = *new ObjectBlock<Translator, AnyTranslator>(kTranslatorRows);
@@ -132,7 +132,8 @@ TranslatorCollection::TranslatorCollection() {
     mPlaces.fill(kTranslatorCount);
     for (size_t place = 0; place < kTranslatorCount; ++place) {
         for (const Parameter param : mTranslators[place]->getSrcParams()) {
-            mPlaces[static_cast<size_t>(param)] = place;
+            size_t& first = mPlaces[static_cast<size_t>(param)];
+            first = std::min(first, place);
         }
     }
 }

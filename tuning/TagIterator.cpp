@@ -27,31 +27,47 @@ struct XmlDeleter {
 };
 using XmlText = std::unique_ptr<xmlChar, XmlDeleter>;
 
-/** Whether an attribute's text stands in the document in one piece, or is empty. */
-bool isPlain(const xmlAttr* attribute) {
-    const xmlNode* const content = attribute->children;
-    return content == nullptr || (content->type == XML_TEXT_NODE && content->next == nullptr);
-}
+/** An attribute, read by its local name. */
+class Attribute {
+  public:
+    Attribute(const xmlNode* element, const xmlAttr* attr, bool isUnique)
+        : mElement(element), mAttr(attr), mIsUnique(isUnique) {}
 
-/**
- * Calls @p visit with the name and the text of every attribute of @p element, in document order.
- * Text is what xmlGetProp finds by the local name, taken straight from the tree where that is the
- * same, and else put into @p made.
- */
+    std::string_view name() const { return toText(mAttr->name); }
+
+    /**
+     * What xmlGetProp finds, taken straight from the tree where that is the same, and else put into
+     * @p made.
+     */
+    std::string_view text(std::string& made) const {
+        if (mIsUnique && mAttr->children == nullptr) {
+            return "";
+        }
+        if (mIsUnique && isInOnePiece()) {
+            return toText(mAttr->children->content);
+        }
+        made = toText(XmlText(xmlGetProp(mElement, mAttr->name)).get());
+        return made;
+    }
+
+  private:
+    bool isInOnePiece() const {
+        return mAttr->children->type == XML_TEXT_NODE && mAttr->children->next == nullptr;
+    }
+
+    const xmlNode* mElement;
+    const xmlAttr* mAttr;
+    bool mIsUnique;
+};
+
+/** Calls @p visit with every attribute of @p element, in document order. */
 template <typename Visitor>
-void forEachAttribute(const xmlNode* element, std::forward_list<std::string>& made, Visitor visit) {
-    bool isQualified = false;
+void forEachAttribute(const xmlNode* element, Visitor visit) {
+    bool isUnique = true;
     for (const xmlAttr* attr = element->properties; attr != nullptr; attr = attr->next) {
         // From the first attribute in a namespace on, a local name may be an earlier one's.
-        isQualified = isQualified || attr->ns != nullptr;
-        const std::string_view name = toText(attr->name);
-        if (!isQualified && isPlain(attr)) {
-            const bool isEmpty = attr->children == nullptr;
-            visit(name, std::string_view(isEmpty ? "" : toText(attr->children->content)));
-        } else {
-            const XmlText text(xmlGetProp(element, attr->name));
-            visit(name, std::string_view(made.emplace_front(toText(text.get()))));
-        }
+        isUnique = isUnique && attr->ns == nullptr;
+        visit(Attribute(element, attr, isUnique));
     }
 }
 
@@ -205,9 +221,9 @@ void TagIterator::parseNodeIntVector(std::vector<int>& out) {
     if (!isElementToRead()) {
         return;
     }
-    std::forward_list<std::string> made;
-    forEachAttribute(mCurrent, made, [&out](std::string_view, std::string_view text) {
-        out.push_back(string2Int(text));
+    std::string made;
+    forEachAttribute(mCurrent, [&](const Attribute& attribute) {
+        out.push_back(string2Int(attribute.text(made)));
     });
 }
 
@@ -220,18 +236,18 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
     if (!isElementToRead()) {
         return;
     }
-    std::forward_list<std::string> made;
+    std::string made;
     if (names.empty()) {
-        forEachAttribute(mCurrent, made, [&out](std::string_view, std::string_view text) {
-            out.emplace_back(text);
+        forEachAttribute(mCurrent, [&](const Attribute& attribute) {
+            out.emplace_back(attribute.text(made));
         });
         return;
     }
     out.resize(names.size());
-    forEachAttribute(mCurrent, made, [&](std::string_view name, std::string_view text) {
+    forEachAttribute(mCurrent, [&](const Attribute& attribute) {
         for (size_t i = 0; i < names.size(); ++i) {
-            if (names[i] == name) {
-                out[i] = text;
+            if (names[i] == attribute.name()) {
+                out[i] = attribute.text(made);
             }
         }
     });
@@ -250,51 +266,58 @@ std::string_view TagIterator::readText(std::string_view name) {
         const std::vector<std::string_view>& texts = readTexts({std::string(name)});
         return texts.empty() ? "" : texts.front();
     }
-    std::string_view found;
+    std::string_view text;
+    mTextBuffer.resize(1);
     if (isElementToRead()) {
-        mMadeTexts.clear();
-        forEachAttribute(mCurrent, mMadeTexts, [&](std::string_view other, std::string_view text) {
-            if (other == name) {
-                found = text;
+        forEachAttribute(mCurrent, [&](const Attribute& attribute) {
+            if (attribute.name() == name) {
+                text = attribute.text(mTextBuffer.front());
             }
         });
     }
-    return found;
+    return text;
+}
+
+std::string_view TagIterator::readFirstText() {
+    if (!mReadsInPlace) {
+        mTextBuffer.clear();
+        parseNodeAll(mTextBuffer);
+        mTextBuffer.resize(1);
+        return mTextBuffer.front();
+    }
+    if (!isElementToRead() || mCurrent->properties == nullptr) {
+        return "";
+    }
+    mTextBuffer.resize(1);
+    return Attribute(mCurrent, mCurrent->properties, true).text(mTextBuffer.front());
 }
 
 const std::vector<std::string_view>& TagIterator::readTexts(const std::vector<std::string>& names) {
-    mTexts.clear();
     if (mReadsInPlace) {
         readTextsInPlace(names);
         return mTexts;
     }
     mTextBuffer.clear();
-    if (names.empty()) {
-        parseNodeAll(mTextBuffer);
-    } else {
-        parseNodeWithName(names, mTextBuffer);
-    }
+    parseNodeWithName(names, mTextBuffer);
     mTexts.assign(mTextBuffer.begin(), mTextBuffer.end());
-    if (!mTexts.empty() && !names.empty()) {
+    if (!mTexts.empty()) {
         mTexts.resize(names.size());
     }
     return mTexts;
 }
 
 void TagIterator::readTextsInPlace(const std::vector<std::string>& names) {
+    mTexts.clear();
     if (!isElementToRead()) {
         return;
     }
-    mMadeTexts.clear();
-    mTexts.assign(names.size(), {});
-    forEachAttribute(mCurrent, mMadeTexts, [&](std::string_view name, std::string_view text) {
-        if (names.empty()) {
-            mTexts.push_back(text);
-            return;
-        }
-        const auto found = std::find(names.begin(), names.end(), name);
+    mTexts.resize(names.size());
+    mTextBuffer.resize(names.size());
+    forEachAttribute(mCurrent, [&](const Attribute& attribute) {
+        const auto found = std::find(names.begin(), names.end(), attribute.name());
         if (found != names.end()) {
-            mTexts[static_cast<size_t>(found - names.begin())] = text;
+            const auto i = static_cast<size_t>(found - names.begin());
+            mTexts[i] = attribute.text(mTextBuffer[i]);
         }
     });
 }

@@ -73,6 +73,7 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     }
     const bool complete = !mIterator.isExhausted() && !isTooLarge();
     if (!complete) {
+        mIterator.clearAll();
         mDocuments.pop_back();
         return -EINVAL;
     }
@@ -180,7 +181,7 @@ void TuningFileParser::parsePreset() {
 }
 
 bool TuningFileParser::readParameter(std::string_view name, ParameterValues& values) {
-    // Every other node of an indented document.
+    // Every other node of an indented document, and no parameter's name.
     if (name == "text") {
         return false;
     }

@@ -14,7 +14,7 @@ namespace ormel {
 namespace {
 
 constexpr std::string_view kTrue = "true";
-/** Bands that a column gets room for at once. Documents have as many. */
+/** Bands that a column gets room for at once: as many as documents usually have. */
 constexpr size_t kUsualBandCount = 20;
 
 /** Remembers an iterator's position and returns to it at the end of the scope. */
@@ -32,13 +32,6 @@ class ScopedPosition {
 template <typename Names>
 std::vector<std::string> toStrings(const Names& names) {
     return {names.begin(), names.end()};
-}
-
-void appendRow(TagIterator& iterator, std::vector<int>& row) {
-    const std::vector<std::string_view>& texts = iterator.readTexts({});
-    if (!texts.empty()) {
-        string2IntVector(texts.front(), row);
-    }
 }
 
 std::vector<std::vector<int>> makeColumns(size_t count) {
@@ -65,7 +58,7 @@ int NodeParseUtils::parseValue(TagIterator& iterator) {
 
 std::vector<int> NodeParseUtils::parseDataRow(TagIterator& iterator) {
     std::vector<int> row;
-    appendRow(iterator, row);
+    string2IntVector(iterator.readFirstText(), row);
     return row;
 }
 
@@ -78,7 +71,7 @@ std::vector<int> NodeParseUtils::parseMixMatrix(TagIterator& iterator) {
     }
     iterator.childrenNext();
     for (; iterator.isCurValid(); iterator.next()) {
-        appendRow(iterator, matrix);
+        string2IntVector(iterator.readFirstText(), matrix);
     }
     return matrix;
 }

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <forward_list>
 #include <limits>
 #include <memory>
 #include <string>
@@ -121,30 +120,28 @@ class TagIterator {
                                    std::vector<std::string>& out);
 
     /**
-     * An iterator of this very class, whose readings below need no copies since nobody overrides
-     * what they stand for. It says and gives the same as any other.
+     * An iterator of this very class. It says and gives the same as any other, but what is read by
+     * the operations below is no copy, since nobody overrides what they stand for.
      */
     static std::unique_ptr<TagIterator> createInPlace();
 
-    /**
-     * The current node's name, as getNodeName() gives it.
-     *
-     * @return a text that stands until the next call of this, or the next document
-     */
+    // What parser and setters read with. An iterator that is derived from is asked through the
+    // operations above, which must not call these. The texts stand until the next call of the kind,
+    // name or text, and no longer than the document.
+
+    /** The current node's name, as getNodeName() gives it. */
     std::string_view readName();
 
-    /**
-     * The text that parseNodeWithName() finds for @p name at the current node; empty without one.
-     *
-     * @return a text that stands until the next call of this or readTexts(), or the next document
+    /** The text that parseNodeWithName() finds for @p name at the current node; empty without one.
      */
     std::string_view readText(std::string_view name);
 
+    /** The first of the texts that parseNodeAll() finds at the current node; empty without one. */
+    std::string_view readFirstText();
+
     /**
-     * The texts that parseNodeWithName(), or without names parseNodeAll(), finds at the current
-     * node: one for each of @p names, which must differ, or none for a node that is no element.
-     *
-     * @return texts that stand until the next call of this or readText(), or the next document
+     * The texts that parseNodeWithName() finds for @p names, which must differ: one for each, or
+     * none for a node that is no element.
      */
     const std::vector<std::string_view>& readTexts(const std::vector<std::string>& names);
 
@@ -191,9 +188,8 @@ class TagIterator {
     const int mParserOptions;
     const bool mReadsInPlace;
     std::vector<std::string_view> mTexts;
-    // What mTexts and the last name refer to where that is not the document.
+    // What the texts and the name that were read last refer to where that is not the document.
     std::vector<std::string> mTextBuffer;
-    std::forward_list<std::string> mMadeTexts;
     std::string mNameBuffer;
     /** Depth of the stack where the cursor stayed on an element without children. */
     size_t mStrayDepth = kNotStray;

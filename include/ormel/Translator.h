@@ -205,6 +205,7 @@ class TranslatorCollection {
     /** The place in table order of the translator of @p param, beyond the last if there is none. */
     size_t findPlace(Parameter param) const;
 
+    /** @param place below kTranslatorCount */
     const Translator& at(size_t place) const { return *mTranslators[place]; }
 
   private:

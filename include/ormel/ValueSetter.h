@@ -187,8 +187,10 @@ class SetterCollection {
     ValueSetter* getValueSetter(std::string_view name);
 
   private:
-    /** The setters by length of their names, of which hardly two are equally long. */
+    /** The setters by length of their names, so that few are compared with one that is asked for.
+     */
     std::vector<std::vector<std::pair<std::string, ValueSetter*>>> mSetters;
+    /** Names without a setter that were asked for. */
     std::set<std::string> mOtherNames;
 };
 
