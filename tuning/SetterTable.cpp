@@ -226,12 +226,15 @@ SetterCollection::SetterCollection() {
 ValueSetter* SetterCollection::getValueSetter(std::string_view name) {
     if (name.size() < mSetters.size()) {
         for (const auto& [nodeName, setter] : mSetters[name.size()]) {
-            if (nodeName == name) {
+            // Names of one length more often have the first letters in common than the last.
+            if (nodeName.back() == name.back() && nodeName == name) {
                 return setter;
             }
         }
     }
-    mOtherNames.emplace(name);
+    if (mOtherNames.find(name) == mOtherNames.end()) {
+        mOtherNames.emplace(name);
+    }
     return nullptr;
 }
 

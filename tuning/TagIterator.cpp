@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <limits>
 
 namespace ormel {
@@ -33,7 +34,8 @@ class Attribute {
     Attribute(const xmlNode* element, const xmlAttr* attr, bool isUnique)
         : mElement(element), mAttr(attr), mIsUnique(isUnique) {}
 
-    std::string_view name() const { return toText(mAttr->name); }
+    const char* name() const { return toText(mAttr->name); }
+    bool isNamed(const char* other) const { return std::strcmp(name(), other) == 0; }
 
     /**
      * What xmlGetProp finds, taken straight from the tree where that is the same, and else put into
@@ -261,16 +263,16 @@ std::string_view TagIterator::readName() {
     return mNameBuffer;
 }
 
-std::string_view TagIterator::readText(std::string_view name) {
+std::string_view TagIterator::readText(const char* name) {
     if (!mReadsInPlace) {
-        const std::vector<std::string_view>& texts = readTexts({std::string(name)});
+        const std::vector<std::string_view>& texts = readTexts({name});
         return texts.empty() ? "" : texts.front();
     }
     std::string_view text;
     mTextBuffer.resize(1);
     if (isElementToRead()) {
         forEachAttribute(mCurrent, [&](const Attribute& attribute) {
-            if (attribute.name() == name) {
+            if (attribute.isNamed(name)) {
                 text = attribute.text(mTextBuffer.front());
             }
         });
@@ -313,11 +315,17 @@ void TagIterator::readTextsInPlace(const std::vector<std::string>& names) {
     }
     mTexts.resize(names.size());
     mTextBuffer.resize(names.size());
+    // Attributes mostly stand in the order of the names.
+    auto expected = names.begin();
     forEachAttribute(mCurrent, [&](const Attribute& attribute) {
-        const auto found = std::find(names.begin(), names.end(), attribute.name());
+        const auto isIts = [&](const std::string& name) { return attribute.isNamed(name.c_str()); };
+        const auto found = expected != names.end() && isIts(*expected)
+                                   ? expected
+                                   : std::find_if(names.begin(), names.end(), isIts);
         if (found != names.end()) {
             const auto i = static_cast<size_t>(found - names.begin());
             mTexts[i] = attribute.text(mTextBuffer[i]);
+            expected = found + 1;
         }
     });
 }

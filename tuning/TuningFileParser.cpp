@@ -133,18 +133,18 @@ void TuningFileParser::parseGlobalSetting() {
     constexpr char kCaller[] = "parseAuthorizedTechnologies";
     for (const std::string& name : mIterator.getAttrsName()) {
         if (name == "device_name") {
-            mDeviceName = mIterator.readText(name);
+            mDeviceName = mIterator.readText(name.c_str());
             ALOGD("%s, mDeviceName = %s", kCaller, mDeviceName.c_str());
         } else if (name == "device_index") {
-            mDeviceIndex = string2Int(mIterator.readText(name));
+            mDeviceIndex = string2Int(mIterator.readText(name.c_str()));
             ALOGD("%s, mDeviceIndex = %d", kCaller, mDeviceIndex);
         } else if (name == "tuning_version") {
-            mTuningVersion = string2Int(mIterator.readText(name));
+            mTuningVersion = string2Int(mIterator.readText(name.c_str()));
             ALOGD("%s, mTuningVersion = %d", kCaller, mTuningVersion);
         } else if (name == "virtual_bass_process") {
-            mVirtualBassProcess = string2Int(mIterator.readText(name));
+            mVirtualBassProcess = string2Int(mIterator.readText(name.c_str()));
         } else if (name == "altivo_game_system_gain") {
-            mGameSystemGain = string2Int(mIterator.readText(name));
+            mGameSystemGain = string2Int(mIterator.readText(name.c_str()));
         }
     }
 }

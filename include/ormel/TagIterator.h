@@ -134,7 +134,7 @@ class TagIterator {
 
     /** The text that parseNodeWithName() finds for @p name at the current node; empty without one.
      */
-    std::string_view readText(std::string_view name);
+    std::string_view readText(const char* name);
 
     /** The first of the texts that parseNodeAll() finds at the current node; empty without one. */
     std::string_view readFirstText();

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -191,7 +192,7 @@ class SetterCollection {
      */
     std::vector<std::vector<std::pair<std::string, ValueSetter*>>> mSetters;
     /** Names without a setter that were asked for. */
-    std::set<std::string> mOtherNames;
+    std::set<std::string, std::less<>> mOtherNames;
 };
 
 /** The readings that setters and the document parser share. The cursor ends where it was. */
