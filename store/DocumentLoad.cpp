@@ -54,6 +54,9 @@ DocumentLoad::DocumentLoad(SpatializerParamArray& array, const DeviceData& docum
     for (Tuning* const tuning : document.getTunings()) {
         mTunings.emplace(tuning->getName(), tuning);
     }
+    for (const DeviceTuning* const deviceTuning : document.getDeviceTunings()) {
+        ++mDevicesToCome[deviceTuning->getTuning()];
+    }
     for (IeqPreset* const preset : document.getIeqPresets()) {
         mIeqPresets.emplace(preset->getPresetId(), preset);
     }
@@ -169,6 +172,8 @@ int32_t DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
             pass.lastSelecting = endpoint;
         }
         translateEndpoint(*endpoint, command);
+        // For a later profile of this id only the entries count, whose number depends on no value.
+        endpoint->getValues().clear();
     }
     pass.entries = command.mParamCount - entriesBefore;
     mPasses[profileId] = pass;
@@ -214,10 +219,6 @@ void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand&
             break;
         case ENDPOINT_OTHER:
             break;
-    }
-    // What was given here is given anew to an endpoint that is translated again.
-    for (const Parameter given : {VIRTUAL_BASS_MODE, ORIENTATION, OUTPUT_MIX_MATRIX}) {
-        endpoint.getValues().erase(given);
     }
 }
 
@@ -280,6 +281,9 @@ bool DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     mMixMatrices[device] = mixMatrix;
     mPorts[device] = port;
     ++mDeviceTuningCount;
+    if (--mDevicesToCome[tuningName] == 0) {
+        values.clear();
+    }
     return mWords <= kMaxWords;
 }
 

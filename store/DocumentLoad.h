@@ -15,8 +15,9 @@ namespace ormel {
  * One load of a document into an array, whose lock the caller holds.
  *
  * Lists are built aside, and reach the array all at once or not at all. The objects of the document
- * are completed on the way and lose what only one list needs, since lists, objects and the XML tree
- * are in memory together. So one load uses them up.
+ * are completed on the way, and lose their values with the last list that needs them: lists,
+ * objects and the XML tree are in memory together, and what was just read is freed fastest. So one
+ * load uses the document up.
  */
 class DocumentLoad {
   public:
@@ -72,6 +73,9 @@ class DocumentLoad {
     std::map<int, IeqPreset*> mIeqPresets;
     std::map<int, std::vector<GeqPreset*>> mGeqPresets;
     std::map<int, std::vector<ProfileEndpoint*>> mProfileEndpoints;
+
+    /** How many devices a tuning is still to be translated for, by its name. */
+    std::map<std::string, int> mDevicesToCome;
 
     std::vector<int> mMixMatrix;
     std::vector<int> mVirtualBassMode;
