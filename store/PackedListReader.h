@@ -2,6 +2,7 @@
 #pragma once
 
 #include <log/log.h>
+#include <ormel/SetParamCommand.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -53,8 +54,7 @@ class PackedListReader {
 
   private:
     static constexpr uint32_t kWordSize = sizeof(int32_t);
-    /** Device id, parameter code, value count. */
-    static constexpr uint32_t kEntryHeaderWords = 3;
+    static constexpr uint32_t kEntryHeaderWords = SetParamCommand::kEntryHeaderWords;
 
     /** What is left of the buffer, in whole words; none before its start. */
     static uint32_t wordsLeft(const Parser& at) {
