@@ -92,6 +92,11 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
     }() + "]>";
     const std::string matrix =
             "<output-mode>\n<m>\n<r v='" + repeat("1 ", 200000) + "'/>\n</m>\n</output-mode>\n";
+    std::string prefixed;
+    for (int i = 0; i < 1000; ++i) {
+        const std::string prefix = "n" + std::to_string(i);
+        prefixed += " xmlns:" + prefix + "='" + prefix + "' " + prefix + ":frequency='&e;'";
+    }
     const struct {
         const char* what;
         std::string document;
@@ -126,6 +131,12 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
                      numbered("a", "='&e;' ", 5000) + ">\n<drc-metadata " +
                      numbered("a", "='&e;' ", 5000) + "/>\n</profile>\n</d>",
              "1 0"},
+            {"one long text under many prefixes",
+             "<!DOCTYPE d [<!ENTITY e '" + std::string(4 << 20, '1') +
+                     "'>]><d>\n<tuning name='t'>\n" + "<data>\n<virtual-bass-subgains" + prefixed +
+                     "/>\n<audio-optimizer-bands>\n<b" + prefixed +
+                     "/>\n</audio-optimizer-bands></data>\n</tuning>\n</d>",
+             "0 0"},
             {"an attribute of 16 MiB",
              "<d>" + kProfile + "<a b='" + std::string(16 << 20, '1') + "'/></d>", "refused"},
             {"64 MiB of elements",

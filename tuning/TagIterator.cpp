@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <map>
 
 namespace ormel {
 
@@ -28,7 +29,10 @@ struct XmlDeleter {
 };
 using XmlText = std::unique_ptr<xmlChar, XmlDeleter>;
 
-/** An attribute, read by its local name. */
+/**
+ * An attribute, read by its local name. All of one local name have the text of the first, which may
+ * be long: readers fetch it once for each name.
+ */
 class Attribute {
   public:
     Attribute(const xmlNode* element, const xmlAttr* attr, bool isUnique)
@@ -224,8 +228,13 @@ void TagIterator::parseNodeIntVector(std::vector<int>& out) {
         return;
     }
     std::string made;
+    std::map<std::string_view, int> numbers;
     forEachAttribute(mCurrent, [&](const Attribute& attribute) {
-        out.push_back(string2Int(attribute.text(made)));
+        const auto [entry, isNew] = numbers.try_emplace(attribute.name());
+        if (isNew) {
+            entry->second = string2Int(attribute.text(made));
+        }
+        out.push_back(entry->second);
     });
 }
 
@@ -246,10 +255,12 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
         return;
     }
     out.resize(names.size());
+    std::vector<bool> isRead(names.size());
     forEachAttribute(mCurrent, [&](const Attribute& attribute) {
         for (size_t i = 0; i < names.size(); ++i) {
-            if (names[i] == attribute.name()) {
+            if (!isRead[i] && names[i] == attribute.name()) {
                 out[i] = attribute.text(made);
+                isRead[i] = true;
             }
         }
     });
@@ -272,7 +283,7 @@ std::string_view TagIterator::readText(const char* name) {
     mTextBuffer.resize(1);
     if (isElementToRead()) {
         forEachAttribute(mCurrent, [&](const Attribute& attribute) {
-            if (attribute.isNamed(name)) {
+            if (text.data() == nullptr && attribute.isNamed(name)) {
                 text = attribute.text(mTextBuffer.front());
             }
         });
@@ -318,14 +329,19 @@ void TagIterator::readTextsInPlace(const std::vector<std::string>& names) {
     // Attributes mostly stand in the order of the names.
     auto expected = names.begin();
     forEachAttribute(mCurrent, [&](const Attribute& attribute) {
-        const auto isIts = [&](const std::string& name) { return attribute.isNamed(name.c_str()); };
-        const auto found = expected != names.end() && isIts(*expected)
+        const auto isHere = [&](const std::string& name) {
+            return attribute.isNamed(name.c_str());
+        };
+        const auto found = expected != names.end() && isHere(*expected)
                                    ? expected
-                                   : std::find_if(names.begin(), names.end(), isIts);
-        if (found != names.end()) {
-            const auto i = static_cast<size_t>(found - names.begin());
+                                   : std::find_if(names.begin(), names.end(), isHere);
+        if (found == names.end()) {
+            return;
+        }
+        expected = found + 1;
+        const auto i = static_cast<size_t>(found - names.begin());
+        if (mTexts[i].data() == nullptr) {
             mTexts[i] = attribute.text(mTextBuffer[i]);
-            expected = found + 1;
         }
     });
 }
