@@ -172,7 +172,8 @@ int32_t DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
             pass.lastSelecting = endpoint;
         }
         translateEndpoint(*endpoint, command);
-        // For a later profile of this id only the entries count, whose number depends on no value.
+        // No list is kept of a later profile with this id. It tells how many entries it would have,
+        // which depends on no value.
         endpoint->getValues().clear();
     }
     pass.entries = command.mParamCount - entriesBefore;

@@ -15,9 +15,9 @@ namespace ormel {
  * One load of a document into an array, whose lock the caller holds.
  *
  * Lists are built aside, and reach the array all at once or not at all. The objects of the document
- * are completed on the way, and lose their values with the last list that needs them: lists,
- * objects and the XML tree are in memory together, and what was just read is freed fastest. So one
- * load uses the document up.
+ * are completed on the way. Since lists, objects and the XML tree are in memory together, profiles,
+ * endpoints and tunings lose their values with the last list that needs them, while these are still
+ * in the cache. So one load uses the document up.
  */
 class DocumentLoad {
   public:

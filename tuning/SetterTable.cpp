@@ -226,7 +226,7 @@ SetterCollection::SetterCollection() {
 ValueSetter* SetterCollection::getValueSetter(std::string_view name) {
     if (name.size() < mSetters.size()) {
         for (const auto& [nodeName, setter] : mSetters[name.size()]) {
-            // Names of one length more often have the first letters in common than the last.
+            // One letter settles most of them.
             if (nodeName.back() == name.back() && nodeName == name) {
                 return setter;
             }
