@@ -232,9 +232,7 @@ ValueSetter* SetterCollection::getValueSetter(std::string_view name) {
             }
         }
     }
-    if (mOtherNames.find(name) == mOtherNames.end()) {
-        mOtherNames.emplace(name);
-    }
+    mOtherNames.emplace(name);
     return nullptr;
 }
 

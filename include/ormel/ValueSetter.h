@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstddef>
-#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -192,7 +191,7 @@ class SetterCollection {
      */
     std::vector<std::vector<std::pair<std::string, ValueSetter*>>> mSetters;
     /** Names without a setter that were asked for. */
-    std::set<std::string, std::less<>> mOtherNames;
+    std::set<std::string> mOtherNames;
 };
 
 /** The readings that setters and the document parser share. The cursor ends where it was. */
