@@ -17,6 +17,13 @@ constexpr size_t kMaxReserve = size_t{64} << 10;
 /** What endpoints get as virtual bass mode when the internal speaker's tuning gives none. */
 constexpr int kDefaultVirtualBassMode = 3;
 
+/** The value of a port's name, without the entry that the map's own lookup would leave. */
+template <typename Map>
+int32_t valueOr0(const Map& map, const std::string& name) {
+    const auto found = map.find(name);
+    return found == map.end() ? 0 : static_cast<int32_t>(found->second);
+}
+
 /** Adds @p newer to @p entries, in place of those with the same keys; @p newer gets these. */
 template <typename Map>
 void replaceBy(Map& entries, Map& newer) {
@@ -34,28 +41,43 @@ void SpatializerParamArray::loadSpatializerXMLFile(const std::string& path) {
     const android::Mutex::Autolock oneLoadAtATime(loadLock);
     mLoadPath = path;
     TuningFileParser parser;
-    if (parser.setTuningFile(path, false) != 0 || parser.getDeviceData() == nullptr) {
-        ALOGE("Spatializer Tuning XML parses error!");
-        mLoadOutcome = LoadOutcome::NOT_READ;
+    const bool isRead = parser.setTuningFile(path, false) == 0 && parser.getDeviceData() != nullptr;
+    mLoadBudget = parser.getBudget();
+    if (!isRead) {
+        refuseDocument(parser.getError());
         return;
     }
-    DocumentLoad load(*this, *parser.getDeviceData());
+    DocumentLoad load(*this, *parser.getDeviceData(), mLoadBudget);
     if (!load.build()) {
-        ALOGE("Spatializer Tuning XML parses error!");
-        mLoadOutcome = LoadOutcome::TOO_LONG;
+        refuseDocument(mLoadBudget.describe());
         return;
     }
     load.commit();
     mLoadOutcome = LoadOutcome::LOADED;
+    mLoadError.clear();
 }
 
-DocumentLoad::DocumentLoad(SpatializerParamArray& array, const DeviceData& document)
-    : mArray(array), mDocument(document), mOutputChannelCount(array.mOutputChannelCount) {
+void SpatializerParamArray::refuseDocument(const std::string& reason) {
+    ALOGE("Spatializer Tuning XML parses error!");
+    mLoadOutcome = mLoadBudget.isSpent() ? LoadOutcome::OVER_BOUND : LoadOutcome::NOT_READ;
+    mLoadError = reason;
+}
+
+DocumentLoad::DocumentLoad(SpatializerParamArray& array, const DeviceData& document,
+                           DocumentBudget& budget)
+    : mArray(array),
+      mDocument(document),
+      mBudget(budget),
+      mOutputChannelCount(array.mOutputChannelCount) {
     for (Tuning* const tuning : document.getTunings()) {
-        mTunings.emplace(tuning->getName(), tuning);
+        const std::string name = tuning->getName();
+        chargeNamedEntry(name);
+        mTunings.emplace(name, tuning);
     }
     for (const DeviceTuning* const deviceTuning : document.getDeviceTunings()) {
-        ++mDevicesToCome[deviceTuning->getTuning()];
+        const std::string name = deviceTuning->getTuning();
+        chargeNamedEntry(name);
+        ++mDevicesToCome[name];
     }
     for (IeqPreset* const preset : document.getIeqPresets()) {
         mIeqPresets.emplace(preset->getPresetId(), preset);
@@ -66,21 +88,31 @@ DocumentLoad::DocumentLoad(SpatializerParamArray& array, const DeviceData& docum
     for (ProfileEndpoint* const endpoint : document.getProfileEndpoints()) {
         mProfileEndpoints[endpoint->getProfileId()].push_back(endpoint);
     }
+    mBudget.chargeEntries(document.getIeqPresets().size() + document.getGeqPresets().size() +
+                          document.getProfileEndpoints().size());
+}
+
+void DocumentLoad::chargeNamedEntry(const std::string& name) {
+    mBudget.chargeEntries(1);
+    mBudget.chargeText(name.size());
+    mBudget.chargeKeptText(name.size());
 }
 
 bool DocumentLoad::build() {
     readInternalSpeakerTuning();
-    const auto& profiles = mDocument.getProfiles();
-    const auto& deviceTunings = mDocument.getDeviceTunings();
-    const bool fits =
-            std::all_of(profiles.begin(), profiles.end(),
-                        [this](Profile* profile) { return loadProfile(*profile); }) &&
-            std::all_of(deviceTunings.begin(), deviceTunings.end(),
-                        [this](const DeviceTuning* tuning) { return loadDeviceTuning(*tuning); });
-    if (!fits) {
-        ALOGE("The lists take more than %zu words", kMaxWords);
+    for (Profile* const profile : mDocument.getProfiles()) {
+        if (mBudget.isSpent()) {
+            return false;
+        }
+        loadProfile(*profile);
     }
-    return fits;
+    for (const DeviceTuning* const deviceTuning : mDocument.getDeviceTunings()) {
+        if (mBudget.isSpent()) {
+            return false;
+        }
+        loadDeviceTuning(*deviceTuning);
+    }
+    return !mBudget.isSpent();
 }
 
 void DocumentLoad::commit() {
@@ -89,20 +121,26 @@ void DocumentLoad::commit() {
     mArray.mXMLProfileParams.merge(mProfileLists);
     mArray.mProfileGeqGains.merge(mGeqGains);
     mArray.mTuningCount += mDeviceTuningCount;
+    for (const auto& [device, port] : mPorts) {
+        // A port that is unknown becomes known with the value 0.
+        portNameToEndpoint()[port];
+        portNameToAndroidDevice()[port];
+    }
     replaceBy(mArray.mXMLTuningParams, mTuningLists);
     replaceBy(mArray.mMixMatrices, mMixMatrices);
     replaceBy(mArray.mAvailableTuningDevices, mPorts);
     reportMissingDefaults();
 }
 
-bool DocumentLoad::isTooLong(const SetParamCommand& command) const {
-    return mWords + command.mParams.size() > kMaxWords;
+void DocumentLoad::translateAll(ParameterTranslator& translator, SetParamCommand& command) {
+    const size_t before = command.mParams.size();
+    translator.translateAll(command);
+    mBudget.chargeNumbers(command.mParams.size() - before);
 }
 
 std::vector<int32_t> DocumentLoad::takeList(SetParamCommand& command) {
     command.mParams[1] = command.mParamCount;
     command.mParams.shrink_to_fit();
-    mWords += command.mParams.size();
     return std::move(command.mParams);
 }
 
@@ -136,7 +174,7 @@ void DocumentLoad::readInternalSpeakerTuning() {
     }
 }
 
-bool DocumentLoad::loadProfile(Profile& profile) {
+void DocumentLoad::loadProfile(Profile& profile) {
     const int id = profile.getProfileId();
     // The word that heads a list is the mask of all devices here, and not the profile's id.
     SetParamCommand command(DEVICE_OUT_DEFAULT);
@@ -151,13 +189,13 @@ bool DocumentLoad::loadProfile(Profile& profile) {
     const int32_t entries = command.mParamCount +
                             (isRepeated ? repeatParts(pass->second) : translateParts(id, command));
     ALOGD("Profile %d, numParameters = %d", id, entries);
+    mBudget.chargeMessage(0);
     ++mProfileCount;
-    const bool fits = !isTooLong(command);
     if (mProfileLists.count(id) == 0) {
+        mBudget.chargeEntries(1);
         mProfileListSize = command.mParams.size();
         mProfileLists[id] = takeList(command);
     }
-    return fits;
 }
 
 int32_t DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
@@ -165,7 +203,7 @@ int32_t DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
     ProfilePass pass = {mPresetTranslator.hasSource(), 0, nullptr};
     translateGeqPresets(profileId, command);
     for (ProfileEndpoint* const endpoint : mProfileEndpoints[profileId]) {
-        if (isTooLong(command)) {
+        if (mBudget.isSpent()) {
             break;
         }
         if (selectPreset(*endpoint)) {
@@ -191,7 +229,10 @@ int32_t DocumentLoad::repeatParts(const ProfilePass& pass) {
 void DocumentLoad::translateGeqPresets(int profileId, SetParamCommand& command) {
     for (GeqPreset* const preset : mGeqPresets[profileId]) {
         translateForAllDevices(*preset, command);
-        mGeqGains.try_emplace(profileId, preset->getValues()[GEQ_GAIN]);
+        const std::vector<int>& gains = preset->getValues()[GEQ_GAIN];
+        mBudget.chargeEntries(1);
+        mBudget.chargeNumbers(gains.size());
+        mGeqGains.try_emplace(profileId, gains);
     }
 }
 
@@ -206,16 +247,16 @@ bool DocumentLoad::selectPreset(const ProfileEndpoint& endpoint) {
 }
 
 void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand& command) {
-    endpoint.set(VIRTUAL_BASS_MODE, mVirtualBassMode);
+    setValues(endpoint, VIRTUAL_BASS_MODE, mVirtualBassMode);
     mEndpointTranslator.setSource(&endpoint, endpoint.getEndpoint(), false);
     switch (endpoint.getEndpoint()) {
         case ENDPOINT_SPEAKER:
-            endpoint.set(ORIENTATION, {kSpeakerOrientation});
-            endpoint.set(OUTPUT_MIX_MATRIX, mMixMatrix);
+            setValues(endpoint, ORIENTATION, {kSpeakerOrientation});
+            setValues(endpoint, OUTPUT_MIX_MATRIX, mMixMatrix);
             translateForDevice(DEVICE_OUT_SPEAKER, command);
             break;
         case ENDPOINT_HEADPHONE:
-            endpoint.set(ORIENTATION, {kHeadphoneOrientation});
+            setValues(endpoint, ORIENTATION, {kHeadphoneOrientation});
             translateForHeadphones(command);
             break;
         case ENDPOINT_OTHER:
@@ -223,10 +264,17 @@ void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand&
     }
 }
 
+void DocumentLoad::setValues(ParameterValues& object, Parameter param,
+                             const std::vector<int>& values) {
+    mBudget.chargeEntries(1);
+    mBudget.chargeNumbers(values.size());
+    object.set(param, values);
+}
+
 void DocumentLoad::translateForDevice(AndroidDevice device, SetParamCommand& command) {
     command.setDeviceId(device);
-    mPresetTranslator.translateAll(command);
-    mEndpointTranslator.translateAll(command);
+    translateAll(mPresetTranslator, command);
+    translateAll(mEndpointTranslator, command);
 }
 
 void DocumentLoad::translateForHeadphones(SetParamCommand& command) {
@@ -239,6 +287,7 @@ void DocumentLoad::translateForHeadphones(SetParamCommand& command) {
     const std::vector<int32_t> ofFirst(list.begin() + begin, list.end());
     for (size_t i = 1; i < kHeadphoneDevices.size(); ++i) {
         size_t at = list.size();
+        mBudget.chargeNumbers(ofFirst.size());
         list.insert(list.end(), ofFirst.begin(), ofFirst.end());
         for (; at < list.size();
              at += SetParamCommand::kEntryHeaderWords + static_cast<size_t>(list[at + 2])) {
@@ -251,33 +300,40 @@ void DocumentLoad::translateForHeadphones(SetParamCommand& command) {
 void DocumentLoad::translateForAllDevices(ParameterValues& values, SetParamCommand& command) {
     mEndpointTranslator.setSource(&values, ENDPOINT_OTHER, false);
     command.setDeviceId(DEVICE_OUT_DEFAULT);
-    mEndpointTranslator.translateAll(command);
+    translateAll(mEndpointTranslator, command);
 }
 
-bool DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
+void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     const std::string device = deviceTuning.getDevice();
     const std::string port = deviceTuning.getPort();
     const std::string tuningName = deviceTuning.getTuning();
+    mBudget.chargeText(device.size() + port.size() + tuningName.size());
     Tuning* const tuning = findTuning(tuningName);
     if (tuning == nullptr) {
         ALOGW("Tuning id(%s): no tuning %s", device.c_str(), tuningName.c_str());
-        return true;
+        mBudget.chargeMessage(device.size() + tuningName.size());
+        return;
     }
-    const Endpoint endpoint = portNameToEndpoint()[port];
+    const auto endpoint = static_cast<Endpoint>(valueOr0(portNameToEndpoint(), port));
     SetParamCommand command(DEVICE_OUT_DEFAULT);
     command.mParams.reserve(std::min(mTuningListSize, kMaxReserve));
-    command.setDeviceId(portNameToAndroidDevice()[port]);
+    command.setDeviceId(valueOr0(portNameToAndroidDevice(), port));
     mEndpointTranslator.setSource(tuning, endpoint, false);
-    mEndpointTranslator.translateAll(command);
+    translateAll(mEndpointTranslator, command);
     ALOGD("Tuning id(%s), tuningName(%s) numParameters = %d", device.c_str(), tuningName.c_str(),
           command.mParamCount);
+    mBudget.chargeMessage(device.size() + tuningName.size());
 
     auto& values = tuning->getValues();
     const std::vector<int>& mixMatrix = values[OUTPUT_MIX_MATRIX];
     ALOGD("Tuning id(%s): endpoint %i, orientation %i, mix matrices length %zu", device.c_str(),
           endpoint, firstOr0(values[ORIENTATION]), mixMatrix.size());
+    mBudget.chargeMessage(device.size());
     mTuningListSize = command.mParams.size();
-    mWords += mixMatrix.size();
+    // The list, the matrix and the port are found by the device's name, the port in two more maps.
+    mBudget.chargeNumbers(mixMatrix.size());
+    mBudget.chargeEntries(5);
+    mBudget.chargeKeptText(3 * (device.size() + port.size()));
     mTuningLists[device] = takeList(command);
     mMixMatrices[device] = mixMatrix;
     mPorts[device] = port;
@@ -285,7 +341,6 @@ bool DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     if (--mDevicesToCome[tuningName] == 0) {
         values.clear();
     }
-    return mWords <= kMaxWords;
 }
 
 void DocumentLoad::reportMissingDefaults() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <ormel/DeviceData.h>
+#include <ormel/DocumentBudget.h>
 #include <ormel/SpatializerParamArray.h>
 #include <ormel/Translator.h>
 
@@ -21,20 +22,19 @@ namespace ormel {
  */
 class DocumentLoad {
   public:
-    DocumentLoad(SpatializerParamArray& array, const DeviceData& document);
+    /** @param budget what the document may cost, its reading having been paid for */
+    DocumentLoad(SpatializerParamArray& array, const DeviceData& document, DocumentBudget& budget);
 
     /**
      * Builds the lists.
      *
-     * @return false when they would take more than kMaxWords words, which is said as an error: a
-     *         short document can ask for that by referring to one long row many times
+     * @return false when the budget is spent: a short document can ask for much by referring to one
+     *         long row many times
      */
     bool build();
 
     /** Adds what was built to the array. */
     void commit();
-
-    static constexpr size_t kMaxWords = size_t{16} << 20;
 
   private:
     /** What the presets and endpoints of one profile id came to. */
@@ -47,25 +47,27 @@ class DocumentLoad {
     };
 
     void readInternalSpeakerTuning();
-    /** This and loadDeviceTuning() return whether what was built so far fits. */
-    bool loadProfile(Profile& profile);
+    void loadProfile(Profile& profile);
     int32_t translateParts(int profileId, SetParamCommand& command);
     int32_t repeatParts(const ProfilePass& pass);
     void translateGeqPresets(int profileId, SetParamCommand& command);
     void translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand& command);
     bool selectPreset(const ProfileEndpoint& endpoint);
-    bool loadDeviceTuning(const DeviceTuning& deviceTuning);
+    void loadDeviceTuning(const DeviceTuning& deviceTuning);
     void reportMissingDefaults() const;
 
     void translateForDevice(AndroidDevice device, SetParamCommand& command);
     void translateForHeadphones(SetParamCommand& command);
     void translateForAllDevices(ParameterValues& values, SetParamCommand& command);
     Tuning* findTuning(const std::string& name) const;
-    bool isTooLong(const SetParamCommand& command) const;
+    void translateAll(ParameterTranslator& translator, SetParamCommand& command);
+    void setValues(ParameterValues& object, Parameter param, const std::vector<int>& values);
+    void chargeNamedEntry(const std::string& name);
     std::vector<int32_t> takeList(SetParamCommand& command);
 
     SpatializerParamArray& mArray;
     const DeviceData& mDocument;
+    DocumentBudget& mBudget;
 
     // The document's objects by what refers to them. Of several with one key, the first in document
     // order stands. No hash tables: a document can be written to fill a single bucket.
@@ -94,8 +96,6 @@ class DocumentLoad {
     std::map<std::string, std::string> mPorts;
     /** By profile id, for the profiles that come again. */
     std::map<int, ProfilePass> mPasses;
-    /** Words of all lists and matrices so far, replaced ones included. */
-    size_t mWords = 0;
 
     // Words of the last list of either kind. The next one will hardly be longer.
     size_t mProfileListSize = 0;

@@ -158,6 +158,21 @@ const std::vector<int32_t>& SpatializerParamArray::getXMLTuningMixMatrix(
     return found->second;
 }
 
+SpatializerParamArray::LoadOutcome SpatializerParamArray::getLoadOutcome() {
+    const Mutex::Autolock lock(mLock);
+    return mLoadOutcome;
+}
+
+std::string SpatializerParamArray::getLoadError() {
+    const Mutex::Autolock lock(mLock);
+    return mLoadError;
+}
+
+DocumentBudget SpatializerParamArray::getLoadBudget() {
+    const Mutex::Autolock lock(mLock);
+    return mLoadBudget;
+}
+
 OrmSpatializerProfileId SpatializerParamArray::getCurrentProfile() {
     const Mutex::Autolock lock(mLock);
     return mCurrentProfile;

@@ -20,7 +20,7 @@ constexpr int kMaxIndent = 80;
 constexpr auto kLockPatience = std::chrono::seconds(1);
 constexpr auto kLockPause = std::chrono::milliseconds(5);
 
-constexpr const char* kOutcomeNames[] = {"loaded", "not read", "too long"};
+constexpr const char* kOutcomeNames[] = {"loaded", "not read", "over a bound"};
 
 template <size_t kCount>
 std::string named(const char* const (&names)[kCount], int32_t value) {
@@ -73,7 +73,9 @@ class StoreDump {
 
     void putState() {
         const auto outcome = static_cast<int32_t>(mArray.mLoadOutcome);
-        put(0, "document: " + printable(mArray.mLoadPath) + ", " + named(kOutcomeNames, outcome));
+        const std::string reason = mArray.mLoadError.empty() ? "" : ": " + mArray.mLoadError;
+        put(0, "document: " + printable(mArray.mLoadPath) + ", " + named(kOutcomeNames, outcome) +
+                       printable(reason));
         put(0, "current profile: " + named(kProfileNames, mArray.mCurrentProfile));
         put(0, "output channels: " + std::to_string(mArray.mOutputChannelCount));
         putProfiles();

@@ -94,7 +94,7 @@ TEST(TagIterator, WalksAndReads) {
             {"<a><b/></a>", "<n<>>", " b:E b:E -: -: -: b:E", {}},
             {"<a><b/></a>", "<<0>1>>", " b:E b:E b:E -: -: b:E -: -:", {kEmptyStack}},
             {"<a><b><c/><d/></b></a>", "c", " b:EC d:E", {}},
-            {rare, "nn", " pi:N :N x:C", {}},
+            {rare, "nn", " pi:N :N x:", {}},
             {"<a>text</a>", "rn", " text:[l,m,n,][][] text: -:", {}},
             {"<a/>", "ncr", " -: -: -:[l,m,n,][][] -:", LogLines(3, kNoNode)},
             {"<a><b y='5' z='7'/></a>", "r", " b:E[l,5,5,7,][5,7,][y,z,] b:E", {}},
@@ -115,32 +115,6 @@ TEST(TagIterator, WalksAndReads) {
     }
 }
 
-TEST(TagIterator, ReadsWithAndWithoutCopies) {
-    const std::tuple<std::string, std::string, LogLines> cases[] = {
-            {"<a><b y='5' z='7'/></a>", "b=[,5,]5", {}},
-            {"<a><b x='1&amp;2' y=''/></a>", "b=1&2[1&2,,]1&2", {}},
-            {"<!DOCTYPE a [<!ENTITY e '2'>]><a><b x='1&e;3' y='&e;'/></a>", "b=123[123,2,]123", {}},
-            {"<a><b xmlns:n='u' y='3' n:x='1' x='2'/></a>", "b=1[1,3,]3", {}},
-            {"<a><b xmlns:n='u' y='3' x='2' n:x='1'/></a>", "b=2[2,3,]3", {}},
-            {"<a><b/></a>", "b=[,,]", {}},
-            {"<a>text</a>", "text=[]", {}},
-            {"<a/>", "=[]", LogLines(3, kNoNode)}};
-    LogCapture log;
-    for (const auto& [document, read, messages] : cases) {
-        for (const bool inPlace : {false, true}) {
-            const auto iterator =
-                    inPlace ? TagIterator::createInPlace() : std::make_unique<TagIterator>();
-            EXPECT_EQ(iterator->init(document, true), 0);
-            std::string all = std::string(iterator->readName());
-            all += "=" + std::string(iterator->readText("x"));
-            all += joined(iterator->readTexts({"x", "y"}));
-            all += std::string(iterator->readFirstText());
-            EXPECT_EQ(all, read) << inPlace << document;
-            EXPECT_EQ(log.take(), messages) << inPlace << document;
-        }
-    }
-}
-
 TEST(TagIterator, SaysWhyADocumentCannotBeLoaded) {
     const TempFile good("<a><b/></a>");
     const TempFile bad("<a><b></a>");
@@ -151,7 +125,7 @@ TEST(TagIterator, SaysWhyADocumentCannotBeLoaded) {
             {bad.path(), false, -22, "fail to call xmlReadFile,  63"},
             {good.path() + "-", false, -22, "fail to call xmlReadFile,  63"},
             {good.path(), true, -22, "fail to call xmlReadFile,  63"},
-            {"<a><b/></a>", true, -19, "fail to call xmlDocGetRootElement, 69"}};
+            {"<!DOCTYPE a><a><b/></a>", true, -19, "fail to call xmlDocGetRootElement, 69"}};
     LogCapture log;
     for (const auto& [source, fromMemory, status, message] : cases) {
         TagIterator iterator;
@@ -200,27 +174,6 @@ TEST(IntegerText, IsReadAsAStreamReadsIt) {
             EXPECT_EQ(read, row) << text;
             EXPECT_EQ(string2Int(text), number) << text;
         }
-    }
-}
-
-TEST(TagIterator, StaysOffTheEndOnceItGaveUp) {
-    LogCapture log;
-    TagIterator iterator;
-    for (int document = 0; document < 2; ++document) {
-        ASSERT_EQ(iterator.init("<r><a/><b/></r>", true), 0);
-        iterator.pushNode();
-        iterator.childrenNext();
-        for (int step = 1; step <= TagIterator::kMaxStraySteps; ++step) {
-            EXPECT_FALSE(iterator.isExhausted());
-            iterator.pushNode();
-            iterator.popNode();
-        }
-        EXPECT_TRUE(iterator.isExhausted());
-        iterator.popNode();
-        EXPECT_FALSE(iterator.isCurValid());
-        EXPECT_THAT(log.take(), ::testing::ElementsAre(error(
-                                        "TagIterator",
-                                        "Too many steps from elements without children, 100000")));
     }
 }
 

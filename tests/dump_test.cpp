@@ -9,7 +9,7 @@ namespace ormel::test {
 namespace {
 
 constexpr char kFresh[] = R"(libspatializerparamstorage 1.0.0
-document: /vendor/etc/ormel/qsx-default-spatializer.xml, not read (1)
+document: /vendor/etc/ormel/qsx-default-spatializer.xml, not read (1): No such file or directory
 current profile: movie (1)
 output channels: 2
 document profiles: 0
@@ -62,7 +62,7 @@ ports:
 )";
 
 constexpr char kChosen[] = R"(libspatializerparamstorage 1.0.0
-document: FILE, not read (1)
+document: FILE, not read (1): line 1: Premature end of data in tag d line 1
 current profile: custom (3)
 output channels: 4
 document profiles: 3
@@ -146,22 +146,6 @@ TEST_F(DumpTest, ShowsWhatWasLoadedAndChosenSince) {
             EXPECT_EQ(out, "before " + indented(expected, indent == 5 ? 5 : 0));
         }
     }
-}
-
-TEST_F(DumpTest, TellsADocumentThatIsTooLongFromOneThatCannotBeRead) {
-    std::string row = "1";
-    for (int i = 0; i < 180000; ++i) {
-        row += ",1";
-    }
-    std::string devices;
-    for (int i = 0; i < 100; ++i) {
-        devices += "<device_id id='d" + std::to_string(i) + "' endpoint_port='usb'/>";
-    }
-    const TempFile file(document("<tuning name='t'> " + devices + mixMatrix(row) + "</tuning>"));
-    mArray.loadSpatializerXMLFile(file.path());
-    std::string out;
-    mArray.dump(out, 0);
-    EXPECT_NE(out.find("document: " + file.path() + ", too long (2)\n"), std::string::npos);
 }
 
 std::promise<void>& holderIsIn() {

@@ -60,6 +60,19 @@ class Pipe {
     std::string mPath;
 };
 
+/** A document of so many bytes, most of them in elements that mean nothing. */
+std::string padded(size_t size) {
+    const std::string begin = "<d>" + kProfile;
+    const std::string end = kTuning + "</d>";
+    const std::string unknown = "<unknown a='" + std::string(1000, 'x') + "'/>\n";
+    std::string text = begin;
+    while (text.size() + unknown.size() + end.size() <= size) {
+        text += unknown;
+    }
+    text.append(size - text.size() - end.size(), '\n');
+    return text + end;
+}
+
 class HostileTest : public StoreTest {
   protected:
     /** Profiles and tunings that are there, or "refused" when nothing changed. */
@@ -130,20 +143,24 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
              "<!DOCTYPE d [<!ENTITY e '" + std::string(4 << 20, '1') + "'>]><d>\n<profile id='1' " +
                      numbered("a", "='&e;' ", 5000) + ">\n<drc-metadata " +
                      numbered("a", "='&e;' ", 5000) + "/>\n</profile>\n</d>",
-             "1 0"},
+             "refused"},
             {"one long text under many prefixes",
              "<!DOCTYPE d [<!ENTITY e '" + std::string(4 << 20, '1') +
                      "'>]><d>\n<tuning name='t'>\n" + "<data>\n<virtual-bass-subgains" + prefixed +
                      "/>\n<audio-optimizer-bands>\n<b" + prefixed +
                      "/>\n</audio-optimizer-bands></data>\n</tuning>\n</d>",
-             "0 0"},
+             "refused"},
             {"an attribute of 16 MiB",
              "<d>" + kProfile + "<a b='" + std::string(16 << 20, '1') + "'/></d>", "refused"},
-            {"64 MiB of elements",
-             "<d>" + kProfile +
-                     repeat("<unknown a='" + std::string(1000, 'x') + "'/>\n", (64 << 20) / 1018) +
-                     kTuning + "</d>",
+            {"16 MiB of elements", padded(size_t{16} << 20), "1 1"},
+            {"a byte more", padded((size_t{16} << 20) + 1), "refused"},
+            {"a text of ten million bytes",
+             "<d>" + kProfile + "<a>" + std::string(10000000, 'x') + "</a>" + kTuning + "</d>",
              "1 1"},
+            {"a byte more in pieces",
+             "<d>" + kProfile + "<a>" + std::string(5000000, 'x') + "&amp;" +
+                     std::string(5000000, 'x') + "</a>" + kTuning + "</d>",
+             "refused"},
             {"a hundred thousand names", "<d>" + numbered("<n", "/>\n", 100000) + kProfile + "</d>",
              "1 0"},
             {"a thousand profiles of one id",

@@ -36,11 +36,6 @@ const ValueSetter* setterOf(const std::string& name) {
     return found == settersByName().end() ? nullptr : found->second;
 }
 
-ReadElement* elementOf(const xmlNode* node) {
-    const bool isElement = node != nullptr && node->type == XML_ELEMENT_NODE;
-    return isElement ? static_cast<ReadElement*>(node->_private) : nullptr;
-}
-
 ReadAs kindOf(std::string_view name) {
     static constexpr std::pair<std::string_view, ReadAs> kKinds[] = {
             {"format_version", ReadAs::VERSION}, {"tool_version", ReadAs::VERSION},
@@ -67,8 +62,8 @@ class FirstError {
     FirstError& operator=(const FirstError&) = delete;
     ~FirstError() { xmlSetStructuredErrorFunc(mContext, mHandler); }
 
-    /** ":LINE: what", or just ": " and what is not in libxml2's words. */
-    std::string text() const { return mText.empty() ? ": the reader refuses it" : mText; }
+    /** ":LINE: what"; empty if there was no error. */
+    const std::string& text() const { return mText; }
 
   private:
     static void keep(void* self, XmlError* error) {
@@ -84,6 +79,37 @@ class FirstError {
     void* mContext;
 };
 
+struct DocumentDeleter {
+    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+
+/** Where the elements of a document stand: by number the line, and the number of the parent. */
+struct Outline {
+    std::vector<long> lines;
+    std::vector<size_t> parents;
+};
+
+Outline outlineOf(const std::string& text) {
+    Outline outline;
+    const std::unique_ptr<xmlDoc, DocumentDeleter> document(
+            xmlReadMemory(text.data(), static_cast<int>(text.size()), "noname.xml", nullptr,
+                          XML_PARSE_BIG_LINES));
+    xmlNode* const root = document == nullptr ? nullptr : xmlDocGetRootElement(document.get());
+    std::unordered_map<const xmlNode*, size_t> numbers;
+    forEachElement(root, [&](const xmlNode* node) {
+        const auto parent = numbers.find(node->parent);
+        outline.parents.push_back(parent == numbers.end() ? ReadElement::kNoElement
+                                                          : parent->second);
+        outline.lines.push_back(xmlGetLineNo(node));
+        numbers.emplace(node, numbers.size());
+    });
+    std::vector<long> lines = startTagLines(text);
+    if (lines.size() == outline.lines.size()) {
+        outline.lines = std::move(lines);
+    }
+    return outline;
+}
+
 }  // namespace
 
 /**
@@ -92,29 +118,26 @@ class FirstError {
  */
 class ReadTrace::Walker : public TagIterator {
   public:
-    explicit Walker(std::vector<long> lines)
-        : TagIterator(XML_PARSE_BIG_LINES), mLines(std::move(lines)) {}
-
-    int init(const std::string& source, bool fromMemory) override {
-        const int status = TagIterator::init(source, fromMemory);
-        if (status == 0 && getCurrentNode() != nullptr) {
-            number(getCurrentNode()->parent);
+    explicit Walker(const Outline& outline) : mParents(outline.parents) {
+        for (const long line : outline.lines) {
+            ReadElement& element = mElements.emplace_back();
+            element.index = mElements.size() - 1;
+            element.line = line;
         }
-        return status;
     }
 
     void childrenNext() override {
-        const xmlNode* const before = getCurrentNode();
+        ReadElement* const before = currentElement();
         TagIterator::childrenNext();
-        if (ReadElement* const element = elementOf(before); element != nullptr) {
-            const bool stays = getCurrentNode() == before;
-            (stays ? element->isStray : element->isEntered) = true;
+        if (before != nullptr) {
+            const bool stays = currentElement() == before;
+            (stays ? before->isStray : before->isEntered) = true;
         }
     }
 
     void pushNode() override {
         TagIterator::pushNode();
-        const ReadElement* const element = elementOf(getCurrentNode());
+        const ReadElement* const element = currentElement();
         if (element != nullptr && element == mReading) {
             mFrames.push_back({element, element->section, element->setter, false});
         } else {
@@ -130,28 +153,28 @@ class ReadTrace::Walker : public TagIterator {
         }
     }
 
-    std::string getNodeName() override {
-        std::string name = TagIterator::getNodeName();
-        if (ReadElement* const element = elementOf(getCurrentNode()); element != nullptr) {
+    /** The reader looks at the name of every node that it finds valid. */
+    bool isCurValid() override {
+        if (ReadElement* const element = currentElement(); element != nullptr) {
             element->isNamed = true;
             mLine = element->line;
-            noteParameter(*element, name);
+            noteParameter(*element, TagIterator::getNodeName());
         }
-        return name;
+        return TagIterator::isCurValid();
     }
 
     void parseNodeWithName(const std::vector<std::string>& names,
                            std::vector<std::string>& out) override {
         TagIterator::parseNodeWithName(names, out);
-        if (ReadElement* const element = elementOf(getCurrentNode()); element != nullptr) {
+        if (ReadElement* const element = currentElement(); element != nullptr) {
             noteAttributes(*element, names);
             noteReading(*element, names, out);
         }
     }
 
     std::vector<std::string> getAttrsName() override {
-        if (ReadElement* const element = elementOf(getCurrentNode()); element != nullptr) {
-            element->as = kindOf(toText(getCurrentNode()->name));
+        if (ReadElement* const element = currentElement(); element != nullptr) {
+            element->as = kindOf(readName());
             element->attributes = &*mAsked.emplace().first;
         }
         return TagIterator::getAttrsName();
@@ -159,7 +182,7 @@ class ReadTrace::Walker : public TagIterator {
 
     void parseNodeIntVector(std::vector<int>& out) override {
         TagIterator::parseNodeIntVector(out);
-        if (ReadElement* const element = elementOf(getCurrentNode()); element != nullptr) {
+        if (ReadElement* const element = currentElement(); element != nullptr) {
             element->isReadWhole = true;
         }
     }
@@ -183,20 +206,13 @@ class ReadTrace::Walker : public TagIterator {
         bool isSection;
     };
 
-    /** Gives every element its record, in document order. */
-    void number(xmlNode* root) {
-        forEachElement(root, [this](xmlNode* node) {
-            ReadElement& element = mElements.emplace_back();
-            element.index = mElements.size() - 1;
-            node->_private = &element;
-        });
-        const bool isCounted = mLines.size() == mElements.size();
-        auto element = mElements.begin();
-        forEachElement(root, [this, isCounted, &element](const xmlNode* node) {
-            element->line = isCounted ? mLines[element->index] : xmlGetLineNo(node);
-            ++element;
-        });
-        mLines = {};
+    ReadElement* currentElement() {
+        const size_t number = getElementsBefore();
+        return isElementNode() && number < mElements.size() ? &mElements[number] : nullptr;
+    }
+
+    size_t parentOf(size_t element) const {
+        return element < mParents.size() ? mParents[element] : ReadElement::kNoElement;
     }
 
     size_t frameSection() const {
@@ -225,10 +241,9 @@ class ReadTrace::Walker : public TagIterator {
         element.section = mFrames.back().section;
         ReadSection& section = mSections[element.section];
         noteGiver(section, *setter, element);
-        const xmlNode* const parent = getCurrentNode()->parent;
-        const xmlNode* const owner = section.as == ReadAs::TUNING ? parent->parent : parent;
-        const ReadElement* const ownElement = elementOf(owner);
-        section.strays += ownElement == nullptr || ownElement->index != section.element ? 1 : 0;
+        const size_t parent = parentOf(element.index);
+        const size_t owner = section.as == ReadAs::TUNING ? parentOf(parent) : parent;
+        section.strays += owner != section.element ? 1 : 0;
     }
 
     static void noteGiver(ReadSection& section, const ValueSetter& setter,
@@ -268,7 +283,7 @@ class ReadTrace::Walker : public TagIterator {
         if (&element == mReading) {
             return;
         }
-        const ReadAs kind = kindOf(toText(getCurrentNode()->name));
+        const ReadAs kind = kindOf(readName());
         switch (kind) {
             case ReadAs::PRESET:
                 notePreset(element, texts);
@@ -301,8 +316,9 @@ class ReadTrace::Walker : public TagIterator {
         ReadSection& section = mSections[frame.section];
         if (section.as == ReadAs::PRESET &&
             section.givers.count(frame.setter->getParams().front()) == 0) {
-            const ReadElement* const bands = elementOf(getCurrentNode()->parent);
-            noteGiver(section, *frame.setter, bands == nullptr ? element : *bands);
+            const size_t bands = parentOf(element.index);
+            noteGiver(section, *frame.setter,
+                      bands == ReadElement::kNoElement ? element : mElements[bands]);
         }
     }
 
@@ -351,7 +367,7 @@ class ReadTrace::Walker : public TagIterator {
         return false;
     }
 
-    std::vector<long> mLines;
+    const std::vector<size_t> mParents;
     std::vector<Frame> mFrames;
     /** The element that a setter is reading, until it goes into it. */
     const ReadElement* mReading = nullptr;
@@ -383,11 +399,12 @@ ReadTrace::ReadTrace(const std::string& path) : ReadTrace(path, readDocument(pat
 
 ReadTrace::ReadTrace(const std::string& path, const std::string& text) {
     const FirstError error;
-    auto walker = std::make_unique<Walker>(startTagLines(text));
+    auto walker = std::make_unique<Walker>(outlineOf(text));
     mWalker = walker.get();
     mParser = std::make_unique<TuningFileParser>(std::move(walker));
     if (mParser->setTuningFile(text, true) != 0) {
-        throw RefusedDocument(path + error.text(), mWalker->getLine());
+        const std::string reason = error.text().empty() ? ": " + mParser->getError() : error.text();
+        throw RefusedDocument(path + reason, mWalker->getLine());
     }
     matchObjects();
 }

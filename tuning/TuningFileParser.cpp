@@ -29,15 +29,6 @@ bool isBelow(const std::string& version, std::string_view prefix) {
     return version.compare(0, prefix.size(), prefix) < 0;
 }
 
-/** Reads attributes of the current node by name; those that are not there are empty. */
-std::vector<std::string> readAttributes(TagIterator& iterator,
-                                        const std::vector<std::string>& names) {
-    const std::vector<std::string_view>& read = iterator.readTexts(names);
-    std::vector<std::string> texts(read.begin(), read.end());
-    texts.resize(names.size());
-    return texts;
-}
-
 Endpoint profileEndpointFromId(const std::string& id) {
     if (id == kEndpointNames[ENDPOINT_HEADPHONE]) {
         return ENDPOINT_HEADPHONE;
@@ -56,24 +47,27 @@ Endpoint tuningEndpointFromType(const std::string& type) {
 
 SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection();
 
+TuningFileParser::TuningFileParser()
+    : TuningFileParser(std::unique_ptr<TagIterator>(new TagIterator(mBudget))) {}
+
 TuningFileParser::TuningFileParser(std::unique_ptr<TagIterator> iterator)
-    : mOwnIterator(std::move(iterator)), mIterator(*mOwnIterator) {}
+    : mOwnIterator(std::move(iterator)), mIterator(*mOwnIterator) {
+    mIterator.mBudget = &mBudget;
+}
 
 int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
+    mBudget = {};
     if (mIterator.init(path, fromMemory) != 0) {
+        mError = mIterator.getError();
         return -EINVAL;
     }
+    const Header headerBefore = mHeader;
     mDocuments.emplace_back();
-    mTuningNameBytes = 0;
-    mValueCount = 0;
     parseTuningFile();
-    if (isTooLarge()) {
-        ALOGE("Too much to read, %zu values and %zu bytes of tuning names", mValueCount,
-              mTuningNameBytes);
-    }
-    const bool complete = !mIterator.isExhausted() && !isTooLarge();
-    if (!complete) {
-        mIterator.clearAll();
+    mIterator.clearAll();
+    mError = mBudget.describe();
+    if (mBudget.isSpent()) {
+        mHeader = headerBefore;
         mDocuments.pop_back();
         return -EINVAL;
     }
@@ -82,18 +76,26 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     return 0;
 }
 
+std::vector<std::string> TuningFileParser::readAttributes(const std::vector<std::string>& names) {
+    std::vector<std::string> texts;
+    mIterator.parseNodeWithName(names, texts);
+    texts.resize(names.size());
+    return texts;
+}
+
 void TuningFileParser::parseTuningFile() {
     // Two passes, so that versions and settings are known before anything depends on them.
     mIterator.pushNode();
     for (; mIterator.isCurValid(); mIterator.next()) {
         const std::string_view name = mIterator.readName();
         if (name == "tool_version") {
-            mToolVersion = parseVersion();
+            mHeader.toolVersion = parseVersion();
         } else if (name == "authorized_technologies") {
             parseAuthorizedTechnologies();
         } else if (name == "format_version") {
-            mFormatVersion = parseVersion();
-            ALOGD("xml version: %s", mFormatVersion.c_str());
+            mHeader.formatVersion = parseVersion();
+            ALOGD("xml version: %s", mHeader.formatVersion.c_str());
+            mBudget.chargeMessage(mHeader.formatVersion.size());
         }
     }
     mIterator.popNode();
@@ -110,13 +112,13 @@ void TuningFileParser::parseTuningFile() {
 }
 
 std::string TuningFileParser::parseVersion() {
-    const auto parts = readAttributes(mIterator, {"major", "minor", "maintenance"});
+    const auto parts = readAttributes({"major", "minor", "maintenance"});
     return parts[0] + "." + parts[1] + "." + parts[2];
 }
 
 void TuningFileParser::parseAuthorizedTechnologies() {
-    if (hasPrefix(mFormatVersion, "3.2.")) {
-        mVirtualBassProcess = 2;
+    if (hasPrefix(mHeader.formatVersion, "3.2.")) {
+        mHeader.virtualBassProcess = 2;
         return;
     }
     mIterator.pushNode();
@@ -133,24 +135,27 @@ void TuningFileParser::parseGlobalSetting() {
     constexpr char kCaller[] = "parseAuthorizedTechnologies";
     for (const std::string& name : mIterator.getAttrsName()) {
         if (name == "device_name") {
-            mDeviceName = mIterator.readText(name.c_str());
-            ALOGD("%s, mDeviceName = %s", kCaller, mDeviceName.c_str());
+            mHeader.deviceName = readAttribute(name);
+            ALOGD("%s, mDeviceName = %s", kCaller, mHeader.deviceName.c_str());
+            mBudget.chargeMessage(mHeader.deviceName.size());
         } else if (name == "device_index") {
-            mDeviceIndex = string2Int(mIterator.readText(name.c_str()));
-            ALOGD("%s, mDeviceIndex = %d", kCaller, mDeviceIndex);
+            mHeader.deviceIndex = string2Int(readAttribute(name));
+            ALOGD("%s, mDeviceIndex = %d", kCaller, mHeader.deviceIndex);
+            mBudget.chargeMessage(0);
         } else if (name == "tuning_version") {
-            mTuningVersion = string2Int(mIterator.readText(name.c_str()));
-            ALOGD("%s, mTuningVersion = %d", kCaller, mTuningVersion);
+            mHeader.tuningVersion = string2Int(readAttribute(name));
+            ALOGD("%s, mTuningVersion = %d", kCaller, mHeader.tuningVersion);
+            mBudget.chargeMessage(0);
         } else if (name == "virtual_bass_process") {
-            mVirtualBassProcess = string2Int(mIterator.readText(name.c_str()));
+            mHeader.virtualBassProcess = string2Int(readAttribute(name));
         } else if (name == "altivo_game_system_gain") {
-            mGameSystemGain = string2Int(mIterator.readText(name.c_str()));
+            mHeader.gameSystemGain = string2Int(readAttribute(name));
         }
     }
 }
 
 bool TuningFileParser::presetsAreNamed() const {
-    return hasPrefix(mFormatVersion, "3.2.") || hasPrefix(mFormatVersion, "3.3.0");
+    return hasPrefix(mHeader.formatVersion, "3.2.") || hasPrefix(mHeader.formatVersion, "3.3.0");
 }
 
 int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
@@ -160,21 +165,25 @@ int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
         }
     }
     ALOGE("name is invalid, %d", 313);
+    mBudget.chargeMessage(0);
     return 0;
 }
 
 void TuningFileParser::parsePreset() {
-    const auto attributes = readAttributes(mIterator, {"id", "name", "type"});
+    const auto attributes = readAttributes({"id", "name", "type"});
     const std::string& id = attributes[0];
     const std::string& type = attributes[2];
     Objects& objects = mDocuments.back();
     if (type == "ieq") {
         const int presetId = presetsAreNamed() ? getIeqPresetIdByName(id) : string2Int(id);
         IeqPreset preset(presetId, presetsAreNamed() ? kIeqPresetNames[presetId] : attributes[1]);
+        mBudget.chargeObject();
+        mBudget.chargeKeptText(attributes[1].size());
         readParameter("ieq", preset);
         objects.ieqPresets.push_back(std::move(preset));
     } else if (type == "geq") {
         GeqPreset preset(string2Int(id));
+        mBudget.chargeObject();
         readParameter("geq", preset);
         objects.geqPresets.push_back(std::move(preset));
     }
@@ -189,31 +198,35 @@ bool TuningFileParser::readParameter(std::string_view name, ParameterValues& val
     if (setter == nullptr) {
         return false;
     }
-    if (!isTooLarge()) {
-        const size_t before = values.getSetCount();
-        setter->set(values, mIterator);
-        mValueCount += values.getSetCount() - before;
-    }
+    const size_t before = values.getSetCount();
+    setter->set(values, mIterator);
+    mBudget.chargeEntries(setter->getParams().size());
+    mBudget.chargeNumbers(values.getSetCount() - before);
     return true;
 }
 
-bool TuningFileParser::isTooLarge() const {
-    return mTuningNameBytes > kMaxTuningNameBytes || mValueCount > kMaxValues;
+void TuningFileParser::setParameter(Parameter param, int value, ParameterValues& values) {
+    values.set(param, {value});
+    mBudget.chargeEntries(1);
+    mBudget.chargeNumbers(1);
 }
 
 void TuningFileParser::parseProfile() {
-    ++mProfileCount;
-    const bool isFormat32 = hasPrefix(mFormatVersion, "3.2.");
+    ++mHeader.profileCount;
+    const bool isFormat32 = hasPrefix(mHeader.formatVersion, "3.2.");
     const int defaultIeqPresetId = isFormat32 ? parseProfileInclude() : 0;
 
     mIterator.pushNode();
-    const auto attributes = readAttributes(mIterator, {"id", "name", "group"});
+    const auto attributes = readAttributes({"id", "name", "group"});
     const int id = string2Int(attributes[0]);
     const std::string& name = attributes[1];
     const bool mobility = !isFormat32 && attributes[2] == "mobility";
     mIterator.childrenNext();
-    mProfileNames[id] = name;
+    mHeader.profileNames[id] = name;
     Profile profile(id, name, mobility);
+    mBudget.chargeEntries(1);
+    mBudget.chargeObject();
+    mBudget.chargeKeptText(2 * name.size());
 
     // The two IEQ settings are the endpoints', and reach those that come after them.
     int ieqEnable = 0;
@@ -231,24 +244,25 @@ void TuningFileParser::parseProfile() {
     mIterator.popNode();
 
     if (isFormat32) {
-        profile.set(REVERB_SUPPRESSION_ENABLE, {0});
-        profile.set(REVERB_SUPPRESSION_AMOUNT, {0});
+        setParameter(REVERB_SUPPRESSION_ENABLE, 0, profile);
+        setParameter(REVERB_SUPPRESSION_AMOUNT, 0, profile);
     }
-    if (isBelow(mFormatVersion, "3.4.")) {
-        profile.set(HEADPHONE_VIRTUALIZER_MODE, {1});
+    if (isBelow(mHeader.formatVersion, "3.4.")) {
+        setParameter(HEADPHONE_VIRTUALIZER_MODE, 1, profile);
     }
     mDocuments.back().profiles.push_back(std::move(profile));
 }
 
 int TuningFileParser::parseProfileInclude() {
     ALOGD("%s(): parse the ieq preset", "parseProfile");
+    mBudget.chargeMessage(0);
     mIterator.pushNode();
     mIterator.childrenNext();
     mIterator.next();
     mIterator.next();
     std::string presetName;
-    if (mIterator.readName() == "include") {
-        presetName = mIterator.readText("preset");
+    if (mIterator.isCurValid() && mIterator.readName() == "include") {
+        presetName = readAttribute("preset");
     }
     mIterator.popNode();
     return getIeqPresetIdByName(presetName);
@@ -257,13 +271,15 @@ int TuningFileParser::parseProfileInclude() {
 void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ieqAmount,
                                             int defaultIeqPresetId) {
     mIterator.pushNode();
-    const std::string id(mIterator.readText("id"));
+    const std::string id = readAttribute("id");
     int ieqPresetId = defaultIeqPresetId;
-    if (!hasPrefix(mFormatVersion, "3.2.")) {
+    if (!hasPrefix(mHeader.formatVersion, "3.2.")) {
         ALOGD("%s(): %s, parse the include ieq preset", __func__, id.c_str());
+        mBudget.chargeMessage(id.size());
         ieqPresetId = parseEndpointInclude(defaultIeqPresetId);
     }
     ProfileEndpoint endpoint(profileId, profileEndpointFromId(id), ieqPresetId);
+    mBudget.chargeObject();
     mIterator.childrenNext();
     for (; mIterator.isCurValid(); mIterator.next()) {
         readParameter(mIterator.readName(), endpoint);
@@ -277,10 +293,9 @@ int TuningFileParser::parseEndpointInclude(int defaultIeqPresetId) {
     int presetId = defaultIeqPresetId;
     mIterator.pushNode();
     mIterator.childrenNext();
-    if (mIterator.readName() == "include") {
-        presetId = presetsAreNamed()
-                           ? getIeqPresetIdByName(std::string(mIterator.readText("preset")))
-                           : string2Int(mIterator.readText("ieq_preset"));
+    if (mIterator.isCurValid() && mIterator.readName() == "include") {
+        presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute("preset"))
+                                     : string2Int(readAttribute("ieq_preset"));
     }
     mIterator.popNode();
     return presetId;
@@ -288,36 +303,44 @@ int TuningFileParser::parseEndpointInclude(int defaultIeqPresetId) {
 
 void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, int ieqEnable,
                                                int ieqAmount) {
+    // The lookups leave empty lists behind.
     auto& values = endpoint.getValues();
+    mBudget.chargeEntries(2);
     if (values[MI_DIALOG_ENHANCER_STEERING_ENABLE].empty()) {
         const std::vector<int>& dialogEnhancerEnable = values[DIALOG_ENHANCER_ENABLE];
         if (!dialogEnhancerEnable.empty()) {
-            endpoint.set(MI_DIALOG_ENHANCER_STEERING_ENABLE, {dialogEnhancerEnable.front()});
+            setParameter(MI_DIALOG_ENHANCER_STEERING_ENABLE, dialogEnhancerEnable.front(),
+                         endpoint);
         }
     }
-    if (hasPrefix(mFormatVersion, "3.2.")) {
-        endpoint.set(IEQ_ENABLE, {ieqEnable});
-        endpoint.set(IEQ_AMOUNT, {ieqAmount});
-        if (hasPrefix(mFormatVersion, "3.2.2")) {
-            endpoint.set(HEARING_PROTECTION_ENABLE, {0});
-            endpoint.set(VIRTUALIZER_START_BAND, {0});
+    if (hasPrefix(mHeader.formatVersion, "3.2.")) {
+        setParameter(IEQ_ENABLE, ieqEnable, endpoint);
+        setParameter(IEQ_AMOUNT, ieqAmount, endpoint);
+        if (hasPrefix(mHeader.formatVersion, "3.2.2")) {
+            setParameter(HEARING_PROTECTION_ENABLE, 0, endpoint);
+            setParameter(VIRTUALIZER_START_BAND, 0, endpoint);
         }
-        endpoint.set(HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE, {4});
+        setParameter(HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE, 4, endpoint);
     }
-    endpoint.set(VIRTUAL_BASS_TYPE, {mVirtualBassProcess});
+    setParameter(VIRTUAL_BASS_TYPE, mHeader.virtualBassProcess, endpoint);
 }
 
 void TuningFileParser::parseTuning() {
     mIterator.pushNode();
     const auto attributes = readAttributes(
-            mIterator, {"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
+            {"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
     const std::string& name = attributes[0];
     Tuning tuning(name, tuningEndpointFromType(attributes[1]), attributes[2] == "true");
-    tuning.set(ORIENTATION, {string2Int(attributes[3])});
-    tuning.set(OUTPUT_CHANNELS, {string2Int(attributes[4])});
+    mBudget.chargeObject();
+    mBudget.chargeKeptText(name.size());
+    setParameter(ORIENTATION, string2Int(attributes[3]), tuning);
+    setParameter(OUTPUT_CHANNELS, string2Int(attributes[4]), tuning);
 
     mIterator.childrenNext();
     parseDeviceTunings(name);
+    if (mBudget.isSpent()) {
+        return;
+    }
     if (!mIterator.isCurValid()) {
         // The position is not restored: a tuning without data ends the walk over the document.
         ALOGE("There is no <data> in Tuning section");
@@ -331,11 +354,11 @@ void TuningFileParser::parseTuning() {
     }
     mIterator.popNode();
 
-    if (hasPrefix(mFormatVersion, "3.2.2")) {
-        tuning.set(BASS_MBDRC_ENABLE, {0});
+    if (hasPrefix(mHeader.formatVersion, "3.2.2")) {
+        setParameter(BASS_MBDRC_ENABLE, 0, tuning);
     }
-    if (isBelow(mFormatVersion, "3.4.")) {
-        tuning.set(SPEAKER_VIRTUALIZER_MODE, {1});
+    if (isBelow(mHeader.formatVersion, "3.4.")) {
+        setParameter(SPEAKER_VIRTUALIZER_MODE, 1, tuning);
     }
     mDocuments.back().tunings.push_back(std::move(tuning));
 }
@@ -353,12 +376,12 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
 }
 
 void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
-    mTuningNameBytes += tuningName.size();
-    if (isTooLarge()) {
-        return;
+    const auto attributes = readAttributes({"id", "endpoint_port"});
+    mBudget.chargeObject();
+    mBudget.chargeKeptText(attributes[0].size() + attributes[1].size() + tuningName.size());
+    if (!mBudget.isSpent()) {
+        mDocuments.back().deviceTunings.emplace_back(attributes[0], attributes[1], tuningName);
     }
-    const auto attributes = readAttributes(mIterator, {"id", "endpoint_port"});
-    mDocuments.back().deviceTunings.emplace_back(attributes[0], attributes[1], tuningName);
 }
 
 template <typename Object>
@@ -374,18 +397,18 @@ std::set<Object*> TuningFileParser::pointersTo(std::vector<Object> Objects::*kin
 
 void TuningFileParser::fillDeviceData() {
     mDeviceData = std::make_unique<DeviceData>();
-    mDeviceData->setFormatVersion(mFormatVersion);
-    mDeviceData->setToolVersion(mToolVersion);
-    mDeviceData->setDeviceName(mDeviceName);
-    mDeviceData->setDeviceIndex(mDeviceIndex);
-    mDeviceData->setTuningVersion(mTuningVersion);
+    mDeviceData->setFormatVersion(mHeader.formatVersion);
+    mDeviceData->setToolVersion(mHeader.toolVersion);
+    mDeviceData->setDeviceName(mHeader.deviceName);
+    mDeviceData->setDeviceIndex(mHeader.deviceIndex);
+    mDeviceData->setTuningVersion(mHeader.tuningVersion);
     mDeviceData->setIeqPresets(pointersTo(&Objects::ieqPresets));
     mDeviceData->setGeqPresets(pointersTo(&Objects::geqPresets));
     mDeviceData->setProfiles(pointersTo(&Objects::profiles));
     mDeviceData->setProfileEndPoints(pointersTo(&Objects::profileEndpoints));
     mDeviceData->setTunings(pointersTo(&Objects::tunings));
     mDeviceData->setDeviceTunings(pointersTo(&Objects::deviceTunings));
-    mDeviceData->setAltivoGameSystemGain(mGameSystemGain);
+    mDeviceData->setAltivoGameSystemGain(mHeader.gameSystemGain);
 }
 
 }  // namespace ormel

@@ -29,6 +29,28 @@ class ScopedPosition {
     TagIterator& mIterator;
 };
 
+/** The texts of the attributes of these names, one each; none at a node that is no element. */
+const std::vector<std::string>& readTexts(TagIterator& iterator,
+                                          const std::vector<std::string>& names) {
+    std::vector<std::string>& texts = iterator.getTextBuffer();
+    texts.clear();
+    iterator.parseNodeWithName(names, texts);
+    if (!texts.empty()) {
+        texts.resize(names.size());
+    }
+    return texts;
+}
+
+/** Appends the row of integers in the first attribute, whatever its name. */
+void appendRow(TagIterator& iterator, std::vector<int>& row) {
+    std::vector<std::string>& texts = iterator.getTextBuffer();
+    texts.clear();
+    iterator.parseNodeAll(texts);
+    if (!texts.empty()) {
+        string2IntVector(texts.front(), row);
+    }
+}
+
 template <typename Names>
 std::vector<std::string> toStrings(const Names& names) {
     return {names.begin(), names.end()};
@@ -52,13 +74,17 @@ void setAll(ParameterValues& values, const std::vector<Parameter>& params,
 }  // namespace
 
 int NodeParseUtils::parseValue(TagIterator& iterator) {
-    const std::string_view text = iterator.readText("value");
-    return text == kTrue ? 1 : string2Int(text);
+    static const auto& kNames = *new std::vector<std::string>{"value"};
+    const std::vector<std::string>& texts = readTexts(iterator, kNames);
+    if (texts.empty()) {
+        return 0;
+    }
+    return texts.front() == kTrue ? 1 : string2Int(texts.front());
 }
 
 std::vector<int> NodeParseUtils::parseDataRow(TagIterator& iterator) {
     std::vector<int> row;
-    string2IntVector(iterator.readFirstText(), row);
+    appendRow(iterator, row);
     return row;
 }
 
@@ -71,7 +97,7 @@ std::vector<int> NodeParseUtils::parseMixMatrix(TagIterator& iterator) {
     }
     iterator.childrenNext();
     for (; iterator.isCurValid(); iterator.next()) {
-        string2IntVector(iterator.readFirstText(), matrix);
+        appendRow(iterator, matrix);
     }
     return matrix;
 }
@@ -126,7 +152,7 @@ VirtualBassValueSetter::VirtualBassValueSetter(std::string nodeName, std::vector
     : NamedAttributesValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
 
 void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
-    const std::vector<std::string_view>& texts = iterator.readTexts(mAttrNames);
+    const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
     for (size_t i = 0; i < texts.size(); ++i) {
         values.set(mParams[i], {string2Int(texts[i])});
     }
@@ -151,11 +177,11 @@ void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator)
             if (!iterator.isElementNode()) {
                 continue;
             }
-            if (!mBandName.empty() && iterator.readName() != mBandName) {
+            if (!mBandName.empty() && iterator.getNodeName() != mBandName) {
                 ALOGI("No attribute %s was found!", mBandName.c_str());
                 break;
             }
-            const std::vector<std::string_view>& texts = iterator.readTexts(mAttrNames);
+            const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
             for (size_t i = 0; i < texts.size(); ++i) {
                 isOpen[i] = isOpen[i] && appendIntegers(texts[i], columns[i]);
             }
@@ -177,7 +203,7 @@ void BandColumnsValueSetter::set(ParameterValues& values, TagIterator& iterator)
         const ScopedPosition position(iterator);
         iterator.childrenNext();
         for (; iterator.isCurValid(); iterator.next()) {
-            const std::vector<std::string_view>& texts = iterator.readTexts(mAttrNames);
+            const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
             for (size_t i = 0; i < texts.size(); ++i) {
                 columns[i].push_back(readColumn(i, texts[i]));
             }

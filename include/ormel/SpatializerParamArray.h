@@ -1,6 +1,7 @@
 // The process-wide store of all parameter lists.
 #pragma once
 
+#include <ormel/DocumentBudget.h>
 #include <ormel/Parameter.h>
 #include <utils/KeyedVector.h>
 #include <utils/Mutex.h>
@@ -144,8 +145,9 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /**
      * Adds a tuning document to the store.
      *
-     * A document that cannot be read, or whose lists would take more than 64 MiB, leaves everything
-     * as it was and says "Spatializer Tuning XML parses error!" (error). Of profiles with one id
+     * A document that cannot be read, or that exceeds a bound of DocumentBudget, leaves everything
+     * as it was and says "Spatializer Tuning XML parses error!" (error); getLoadError() tells why.
+     * Of profiles with one id
      * the first list stands, of tuning devices with one name the last; all of them count. A tuning
      * device whose tuning the document lacks is passed over with a warning. A supported port whose
      * selected tuning device is not available keeps it, with "loadSpatializerXMLFile() default
@@ -154,6 +156,21 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
      * @param path path of the document
      */
     void loadSpatializerXMLFile(const std::string& path);
+
+    /** What became of a document. */
+    enum class LoadOutcome : int32_t { LOADED, NOT_READ, OVER_BOUND };
+
+    /** What became of the document that was loaded last. */
+    LoadOutcome getLoadOutcome();
+
+    /**
+     * Why the document that was loaded last was refused: the line and libxml2's words, the system's
+     * words for a file that cannot be read, or which bound it exceeds. Empty if it was loaded.
+     */
+    std::string getLoadError();
+
+    /** What the document that was loaded last has cost. */
+    DocumentBudget getLoadBudget();
 
     /** The profile last applied; movie at first. */
     OrmSpatializerProfileId getCurrentProfile();
@@ -195,9 +212,7 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     friend class DocumentLoad;
     friend class StoreDump;
 
-    /** What became of a document. */
-    enum class LoadOutcome : int32_t { LOADED, NOT_READ, TOO_LONG };
-
+    void refuseDocument(const std::string& reason);
     void registerBuiltInLists();
     /** The names of a port's tuning devices in ascending order. */
     std::vector<std::string> devicesOf(int port) const;
@@ -220,6 +235,8 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /** The document that was loaded last, and its outcome. */
     std::string mLoadPath;
     LoadOutcome mLoadOutcome = LoadOutcome::NOT_READ;
+    std::string mLoadError;
+    DocumentBudget mLoadBudget;
 };
 
 /** The ports that a tuning device can be selected for, in ascending order. */

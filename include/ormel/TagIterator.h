@@ -1,18 +1,12 @@
 // A cursor over an XML document, and the reading of numbers from its text.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
-
-// libxml2's own names.
-struct _xmlDoc;   // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
-struct _xmlNode;  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 /**
  * Reads one decimal integer from the start of @p text as formatted stream extraction in the classic
@@ -31,15 +25,18 @@ void string2IntVector(std::string_view text, std::vector<int>& out);
 
 namespace ormel {
 
+class Document;
+class DocumentBudget;
+
 /**
  * Loads one XML document and moves a cursor over its nodes.
  *
  * Text and comment nodes count like elements. An indented document has whitespace text before the
- * first child element of every element, and the cursor relies on it: see childrenNext().
+ * first child element of every element, and the cursor relies on it: see childrenNext(). A
+ * reference to an entity is a node named after the entity, without children; in an attribute it
+ * stands for the entity's text.
  *
- * The operations are virtual so that another walker can stand in for this one. One that moves
- * without these operations must see to it itself that its walk ends, since isExhausted() knows of
- * the steps that are made here.
+ * The operations are virtual so that another walker can stand in for this one.
  *
  * An iterator belongs to one thread at a time; since the count of live iterators is a plain
  * integer, all iterators of a process must be made and destroyed under one lock. The last one to go
@@ -57,11 +54,16 @@ class TagIterator {
      * Loads a document in place of an earlier one and puts the cursor on the first child node of
      * its root. A failure leaves no document, but for an empty source, which changes nothing.
      *
-     * @param source     path of the document, or the document's text when @p fromMemory
+     * No other file is opened. The document may have at most 16 MiB. Where it declares entities,
+     * the text and nodes that they come to are bounded by its size: see DocumentBudget.
+     *
+     * @param source     path of the document, a regular file, or the document's text when
+     *                   @p fromMemory
      * @param fromMemory says which
      * @return 0;
      *         -22 with "Invalide xml file path/data, 52" when the source is empty,
-     *         -22 with "fail to call xmlReadFile,  63" when it cannot be read or is malformed;
+     *         -22 with "fail to call xmlReadFile,  63" when it cannot be read, is malformed or
+     *         exceeds a bound;
      *         -19 with "fail to call xmlDocGetRootElement, 69" when it has no root
      */
     virtual int init(const std::string& source, bool fromMemory);
@@ -71,11 +73,7 @@ class TagIterator {
 
     /**
      * Moves to the current node's second child node: with indentation, its first child element.
-     * With one child only, moves off the end.
-     *
-     * Without children, stays. What follows then reads on from the element itself through its
-     * siblings, so a document of many such elements would be walked over and over. The steps that
-     * are made from there, until popNode() leads back out, are counted; see isExhausted().
+     * With one child only, moves off the end. Without children, stays.
      */
     virtual void childrenNext();
 
@@ -111,7 +109,8 @@ class TagIterator {
     /**
      * Reads attributes of the current element by name. @p out gets as many entries as there are
      * names, each the text of the attribute of that name, or what stood there when the element
-     * lacks it. Without names, every attribute's text is appended in document order.
+     * lacks it. Without names, every attribute's text is appended in document order. Attributes of
+     * one local name in several namespaces all have the text of the first.
      *
      * Any other node leaves @p out as it is; off the end says
      * "Invalid node when parsing String vector.".
@@ -120,80 +119,56 @@ class TagIterator {
                                    std::vector<std::string>& out);
 
     /**
-     * An iterator of this very class. It says and gives the same as any other, but what is read by
-     * the operations below is no copy, since nobody overrides what they stand for.
+     * The name that this class's getNodeName() gives, without a copy. Stands as long as the
+     * document.
      */
-    static std::unique_ptr<TagIterator> createInPlace();
-
-    // What parser and setters read with. An iterator that is derived from is asked through the
-    // operations above, which must not call these. The texts stand until the next call of the kind,
-    // name or text, and no longer than the document.
-
-    /** The current node's name, as getNodeName() gives it. */
     std::string_view readName();
-
-    /** The text that parseNodeWithName() finds for @p name at the current node; empty without one.
-     */
-    std::string_view readText(const char* name);
-
-    /** The first of the texts that parseNodeAll() finds at the current node; empty without one. */
-    std::string_view readFirstText();
-
-    /**
-     * The texts that parseNodeWithName() finds for @p names, which must differ: one for each, or
-     * none for a node that is no element.
-     */
-    const std::vector<std::string_view>& readTexts(const std::vector<std::string>& names);
 
     /** Frees the document. The remembered positions stay on the stack, all of them off the end. */
     void clearAll();
 
-    /**
-     * Whether the walk was given up after kMaxStraySteps steps from elements without children, with
-     * "Too many steps from elements without children, 100000". The cursor stays off the end then,
-     * and what was read is incomplete.
+    /** Why init() failed last: the line and the parser's words, or what else; empty if it did not.
      */
-    bool isExhausted() const { return mStraySteps >= kMaxStraySteps; }
+    const std::string& getError() const { return mError; }
 
-    /** Far more than a document takes that was not made to be walked for hours. */
-    static constexpr int32_t kMaxStraySteps = 100000;
+    /**
+     * Room for the texts of one element, for readers that read many elements one by one. Its
+     * content is of no meaning between two readings.
+     */
+    std::vector<std::string>& getTextBuffer() { return mTextBuffer; }
 
-    /** Number of live iterators. */
+    /** Number of live iterators, but for those of document parsers. */
     static int32_t mInstanceCount;
 
   protected:
-    /** For a walker that parses with options of libxml2's, xmlParserOption; none by default. */
-    explicit TagIterator(int parserOptions);
-
-    /** The node under the cursor, null off the end. It is the document's, and goes with it. */
-    const _xmlNode* getCurrentNode() const { return mCurrent; }
+    /** Number of elements that begin before the current node does; 0 off the end. */
+    uint32_t getElementsBefore() const;
 
   private:
-    struct DocumentDeleter {
-        void operator()(_xmlDoc* document) const;
-    };
+    friend class TuningFileParser;
 
-    static constexpr size_t kNotStray = std::numeric_limits<size_t>::max();
+    /** An iterator that pays with @p budget for what it is asked, and is not counted. */
+    explicit TagIterator(DocumentBudget& budget);
 
-    TagIterator(int parserOptions, bool readsInPlace);
-
-    void countStep();
+    bool isOnNode() const;
+    bool isOnElement() const;
     bool isElementToRead();
-    void readTextsInPlace(const std::vector<std::string>& names);
+    void moveTo(uint32_t node);
+    void chargeSteps(size_t count);
+    void chargeText(size_t bytes);
+    void report(const char* message);
+    template <typename Visitor>
+    void forEachAttribute(Visitor visit);
 
-    std::unique_ptr<_xmlDoc, DocumentDeleter> mDocument;
-    _xmlNode* mRoot = nullptr;
-    _xmlNode* mCurrent = nullptr;
-    std::deque<_xmlNode*> mNodeStack;
-    const int mParserOptions;
-    const bool mReadsInPlace;
-    std::vector<std::string_view> mTexts;
-    // What the texts and the name that were read last refer to where that is not the document.
+    std::unique_ptr<Document> mDocument;
+    /** The node under the cursor; the root, where the cursor never is, stands for none. */
+    uint32_t mCurrent = 0;
+    std::deque<uint32_t> mNodeStack;
+    /** Null for a cursor that somebody uses alone: it may do what it likes. */
+    DocumentBudget* mBudget = nullptr;
+    const bool mIsCounted;
+    std::string mError;
     std::vector<std::string> mTextBuffer;
-    std::string mNameBuffer;
-    /** Depth of the stack where the cursor stayed on an element without children. */
-    size_t mStrayDepth = kNotStray;
-    int32_t mStraySteps = 0;
 };
 
 }  // namespace ormel

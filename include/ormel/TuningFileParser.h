@@ -2,6 +2,7 @@
 #pragma once
 
 #include <ormel/DeviceData.h>
+#include <ormel/DocumentBudget.h>
 #include <ormel/TagIterator.h>
 #include <ormel/ValueSetter.h>
 
@@ -20,17 +21,16 @@ namespace ormel {
  * Reads one tuning document into a DeviceData.
  *
  * The parser owns what it reads: the DeviceData and every object that it lists live as long as the
- * parser, and the XML tree until then or until the next document. A parser belongs to one thread,
- * and since all parsers share one setter registry that grows by every unknown element name, no two
- * documents may be read at the same time.
+ * parser. A parser belongs to one thread. Its iterator does not count as a live one, so parsers
+ * leave libxml2's global state alone.
  *
  * Unknown elements, missing attributes and unknown preset types are no errors; missing numbers read
  * as 0. Messages bear the tag "TuningFileParser".
  */
 class TuningFileParser {
   public:
-    TuningFileParser() : TuningFileParser(TagIterator::createInPlace()) {}
-    /** Reads with a walker of one's own, which meets every step of the walk. Must not be null. */
+    TuningFileParser();
+    /** Uses the caller's iterator: every step goes through its virtual functions. Not null. */
     explicit TuningFileParser(std::unique_ptr<TagIterator> iterator);
     TuningFileParser(const TuningFileParser&) = delete;
     TuningFileParser& operator=(const TuningFileParser&) = delete;
@@ -43,15 +43,17 @@ class TuningFileParser {
      * @param path       path of the document, or its text when @p fromMemory
      * @param fromMemory says which
      * @return 0;
-     *         -22 when the document cannot be loaded or its walk was given up, as the iterator has
-     *         said;
-     *         -22 with the error "Too much to read, V values and N bytes of tuning names" after
-     *         more than 16 Mi values, replaced ones included, or more than 16 MiB of tuning names
-     *         repeated in device tunings.
-     *         After -22 the device data of an earlier call stays; the parser is not meant to be
-     *         used again
+     *         -22 when the document cannot be loaded or exceeds a bound of DocumentBudget, which
+     *         getError() tells. The parser is as it was before, but for getError() and getBudget()
      */
     int setTuningFile(const std::string& path, bool fromMemory);
+
+    /** Why setTuningFile() failed last: the line and libxml2's words, or what else; empty if it did
+     * not. */
+    const std::string& getError() const { return mError; }
+
+    /** What the last document has cost so far. Its load goes on paying with it. */
+    DocumentBudget& getBudget() { return mBudget; }
 
     /** Whether a document has been read to its end. */
     bool isParsed() const { return mParsed; }
@@ -59,11 +61,11 @@ class TuningFileParser {
     /** The content of the document, owned by the parser; null before one was read. */
     DeviceData* getDeviceData() const { return mDeviceData.get(); }
 
-    /** Number of profile elements met, whatever became of them. */
-    int getNumOfProfiles() const { return mProfileCount; }
+    /** Number of `<profile>` elements, those of repeated ids included. */
+    int getNumOfProfiles() const { return mHeader.profileCount; }
 
     /** Name of the profile read last under that id; an unknown id is remembered with no name. */
-    std::string getProfileName(int profileId) { return mProfileNames[profileId]; }
+    std::string getProfileName(int profileId) { return mHeader.profileNames[profileId]; }
 
     /**
      * Number of an intelligent-equalizer preset by name; 0 with the error "name is invalid, 313"
@@ -75,6 +77,19 @@ class TuningFileParser {
     static SetterCollection* const sSetterCollection;
 
   private:
+    /** What is known of the document beside its objects. */
+    struct Header {
+        int32_t profileCount = 0;
+        std::map<int, std::string> profileNames;
+        int32_t virtualBassProcess = 1;
+        int32_t gameSystemGain = 0;
+        std::string formatVersion;
+        std::string toolVersion;
+        std::string deviceName;
+        int32_t deviceIndex = -1;
+        int32_t tuningVersion = -1;
+    };
+
     /** The objects of one document, each kind in one block and in document order. */
     struct Objects {
         std::vector<IeqPreset> ieqPresets;
@@ -100,7 +115,9 @@ class TuningFileParser {
 
     void parseDeviceTunings(const std::string& tuningName);
     bool readParameter(std::string_view name, ParameterValues& values);
-    bool isTooLarge() const;
+    void setParameter(Parameter param, int value, ParameterValues& values);
+    std::vector<std::string> readAttributes(const std::vector<std::string>& names);
+    std::string readAttribute(const std::string& name) { return readAttributes({name}).front(); }
     bool presetsAreNamed() const;
     void fillDeviceData();
     /** The objects of one kind of all documents. */
@@ -108,25 +125,12 @@ class TuningFileParser {
     std::set<Object*> pointersTo(std::vector<Object> Objects::*kind);
 
     bool mParsed = false;
-    int32_t mProfileCount = 0;
-    std::map<int, std::string> mProfileNames;
+    Header mHeader;
     std::unique_ptr<DeviceData> mDeviceData;
-    int32_t mVirtualBassProcess = 1;
-    int32_t mGameSystemGain = 0;
-    std::string mFormatVersion;
-    std::string mToolVersion;
-    std::string mDeviceName;
-    int32_t mDeviceIndex = -1;
-    int32_t mTuningVersion = -1;
-    std::unique_ptr<TagIterator> mOwnIterator;
+    DocumentBudget mBudget;
+    std::string mError;
+    const std::unique_ptr<TagIterator> mOwnIterator;
     TagIterator& mIterator;
-
-    /** Bytes of tuning names in device tunings, each of which has one of its own. */
-    size_t mTuningNameBytes = 0;
-    static constexpr size_t kMaxTuningNameBytes = size_t{16} << 20;
-    /** Values read. One row can be read many times over, see TagIterator::childrenNext(). */
-    size_t mValueCount = 0;
-    static constexpr size_t kMaxValues = size_t{16} << 20;
     /** What has been read, a document each, the last being the one that is read now. */
     std::list<Objects> mDocuments;
 };

@@ -1,0 +1,435 @@
+#include "tuning/DocumentReader.h"
+
+#include <libxml/entities.h>
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "tuning/DocumentSource.h"
+
+namespace ormel {
+
+namespace {
+
+/** What handlers of errors get: a const one from libxml2 2.12 on. */
+using XmlError = std::conditional_t<(LIBXML_VERSION >= 21200), const xmlError, xmlError>;
+
+/** The longest text that libxml2 puts together from pieces. */
+constexpr size_t kMaxTextBytes = size_t{10000000} >> ORMEL_BOUND_SHIFT;
+
+constexpr std::string_view kEscapedAmpersand = "&#38;";
+
+std::string_view toText(const xmlChar* characters) {
+    return characters == nullptr ? "" : reinterpret_cast<const char*>(characters);
+}
+
+/** Takes what libxml2 has to say while this lives, on this thread. */
+class XmlErrors {
+  public:
+    XmlErrors() : mHandler(xmlStructuredError), mContext(xmlStructuredErrorContext) {
+        xmlSetStructuredErrorFunc(this, note);
+    }
+    XmlErrors(const XmlErrors&) = delete;
+    XmlErrors& operator=(const XmlErrors&) = delete;
+    ~XmlErrors() { xmlSetStructuredErrorFunc(mContext, mHandler); }
+
+    /** Whether something was said that a sound document does not cause. */
+    bool areFatal() const { return mAreFatal; }
+
+    /** The first error, as "line N: what" where it has a line. */
+    const std::string& text() const { return mText; }
+
+  private:
+    static constexpr size_t kMaxMessage = 200;
+
+    static void note(void* self, XmlError* error) {
+        auto& errors = *static_cast<XmlErrors*>(self);
+        // A failed allocation may cost a part of the document and leave the rest well-formed.
+        if (error->level == XML_ERR_FATAL || error->code == XML_ERR_NO_MEMORY) {
+            errors.mAreFatal = true;
+        }
+        if (!errors.mText.empty() || error->level < XML_ERR_ERROR) {
+            return;
+        }
+        const char* const message = error->message == nullptr ? "out of memory" : error->message;
+        const std::string_view words = std::string_view(message).substr(0, kMaxMessage);
+        if (error->line > 0) {
+            errors.mText = "line " + std::to_string(error->line) + ": ";
+        }
+        errors.mText.append(words.substr(0, words.find_last_not_of('\n') + 1));
+    }
+
+    bool mAreFatal = false;
+    std::string mText;
+    xmlStructuredErrorFunc mHandler;
+    void* mContext;
+};
+
+struct ParserDeleter {
+    void operator()(xmlParserCtxt* parser) const {
+        xmlFreeDoc(parser->myDoc);
+        xmlFreeParserCtxt(parser);
+    }
+};
+using Parser = std::unique_ptr<xmlParserCtxt, ParserDeleter>;
+
+/** The name of an element or attribute: the local one, with a prefix that no namespace is bound to.
+ */
+class NodeName {
+  public:
+    NodeName(const xmlChar* name, const xmlChar* prefix, const xmlChar* uri) : mName(toText(name)) {
+        if (prefix != nullptr && uri == nullptr) {
+            mQualified.append(toText(prefix)).append(":").append(mName);
+            mName = mQualified;
+        }
+    }
+    NodeName(const NodeName&) = delete;
+    NodeName& operator=(const NodeName&) = delete;
+
+    std::string_view get() const { return mName; }
+
+  private:
+    std::string mQualified;
+    std::string_view mName;
+};
+
+/** Texts by name: of an element's attributes with one local name, the first one's text counts. */
+class FirstTexts {
+  public:
+    /** @param mayRepeat whether names can come again, for attributes in namespaces */
+    explicit FirstTexts(bool mayRepeat) : mMayRepeat(mayRepeat) {}
+
+    /** The text that stands for @p name: an earlier one, or what @p make stores. */
+    template <typename Make>
+    Document::Piece get(std::string_view name, Make make) {
+        if (!mMayRepeat) {
+            return make();
+        }
+        const auto found = mTexts.find(name);
+        return found != mTexts.end() ? found->second : mTexts.emplace(name, make()).first->second;
+    }
+
+  private:
+    const bool mMayRepeat;
+    std::map<std::string, Document::Piece, std::less<>> mTexts;
+};
+
+/** Builds a document from the parser's events. */
+class EventReader {
+  public:
+    EventReader(Document& document, xmlParserCtxt*& parser) : mBuilder(document), mParser(parser) {}
+
+    static xmlSAXHandler handler() {
+        xmlSAXHandler handler = {};
+        handler.initialized = XML_SAX2_MAGIC;
+        handler.internalSubset = onDocumentType;
+        handler.startElementNs = onStart;
+        handler.endElementNs = onEnd;
+        handler.characters = onText;
+        handler.ignorableWhitespace = onText;
+        handler.cdataBlock = onCdata;
+        handler.comment = onComment;
+        handler.processingInstruction = onInstruction;
+        return handler;
+    }
+
+    /** Whether the document declares its type; it is not read any further then. */
+    bool hasDocumentType() const { return mHasDocumentType; }
+    bool hasTooLongText() const { return mHasTooLongText; }
+
+  private:
+    /** Each attribute comes as its name, prefix, namespace, and its text's begin and end. */
+    static constexpr int kPartsOfAttribute = 5;
+
+    static EventReader& of(void* self) { return *static_cast<EventReader*>(self); }
+
+    static void onDocumentType(void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
+        of(self).mHasDocumentType = true;
+        xmlStopParser(of(self).mParser);
+    }
+
+    static void onStart(void* self, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+                        int, const xmlChar**, int attributeCount, int, const xmlChar** attributes) {
+        DocumentBuilder& builder = of(self).mBuilder;
+        builder.beginElement(NodeName(name, prefix, uri).get());
+        const xmlChar** const end = attributes + ptrdiff_t{attributeCount} * kPartsOfAttribute;
+        bool hasNamespaces = false;
+        for (const xmlChar** at = attributes; at != end; at += kPartsOfAttribute) {
+            hasNamespaces = hasNamespaces || at[2] != nullptr;
+        }
+        FirstTexts texts(hasNamespaces);
+        for (const xmlChar** at = attributes; at != end; at += kPartsOfAttribute) {
+            const NodeName attribute(at[0], at[1], at[2]);
+            const std::string_view text(reinterpret_cast<const char*>(at[3]),
+                                        static_cast<size_t>(at[4] - at[3]));
+            const Document::Piece piece =
+                    texts.get(attribute.get(), [&] { return storeUnescaped(builder, text); });
+            builder.addAttribute(builder.store(attribute.get()), piece);
+        }
+    }
+
+    /** Stores an attribute's text, in which ampersands are the only characters still escaped. */
+    static Document::Piece storeUnescaped(DocumentBuilder& builder, std::string_view text) {
+        builder.beginText();
+        for (size_t at = text.find(kEscapedAmpersand); at != std::string_view::npos;
+             at = text.find(kEscapedAmpersand)) {
+            builder.appendText(text.substr(0, at + 1));
+            text.remove_prefix(at + kEscapedAmpersand.size());
+        }
+        builder.appendText(text);
+        return builder.endText();
+    }
+
+    static void onEnd(void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
+        of(self).mBuilder.endElement();
+    }
+
+    static void onText(void* self, const xmlChar*, int size) {
+        EventReader& reader = of(self);
+        if (reader.mBuilder.isInElement() &&
+            reader.mBuilder.addText(static_cast<size_t>(size)) > kMaxTextBytes) {
+            reader.mHasTooLongText = true;
+            xmlStopParser(reader.mParser);
+        }
+    }
+
+    static void onCdata(void* self, const xmlChar*, int) {
+        if (of(self).mBuilder.isInElement()) {
+            of(self).mBuilder.addCdata();
+        }
+    }
+
+    static void onComment(void* self, const xmlChar*) { of(self).addOther("comment"); }
+
+    static void onInstruction(void* self, const xmlChar* target, const xmlChar*) {
+        of(self).addOther(toText(target));
+    }
+
+    void addOther(std::string_view name) {
+        if (mBuilder.isInElement()) {
+            mBuilder.addOther(name);
+        }
+    }
+
+    DocumentBuilder mBuilder;
+    xmlParserCtxt*& mParser;
+    bool mHasDocumentType = false;
+    bool mHasTooLongText = false;
+};
+
+/** Copies libxml2's tree, references to entities in attributes expanded. */
+class TreeCopy {
+  public:
+    TreeCopy(Document& document, DocumentBudget& budget) : mBuilder(document), mBudget(budget) {}
+
+    /** Stops when the budget is spent. */
+    void copy(const xmlNode* root) {
+        const xmlNode* node = root;
+        while (node != nullptr && !mBudget.isSpent()) {
+            add(node);
+            if (node->type == XML_ELEMENT_NODE && node->children != nullptr) {
+                node = node->children;
+                continue;
+            }
+            node = endUpTo(node, root);
+        }
+    }
+
+  private:
+    /** Ends a node and all that end with it. @return the next node in document order */
+    const xmlNode* endUpTo(const xmlNode* node, const xmlNode* root) {
+        end(node);
+        while (node != root && node->next == nullptr) {
+            node = node->parent;
+            end(node);
+        }
+        return node == root ? nullptr : node->next;
+    }
+
+    void end(const xmlNode* node) {
+        if (node->type == XML_ELEMENT_NODE) {
+            mBuilder.endElement();
+        }
+    }
+
+    void add(const xmlNode* node) {
+        switch (node->type) {
+            case XML_ELEMENT_NODE:
+                mBuilder.beginElement(toText(node->name));
+                addAttributes(node);
+                break;
+            case XML_TEXT_NODE:
+                mBuilder.addText(0);
+                break;
+            case XML_CDATA_SECTION_NODE:
+                mBuilder.addCdata();
+                break;
+            default:
+                mBuilder.addOther(toText(node->name));
+                break;
+        }
+    }
+
+    void addAttributes(const xmlNode* element) {
+        bool hasNamespaces = false;
+        for (const xmlAttr* attr = element->properties; attr != nullptr; attr = attr->next) {
+            hasNamespaces = hasNamespaces || attr->ns != nullptr;
+        }
+        FirstTexts texts(hasNamespaces);
+        for (const xmlAttr* attr = element->properties; attr != nullptr; attr = attr->next) {
+            const Document::Piece text =
+                    texts.get(toText(attr->name), [&] { return expand(attr); });
+            mBuilder.addAttribute(mBuilder.store(toText(attr->name)), text);
+        }
+    }
+
+    /**
+     * The text of an attribute. Entities can refer to one another however deeply and often, so
+     * there is no recursion, and every node on the way is paid for.
+     */
+    Document::Piece expand(const xmlAttr* attr) {
+        std::vector<const xmlNode*> outer;
+        const xmlNode* node = attr->children;
+        mBuilder.beginText();
+        while ((node != nullptr || !outer.empty()) && !mBudget.isSpent()) {
+            if (node == nullptr) {
+                node = outer.back();
+                outer.pop_back();
+                continue;
+            }
+            mBudget.chargeSteps(1);
+            const xmlNode* inner = nullptr;
+            if (node->type == XML_ENTITY_REF_NODE) {
+                const xmlEntity* const entity = xmlGetDocEntity(attr->doc, node->name);
+                inner = entity == nullptr ? nullptr : entity->children;
+            } else if (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE) {
+                append(toText(node->content), !outer.empty());
+            }
+            if (inner != nullptr) {
+                outer.push_back(node->next);
+            }
+            node = inner != nullptr ? inner : node->next;
+        }
+        return mBuilder.endText();
+    }
+
+    void append(std::string_view text, bool isFromEntity) {
+        mBudget.chargeText(text.size());
+        if (isFromEntity) {
+            mBudget.chargeKeptText(text.size());
+        }
+        if (!mBudget.isSpent()) {
+            mBuilder.appendText(text);
+        }
+    }
+
+    DocumentBuilder mBuilder;
+    DocumentBudget& mBudget;
+};
+
+/** Reads one source. */
+class DocumentReader {
+  public:
+    DocumentReader(DocumentSource& source, DocumentBudget& budget)
+        : mSource(source), mBudget(budget) {}
+
+    std::unique_ptr<Document> read() {
+        auto document = std::make_unique<Document>();
+        if (!mSource.getError().empty()) {
+            return nullptr;
+        }
+        xmlParserCtxt* running = nullptr;
+        EventReader events(*document, running);
+        xmlSAXHandler handler = EventReader::handler();
+        const bool isRead = parse(&handler, &events, running) != nullptr;
+        mHasTooLongText = events.hasTooLongText();
+        if (events.hasDocumentType()) {
+            return readTree();
+        }
+        // A parser that was stopped does not take the document for malformed.
+        return isRead && !mHasTooLongText ? std::move(document) : nullptr;
+    }
+
+    /** Why read() gave nothing. */
+    std::string describeError() const {
+        if (!mSource.getError().empty()) {
+            return mSource.getError();
+        }
+        if (mBudget.isSpent()) {
+            return mBudget.describe();
+        }
+        if (mHasTooLongText) {
+            return "a text of more than " + std::to_string(kMaxTextBytes) + " bytes";
+        }
+        return mError.empty() ? "out of memory" : mError;
+    }
+
+  private:
+    static int readOn(void* self, char* out, int room) {
+        return static_cast<DocumentReader*>(self)->mSource.read(out, room);
+    }
+
+    /**
+     * Parses the source from where it is.
+     *
+     * @param handler null for libxml2's own, which makes a tree
+     * @param running gets the parser before it starts
+     * @return the parser when the document is sound, else null
+     */
+    Parser parse(xmlSAXHandler* handler, void* handlerData, xmlParserCtxt*& running) {
+        const XmlErrors errors;
+        Parser parser(xmlCreateIOParserCtxt(handler, handlerData, readOn, nullptr, this,
+                                            XML_CHAR_ENCODING_NONE));
+        running = parser.get();
+        if (parser == nullptr) {
+            return nullptr;
+        }
+        xmlCtxtUseOptions(running, 0);
+        xmlParseDocument(running);
+        mBudget.setDocumentSize(mSource.getSize());
+        mError = errors.text();
+        const bool isSound = running->wellFormed != 0 && !errors.areFatal();
+        return isSound && mSource.getError().empty() ? std::move(parser) : nullptr;
+    }
+
+    /** Declarations say what a document's attributes are, which takes libxml2's tree. */
+    std::unique_ptr<Document> readTree() {
+        mSource.rewind();
+        xmlParserCtxt* running = nullptr;
+        const Parser parser = parse(nullptr, nullptr, running);
+        if (parser == nullptr) {
+            return nullptr;
+        }
+        auto document = std::make_unique<Document>();
+        TreeCopy(*document, mBudget).copy(xmlDocGetRootElement(parser->myDoc));
+        return mBudget.isSpent() ? nullptr : std::move(document);
+    }
+
+    DocumentSource& mSource;
+    DocumentBudget& mBudget;
+    bool mHasTooLongText = false;
+    std::string mError;
+};
+
+}  // namespace
+
+std::unique_ptr<Document> readDocument(const std::string& source, bool fromMemory,
+                                       DocumentBudget& budget, std::string& error) {
+    xmlInitParser();
+    DocumentSource bytes(source, fromMemory);
+    DocumentReader reader(bytes, budget);
+    std::unique_ptr<Document> document = reader.read();
+    error = document == nullptr ? reader.describeError() : "";
+    return document;
+}
+
+void cleanUpXmlParser() {
+    xmlCleanupParser();
+}
+
+}  // namespace ormel

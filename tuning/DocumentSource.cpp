@@ -1,0 +1,92 @@
+#include "tuning/DocumentSource.h"
+
+#include <fcntl.h>
+#include <ormel/DocumentBudget.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+namespace ormel {
+
+namespace {
+
+constexpr size_t kMaxSize = DocumentBudget::kMaxDocumentBytes;
+
+}  // namespace
+
+DocumentSource::DocumentSource(const std::string& source, bool fromMemory)
+    : mText(fromMemory ? source : std::string_view()) {
+    if (!fromMemory) {
+        open(source.c_str());
+    } else if (mText.size() > kMaxSize) {
+        failTooLarge();
+    }
+}
+
+DocumentSource::~DocumentSource() {
+    if (mFile >= 0) {
+        ::close(mFile);
+    }
+}
+
+void DocumentSource::open(const char* path) {
+    // A pipe at the path must not be waited for.
+    mFile = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    struct stat status = {};
+    if (mFile < 0 || ::fstat(mFile, &status) != 0) {
+        fail(errno);
+    } else if (!S_ISREG(status.st_mode)) {
+        mError = "not a regular file";
+    } else if (status.st_size > static_cast<off_t>(kMaxSize)) {
+        failTooLarge();
+    }
+}
+
+void DocumentSource::fail(int error) {
+    mError = std::generic_category().message(error);
+}
+
+void DocumentSource::failTooLarge() {
+    mError = "larger than " + std::to_string(kMaxSize) + " bytes";
+}
+
+int DocumentSource::read(char* out, int room) {
+    if (!mError.empty() || room <= 0) {
+        return mError.empty() ? 0 : -1;
+    }
+    const auto size = static_cast<size_t>(room);
+    return mFile < 0 ? readText(out, size) : readFile(out, size);
+}
+
+int DocumentSource::readText(char* out, size_t room) {
+    const size_t count = mText.copy(out, room, mSize);
+    mSize += count;
+    return static_cast<int>(count);
+}
+
+int DocumentSource::readFile(char* out, size_t room) {
+    // Files grow, and some say that they are empty: what counts is what there is to read.
+    const ssize_t count = TEMP_FAILURE_RETRY(::read(mFile, out, room));
+    if (count < 0) {
+        fail(errno);
+        return -1;
+    }
+    mSize += static_cast<size_t>(count);
+    if (mSize > kMaxSize) {
+        failTooLarge();
+        return -1;
+    }
+    return static_cast<int>(count);
+}
+
+void DocumentSource::rewind() {
+    mSize = 0;
+    if (mFile >= 0 && ::lseek(mFile, 0, SEEK_SET) != 0) {
+        fail(errno);
+    }
+}
+
+}  // namespace ormel
