@@ -14,7 +14,7 @@
                       select="xs:group[contains(@name, 'Parameters')]/*/xs:element"/>
         <xsl:choose>
             <xsl:when test="$group">
-                <xsl:text>| element | form | what it is | at the effect |&#10;</xsl:text>
+                <xsl:text>| element | form | what becomes of it | at the effect |&#10;</xsl:text>
                 <xsl:text>|---|---|---|---|&#10;</xsl:text>
                 <xsl:apply-templates select="$group/*/xs:element"/>
             </xsl:when>

@@ -61,7 +61,8 @@ done
     printf '    <profile id="0" name="p">\n'
     printf '\n%.0s' {1..70000}
     printf '        <volume-modeler-enable\n            value="True"/>\n    </profile>\n'
-    printf '    <profile id="1"\n        name=""\n        group="none"/>\n</device_tuning_data>\n'
+    printf '    <tool_version major="1"\n        minor="04"\n        maintenance="0"/>\n'
+    printf '</device_tuning_data>\n'
 } >"$temp/long.xml"
 expect 1 "$temp/long.xml"
 triples <"$temp/out" | diff - <(printf '%s\n' "$temp/long.xml 70004 misspelt-boolean" \
