@@ -7,7 +7,7 @@ namespace ormel {
 
 namespace {
 
-/** Three matrices, each behind its layout and its number of gains; a gain of 1 is 16384. */
+/** The end of the speaker's output mode; this library does not look into it. */
 constexpr std::array<int32_t, 58> kMixMatrix = {
         15,    24,                                                           //
         16384, 0,  0, 16384, 11583, 11583, 8192, 8192,  16384, 0, 0, 16384,  //
@@ -18,7 +18,7 @@ constexpr std::array<int32_t, 58> kMixMatrix = {
         10,    12,                                                           //
         16384, 0,  0, 16384, 11583, 11583, 8192, 8192,  16384, 0, 0, 16384};
 
-/** The 20 band frequencies in Hz behind their number, then the targets. */
+/** The 20 band frequencies behind their number, then the targets. */
 constexpr std::array<int32_t, 41> kIeqBands = {
         20,                                                             //
         47,   141,  234,  328,  469,  656,  844,  1031,  1313,  1688,   //

@@ -127,8 +127,9 @@ TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
             {speaker, "    hpon         0  hearing protection enable  version rule\n"},
             {speaker,
              "mix matrix\n                    line 24; default\n"
-             "          virtualizer_enable 1, endpoint speaker, orientation 1\n"
-             "          matrix 15: 16384, 0, 0, 16384, 11583, 11583, 8192, 8192, 16384, "},
+             "          virtualizer_enable 1, endpoint speaker, orientation 1, output_mix_matrix "
+             "15, 24, 16384, 0,\n"
+             "          0, 16384, 11583, 11583, 8192, 8192, 16384, "},
             {kSmall + "--profile 1 --device all_devices",
              "    gebs       [3]  graphic equalizer bands: count, frequencies, gains  line 15\n"},
             {wide,

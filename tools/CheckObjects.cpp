@@ -252,7 +252,7 @@ class TuningCheck {
                 mContext.add(Rule::UNEQUAL_COLUMNS, giverOf(lists.lists[i]),
                              std::string(parameterName(lists.lists[i])) + " has " +
                                      std::to_string(other) + " values and the left channel " +
-                                     std::to_string(length) + ", so the effect reads them shifted");
+                                     std::to_string(length) + ", the only length that is sent");
             }
         }
     }

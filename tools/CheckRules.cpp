@@ -83,7 +83,7 @@ constexpr RuleRow kRules[] = {
          "Give every band all of its attributes."},
         {Rule::UNEQUAL_COLUMNS, "unequal-columns", E,
          "The lists of the channels are not equally long. They are sent one behind the other with "
-         "the length of the left one, so the effect reads them shifted.",
+         "the length of the left one, so nothing tells the effect where the others begin.",
          "Give every channel as many values as the left one."},
         {Rule::GEQ_BAND_COUNT, "geq-band-count", E,
          "A graphic-equalizer preset that is not 20 bands wide is dropped when its profile is "
@@ -154,10 +154,11 @@ constexpr RuleRow kRules[] = {
          "loaded for it until another one is selected.",
          "Add a device_id of that name and port to the tuning that the port should start with."},
         {Rule::MIX_MATRIX_LENGTH, "mix-matrix-length", E,
-         "The mix matrix is not as long as the effect's, so that the effect reads something else "
-         "behind it or misses the end. An empty one is replaced by the default.",
-         "Write all rows of the matrix: of each output mode the mode and the number of its values, "
-         "then those values."},
+         "The mix matrix is not as long as the built-in one. When it takes another one's place in "
+         "a "
+         "profile's list, the effect still gets the number of values of that list. An empty one is "
+         "replaced by the built-in one.",
+         "Write as many values as the built-in matrix has, 58."},
         {Rule::CHANNELS_NOT_SENT, "channels-not-sent", E,
          "The tuning has optimizer bands, a complex equalizer or sibilance suppression, which are "
          "sent for two and four channels only, and has another number of them.",

@@ -130,15 +130,9 @@ std::optional<Shape> readOutputMode(const std::vector<int32_t>& values) {
          {kParameterNames[VIRTUALIZER_ENABLE], "endpoint", kParameterNames[ORIENTATION]}) {
         shape.fields.emplace_back(name, reader.takeOne());
     }
-    while (reader.left() >= 2) {
-        const int32_t layout = reader.takeOne();
-        const int32_t gains = reader.takeOne();
-        if (gains < 0 || static_cast<size_t>(gains) > reader.left()) {
-            return std::nullopt;
-        }
-        shape.matrices.push_back({layout, reader.take(static_cast<size_t>(gains))});
-    }
-    return reader.left() == 0 ? std::optional(shape) : std::nullopt;
+    shape.rest = reader.take(reader.left());
+    shape.restName = kParameterNames[OUTPUT_MIX_MATRIX];
+    return shape;
 }
 
 std::optional<Shape> readStress(const std::vector<int32_t>& values) {
@@ -149,6 +143,7 @@ std::optional<Shape> readStress(const std::vector<int32_t>& values) {
     Shape shape;
     shape.fields.emplace_back(kChannels, reader.takeOne());
     shape.rest = reader.take(reader.left());
+    shape.restName = "amounts";
     return shape;
 }
 

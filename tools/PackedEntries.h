@@ -26,19 +26,14 @@ struct Shape {
         Parameter param;
         std::vector<int32_t> values;
     };
-    /** A mix matrix: its gains belong to one layout of channels. */
-    struct Matrix {
-        int32_t layout;
-        std::vector<int32_t> gains;
-    };
 
     /** Values that stand for themselves, by name. */
     std::vector<std::pair<std::string, int32_t>> fields;
     /** Values by band, all of one length. */
     std::vector<Column> columns;
-    std::vector<Matrix> matrices;
-    /** Values whose number nothing tells beforehand. */
+    /** Values whose number nothing tells beforehand, and their name. */
     std::vector<int32_t> rest;
+    std::string restName;
 };
 
 /**

@@ -22,11 +22,8 @@ Json toJson(const Shape& shape) {
             }
         }
     }
-    for (const Shape::Matrix& matrix : shape.matrices) {
-        json["matrices"].push_back({{"layout", matrix.layout}, {"gains", matrix.gains}});
-    }
     if (!shape.rest.empty()) {
-        json["amounts"] = shape.rest;
+        json[shape.restName] = shape.rest;
     }
     return json;
 }

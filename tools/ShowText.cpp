@@ -72,21 +72,16 @@ void printShape(const Shape& shape, std::ostream& out) {
         fields.push_back(fieldText(name, value));
     }
     if (!shape.rest.empty()) {
-        fields.push_back("amounts " + listText(shape.rest));
+        fields.push_back(shape.restName + ' ' + listText(shape.rest));
     }
     if (!fields.empty()) {
-        out << indent << joined(fields, ", ") << '\n';
+        out << indent << wrapped(joined(fields, ", "), kValueColumn) << '\n';
     }
     const size_t bands = shape.columns.empty() ? 0 : shape.columns.front().values.size();
     for (size_t begin = 0; begin < bands; begin += kBandsPerLine) {
         for (const Shape::Column& column : shape.columns) {
             printRow(column.name, column.values, begin, out);
         }
-    }
-    for (const Shape::Matrix& matrix : shape.matrices) {
-        const std::string gains =
-                "matrix " + std::to_string(matrix.layout) + ": " + listText(matrix.gains);
-        out << indent << wrapped(gains, kValueColumn) << '\n';
     }
 }
 

@@ -29,7 +29,7 @@ class SpatializerParamCache {
      * Makes @p profile the current one and applies its list from the tuning document, then commits.
      *
      * Entries go to the effect unchanged and in order, except these:
-     * - virtual bass enable (`vbon`) is left out when the document gave no device tunings;
+     * - virtual bass type (`vbon`) is left out when the document gave no device tunings;
      * - graphic-equalizer bands (`gebs`) get the current profile's gains, and are left out unless
      *   they are 20 bands;
      * - the speaker's output mode (`dom`) gets the mix matrix of the internal speaker's selected

@@ -44,8 +44,8 @@ class KivParamStore : public android::Singleton<KivParamStore> {
     bool isDeviceProcParamInProfile(int code);
 
     /**
-     * Replaces the parameter codes for which isDeviceProcParamInProfile() is true. A host starts
-     * with those that describe its output rather than its content: the codes of `aoon`, `aobs`,
+     * Replaces the parameter codes for which isDeviceProcParamInProfile() is true. A device has its
+     * own; a host starts with a choice that is this stand-in's: the codes of `aoon`, `aobs`,
      * `aron`, `arbs`, `arsa`, `ceon`, `ceqt`, `dom`, `gebs`, `geon` and `vbon`.
      */
     void setDeviceProcParams(std::set<int> codes);
