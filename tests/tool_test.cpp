@@ -217,8 +217,10 @@ TEST(PlotTest, HasTheCurvesDrawn) {
                  "title 'movie speaker'",
                  "set title 'wide ''n'' low: audio optimizer gains' noenhanced\n",
                  "$curve3 << EOD\n50 4\nEOD\n",
-                 "set logscale x\nset xlabel 'Frequency (Hz)'\nset ylabel 'Level (dB)'\n",
-                 "($2 / 16.0)",
+                 "set logscale x\nset xlabel 'Frequency (Hz)'\n",
+                 "set ylabel 'Target (effect''s own units)'\nplot [20:20000] $curve0 using ($1 > 0 "
+                 "? $1 : NaN):2 with linespoints",
+                 "set ylabel 'Threshold (effect''s own units)'\n",
          }) {
         EXPECT_THAT(drawn, HasSubstr(text));
     }

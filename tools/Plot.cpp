@@ -28,22 +28,22 @@ constexpr size_t kPanelsPerRow = 2;
 constexpr size_t kMaxPanels = 64;
 constexpr size_t kWidth = 1200;
 constexpr size_t kRowHeight = 440;
-/** In Hz. */
-constexpr int32_t kLowestTone = 20;
-constexpr int32_t kHighestTone = 20000;
+/** The frequencies that every panel spans, in Hz. */
+constexpr int32_t kLowestFrequency = 20;
+constexpr int32_t kHighestFrequency = 20000;
 /** Pixels per unit of a picture that is made of them, so that it prints well. */
 constexpr size_t kPixelScale = 2;
-/** What the effect's gains, targets and thresholds count in. */
-constexpr const char* kUnitsPerDecibel = "16.0";
 
 struct Curve {
     std::string title;
     Values frequencies;
-    Values levels;
+    Values values;
 };
 
 struct Panel {
     std::string title;
+    /** What the curves' values are. */
+    std::string axis;
     std::vector<Curve> curves;
 };
 
@@ -56,15 +56,15 @@ struct PlotOptions {
 
 /** Adds a curve, or just its title to the same one that is there already. */
 void addCurve(Panel& panel, Curve curve) {
-    const size_t size = std::min(curve.frequencies.size(), curve.levels.size());
+    const size_t size = std::min(curve.frequencies.size(), curve.values.size());
     curve.frequencies.resize(size);
-    curve.levels.resize(size);
+    curve.values.resize(size);
     if (size == 0) {
         return;
     }
     const auto same =
             std::find_if(panel.curves.begin(), panel.curves.end(), [&curve](const Curve& other) {
-                return other.frequencies == curve.frequencies && other.levels == curve.levels;
+                return other.frequencies == curve.frequencies && other.values == curve.values;
             });
     if (same == panel.curves.end()) {
         panel.curves.push_back(std::move(curve));
@@ -83,14 +83,14 @@ const Entry* lastEntry(const EffectList& list, int32_t device, KivParameter para
 }
 
 void addEntry(Panel& panel, const std::string& title, const Entry* entry, Parameter frequency,
-              Parameter level) {
+              Parameter value) {
     const auto shape = entry == nullptr ? std::nullopt : shapeOf(entry->code, entry->values);
     if (!shape.has_value()) {
         return;
     }
     const Shape::Column* const frequencies = findColumn(*shape, frequency);
-    const Shape::Column* const levels = findColumn(*shape, level);
-    addCurve(panel, {title, frequencies->values, levels->values});
+    const Shape::Column* const values = findColumn(*shape, value);
+    addCurve(panel, {title, frequencies->values, values->values});
 }
 
 bool isWanted(const EffectList& list, const PlotOptions& options) {
@@ -99,8 +99,8 @@ bool isWanted(const EffectList& list, const PlotOptions& options) {
 }
 
 std::vector<Panel> profilePanels(const LoadedDocument& document, const PlotOptions& options) {
-    Panel intelligent = {"Intelligent equalizer targets", {}};
-    Panel graphic = {"Graphic equalizer gains", {}};
+    Panel intelligent = {"Intelligent equalizer targets", "Target", {}};
+    Panel graphic = {"Graphic equalizer gains", "Gain", {}};
     // The headphone's devices all get what its endpoint asks for.
     constexpr std::pair<int32_t, Endpoint> kOutputs[] = {
             {DEVICE_OUT_SPEAKER, ENDPOINT_SPEAKER},
@@ -121,15 +121,16 @@ std::vector<Panel> profilePanels(const LoadedDocument& document, const PlotOptio
 }
 
 /** The curves of a tuning's parameters over one of frequencies. */
-Panel tuningPanel(const Tuning& tuning, const std::string& title, Parameter frequency,
-                  const std::vector<std::pair<const char*, Parameter>>& levels) {
-    Panel panel = {tuning.getName() + ": " + title, {}};
+Panel tuningPanel(const Tuning& tuning, const std::string& title, const std::string& axis,
+                  Parameter frequency,
+                  const std::vector<std::pair<const char*, Parameter>>& params) {
+    Panel panel = {tuning.getName() + ": " + title, axis, {}};
     const auto valuesOf = [&tuning](Parameter param) {
         const auto found = tuning.getValues().find(param);
         return found == tuning.getValues().end() ? Values() : found->second;
     };
-    for (const auto& [name, level] : levels) {
-        addCurve(panel, {name, valuesOf(frequency), valuesOf(level)});
+    for (const auto& [name, param] : params) {
+        addCurve(panel, {name, valuesOf(frequency), valuesOf(param)});
     }
     return panel;
 }
@@ -143,10 +144,10 @@ void addTuningPanels(const Tuning& tuning, std::vector<Panel>& panels) {
         channels.insert(channels.end(), {{"left surround", AUDIO_OPTIMIZER_GAIN_LS},
                                          {"right surround", AUDIO_OPTIMIZER_GAIN_RS}});
     }
+    panels.push_back(tuningPanel(tuning, "audio optimizer gains", "Gain", AUDIO_OPTIMIZER_FREQUENCY,
+                                 channels));
     panels.push_back(
-            tuningPanel(tuning, "audio optimizer gains", AUDIO_OPTIMIZER_FREQUENCY, channels));
-    panels.push_back(
-            tuningPanel(tuning, "regulator thresholds", REGULATOR_FREQUENCY,
+            tuningPanel(tuning, "regulator thresholds", "Threshold", REGULATOR_FREQUENCY,
                         {{"low", REGULATOR_THRESHOLD_LOW}, {"high", REGULATOR_THRESHOLD_HIGH}}));
 }
 
@@ -169,7 +170,6 @@ std::vector<Panel> panelsOf(const LoadedDocument& document, const PlotOptions& o
 /** Curves are told apart by colour, and without it by their points and dashes. */
 constexpr char kSettings[] = R"(set logscale x
 set xlabel 'Frequency (Hz)'
-set ylabel 'Level (dB)'
 set xtics ('20' 20, '50' 50, '100' 100, '200' 200, '500' 500, '1k' 1000, '2k' 2000, '5k' 5000, \
     '10k' 10000, '20k' 20000)
 set border 3 linecolor rgb '#404040'
@@ -195,16 +195,16 @@ void writeData(const Panel& panel, std::ostream& script) {
     for (size_t i = 0; i < panel.curves.size(); ++i) {
         script << "$curve" << i << " << EOD\n";
         const Curve& curve = panel.curves[i];
-        for (size_t band = 0; band < curve.levels.size(); ++band) {
-            script << curve.frequencies[band] << ' ' << curve.levels[band] << '\n';
+        for (size_t band = 0; band < curve.values.size(); ++band) {
+            script << curve.frequencies[band] << ' ' << curve.values[band] << '\n';
         }
         script << "EOD\n";
     }
 }
 
-/** What can be heard, and what the curves have beyond it. */
+/** The span of every panel, and what the curves have beyond it. */
 std::pair<int32_t, int32_t> frequencyRange(const Panel& panel) {
-    std::pair<int32_t, int32_t> range = {kLowestTone, kHighestTone};
+    std::pair<int32_t, int32_t> range = {kLowestFrequency, kHighestFrequency};
     for (const Curve& curve : panel.curves) {
         for (const int32_t frequency : curve.frequencies) {
             // The logarithmic axis has no place for 0.
@@ -217,19 +217,21 @@ std::pair<int32_t, int32_t> frequencyRange(const Panel& panel) {
 
 void writePanel(const Panel& panel, std::ostream& script) {
     writeData(panel, script);
-    script << "set title " << gnuplotLiteral(panel.title) << " noenhanced\n";
+    script << "set title " << gnuplotLiteral(panel.title) << " noenhanced\n"
+           << "set ylabel " << gnuplotLiteral(panel.axis + " (effect's own units)") << '\n';
     if (panel.curves.empty()) {
         script << "set label 1 'none' at graph 0.5, graph 0.5 center\n"
                   "plot ["
-               << kLowestTone << ':' << kHighestTone << "] [-1:1] NaN notitle\nunset label 1\n";
+               << kLowestFrequency << ':' << kHighestFrequency
+               << "] [-1:1] NaN notitle\nunset label 1\n";
         return;
     }
     const auto [low, high] = frequencyRange(panel);
     std::string separator = "plot [" + std::to_string(low) + ':' + std::to_string(high) + "] ";
     for (size_t i = 0; i < panel.curves.size(); ++i) {
-        script << separator << "$curve" << i << " using ($1 > 0 ? $1 : NaN):($2 / "
-               << kUnitsPerDecibel << ") with linespoints linestyle " << i % kStyles + 1
-               << " title " << gnuplotLiteral(panel.curves[i].title);
+        script << separator << "$curve" << i << " using ($1 > 0 ? $1 : NaN):2 "
+               << "with linespoints linestyle " << i % kStyles + 1 << " title "
+               << gnuplotLiteral(panel.curves[i].title);
         separator = ", \\\n    ";
     }
     script << '\n';
@@ -310,7 +312,7 @@ void addPlot(CLI::App& app, int& /* status */) {
     command->add_option("--tuning", options->tunings,
                         "Only the optimizer and regulator of a tuning; may be repeated")
             ->allow_extra_args(false);
-    command->footer(R"(Levels are in dB, of which the document's numbers are sixteenths.
+    command->footer(R"(Values are the document's numbers, in the effect's own units.
 
 Example:
   ormel-tuning plot examples/tablet-quad.xml -o curves.svg)");
