@@ -107,7 +107,30 @@ TEST(TagIterator, WalksAndReads) {
              {}},
             // Text is found by local name, so the first of two attributes speaks for both.
             {"<a><b xmlns:n='u' n:x='1' x='2'/></a>", "r", " b:E[1,m,1,1,][1,1,][x,x,] b:E", {}},
-            {"<a><b/></a>", "r", " b:E[l,m,][][] b:E", {}}};
+            {"<a><b/></a>", "r", " b:E[l,m,][][] b:E", {}},
+            // Pieces of text are one node, as are sections behind one another, which have no name.
+            {"<a>1&amp;2&#65;\r\n<b/></a>", "n", " text:N b:E", {}},
+            {"<a>t<![CDATA[]]><![CDATA[t]]>t<?p?><!--c--></a>",
+             "nnnnn",
+             " text:N :N text:N p:N comment: -:",
+             {}},
+            {"<?p?><!--c--><a><b/></a><?p?>", "n", " b:E -:", {}},
+            {"<a><b x='&amp;&#38;#38;&lt;'/></a>", "r", " b:E[&&#38;<,m,&&#38;<,][0,][x,] b:E", {}},
+            {"<a><b xmlns='u' xmlns:n='v' n:y='1' xml:x='2'/></a>",
+             "r",
+             " b:E[2,1,1,2,][1,2,][y,x,] b:E",
+             {}},
+            {"<a><p:b p:x='1' x='2'/></a>", "r", " p:b:E[2,m,1,2,][1,2,][p:x,x,] p:b:E", {}},
+            // An undeclared entity stands for nothing; libxml2 takes a reference to it in an
+            // attribute for one in front of the element, too. Declarations give no attributes.
+            {"<!DOCTYPE a SYSTEM 's' [<!ATTLIST b y CDATA '3'>]><a><b x='1&und;2'/>&und;</a>",
+             "nrn",
+             " und:N b:EN[12,m,12,][12,][x,] b:EN und:",
+             {}},
+            {"<!DOCTYPE a [<!ENTITY e '2&f;'><!ENTITY f '3'>]><a>&e;<b x='1&e;&f;'/></a>",
+             "nr",
+             " e:N b:E[1233,m,1233,][1233,][x,] b:E",
+             {}}};
     LogCapture log;
     for (const auto& [document, steps, trace, messages] : cases) {
         EXPECT_EQ(walk(document, steps), trace) << steps << " in " << document;
@@ -117,21 +140,30 @@ TEST(TagIterator, WalksAndReads) {
 
 TEST(TagIterator, SaysWhyADocumentCannotBeLoaded) {
     const TempFile good("<a><b/></a>");
-    const TempFile bad("<a><b></a>");
-    const std::tuple<std::string, bool, int, const char*> cases[] = {
-            {good.path(), false, 0, ""},
-            {"", false, -22, "Invalide xml file path/data, 52"},
-            {"", true, -22, "Invalide xml file path/data, 52"},
-            {bad.path(), false, -22, "fail to call xmlReadFile,  63"},
-            {good.path() + "-", false, -22, "fail to call xmlReadFile,  63"},
-            {good.path(), true, -22, "fail to call xmlReadFile,  63"},
-            {"<!DOCTYPE a><a><b/></a>", true, -19, "fail to call xmlDocGetRootElement, 69"}};
+    const TempFile bad("<a>\n<b></a>");
+    constexpr char kEmpty[] = "Invalide xml file path/data, 52";
+    constexpr char kUnread[] = "fail to call xmlReadFile,  63";
+    const std::tuple<std::string, bool, int, const char*, const char*> cases[] = {
+            {good.path(), false, 0, "", ""},
+            {"", false, -22, kEmpty, "no path or text"},
+            {"", true, -22, kEmpty, "no path or text"},
+            {bad.path(), false, -22, kUnread,
+             "line 2: Opening and ending tag mismatch: b line 2 and a"},
+            {good.path() + "-", false, -22, kUnread, "No such file or directory"},
+            {"-", false, -22, kUnread, "No such file or directory"},
+            {"http://[::1]/", false, -22, kUnread, "No such file or directory"},
+            {::testing::TempDir(), false, -22, kUnread, "not a regular file"},
+            {"/dev/null", false, -22, kUnread, "not a regular file"},
+            {good.path(), true, -22, kUnread, "line 1: Start tag expected, '<' not found"},
+            {"<!DOCTYPE a><a><b/></a>", true, -19, "fail to call xmlDocGetRootElement, 69",
+             "no root element"}};
     LogCapture log;
-    for (const auto& [source, fromMemory, status, message] : cases) {
+    for (const auto& [source, fromMemory, status, message, reason] : cases) {
         TagIterator iterator;
         gRootless = status == -19;
         EXPECT_EQ(iterator.init(source, fromMemory), status) << source;
         gRootless = false;
+        EXPECT_EQ(iterator.getError(), reason) << source;
         EXPECT_EQ(describe(iterator), status == 0 ? " b:E" : " -:") << source;
         EXPECT_EQ(log.take(), LogLines(status == 0 ? 0 : 1, error("TagIterator", message)));
     }

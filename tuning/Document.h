@@ -48,6 +48,7 @@ class Document {
     static constexpr uint32_t kMaxElements = (uint32_t{1} << 30) - 1;
 
     bool hasRoot() const { return !mNodes.empty(); }
+    size_t getNodeCount() const { return mNodes.size(); }
     const Node& node(uint32_t index) const { return mNodes[index]; }
     uint32_t firstChildOf(uint32_t index) const {
         return mNodes[index].hasChildren != 0 ? index + 1 : kNone;

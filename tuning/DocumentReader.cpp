@@ -19,9 +19,6 @@ namespace {
 /** What handlers of errors get: a const one from libxml2 2.12 on. */
 using XmlError = std::conditional_t<(LIBXML_VERSION >= 21200), const xmlError, xmlError>;
 
-/** The longest text that libxml2 puts together from pieces. */
-constexpr size_t kMaxTextBytes = size_t{10000000} >> ORMEL_BOUND_SHIFT;
-
 constexpr std::string_view kEscapedAmpersand = "&#38;";
 
 std::string_view toText(const xmlChar* characters) {

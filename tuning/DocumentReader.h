@@ -3,12 +3,16 @@
 
 #include <ormel/DocumentBudget.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
 #include "tuning/Document.h"
 
 namespace ormel {
+
+/** The longest text that a document may have, which is the longest that libxml2 puts together. */
+constexpr size_t kMaxTextBytes = size_t{10000000} >> ORMEL_BOUND_SHIFT;
 
 /**
  * Reads a document into one block. The nodes are those of libxml2's tree without options, but for

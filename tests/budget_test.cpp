@@ -1,0 +1,211 @@
+// What a document may cost: each price by its counter, and each bound from both sides.
+#include <gtest/gtest.h>
+#include <libxml/xmlmemory.h>
+#include <ormel/SpatializerParamArray.h>
+#include <ormel/TuningFileParser.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "support/Documents.h"
+#include "support/Store.h"
+
+namespace ormel::test {
+namespace {
+
+std::string repeat(const std::string& text, size_t times) {
+    std::string all;
+    for (size_t i = 0; i < times; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+/** "work payload holders" of reading a document, its load not included. */
+std::string costOf(const std::string& document) {
+    TuningFileParser parser;
+    EXPECT_EQ(parser.setTuningFile(document, true), 0) << document;
+    const DocumentBudget& budget = parser.getBudget();
+    return std::to_string(budget.getWork()) + ' ' + std::to_string(budget.getPayloadBytes()) + ' ' +
+           std::to_string(budget.getHolderBytes());
+}
+
+TEST(DocumentBudget, HasAPriceForEverything) {
+    const LogCapture log;
+    const struct {
+        const char* what;
+        const char* document;
+        std::string cost;
+    } cases[] = {
+            {"two passes that remember where they begin, and return", "<d/>", "8 0 0"},
+            {"in each a name of 4 and a step", "<d> </d>", "24 0 0"},
+            {"names of 4 and 1, two steps", "<d> <x/></d>", "34 0 0"},
+            {"an element without children, read on from: object, name, mode", "<d> <profile/></d>",
+             "329 4 256"},
+            {"an attribute that is looked at: 4", "<d> <profile a='1'/></d>", "333 4 256"},
+            {"one that is read, too: 2, and kept in two places", "<d> <profile name='ab'/></d>",
+             "335 8 256"},
+            {"entity nodes of 4, a text of 2 that is kept",
+             "<!DOCTYPE d [<!ENTITY e 'ab'>]><d x='&e;'/>", "18 2 0"},
+            {"an empty entity costs its node", "<!DOCTYPE d [<!ENTITY e ''>]><d x='&e;&e;'/>",
+             "16 0 0"},
+            {"a message of 64 and what it quotes, names of 23, 14 and 11, and a text of 1 read",
+             "<d> <authorized_technologies> <global_setting device_name='a'/>"
+             "</authorized_technologies></d>",
+             "193 0 0"},
+    };
+    for (const auto& [what, document, cost] : cases) {
+        EXPECT_EQ(costOf(document), cost) << what;
+    }
+}
+
+TEST(DocumentBudget, ALoadPaysForItsListsAndMaps) {
+    const LogCapture log;
+    const auto tuningOf = [](const std::string& devices) {
+        return "<d> <tuning name='t'>" + devices +
+               "<data> <peak-value value='1'/></data></tuning></d>";
+    };
+    const std::string device = " <device_id id='ab' endpoint_port='usb'/>";
+    const std::string another = " <device_id id='cd' endpoint_port='usb'/>";
+    SpatializerParamArray array;
+    array.loadSpatializerXMLFile(TempFile(tuningOf(device)).path());
+    const DocumentBudget one = array.getLoadBudget();
+    array.loadSpatializerXMLFile(TempFile(tuningOf(device + another)).path());
+    const DocumentBudget two = array.getLoadBudget();
+    // The object, the tuning it waits for, and what is found by the device and by its port.
+    EXPECT_EQ(two.getHolderBytes() - one.getHolderBytes(), 128 + 64 + 5 * 64U);
+    // Three names of the object, one of the tuning, thrice device and port; words behind the
+    // header.
+    const size_t words = array.getXMLTuningParams("cd").size() - 2;
+    EXPECT_EQ(two.getPayloadBytes() - one.getPayloadBytes(),
+              2 + 3 + 1 + 1 + 3 * (2 + 3) + 4 * words);
+}
+
+/** Whether the parser takes a document; else it says which bound is exceeded. */
+std::string outcomeOf(const std::string& document) {
+    TuningFileParser parser;
+    const int status = parser.setTuningFile(document, true);
+    EXPECT_EQ(status == 0, parser.getError().empty());
+    return parser.getError().substr(0, parser.getError().find(':'));
+}
+
+TEST(DocumentBudget, IsRefusedAboveABoundOnly) {
+    constexpr char kWork[] = "too much work";
+    constexpr char kPayload[] = "too many bytes of lists, values and names";
+    constexpr char kHolders[] = "too many bytes of objects and map entries";
+    const LogCapture log;
+
+    // What stands outside the root costs nothing, but lets a document cost more.
+    const std::string strays = "<d> " + repeat("<profile/>", 450) + "</d>";
+    TuningFileParser unbounded;
+    EXPECT_EQ(unbounded.setTuningFile(strays + std::string(1 << 20, ' '), true), 0);
+    const uint64_t work = unbounded.getBudget().getWork();
+    const size_t size = (work - DocumentBudget::kWorkBase + 15) / DocumentBudget::kWorkPerByte;
+    ASSERT_GT(size, strays.size());
+    EXPECT_EQ(outcomeOf(strays + std::string(size - strays.size(), ' ')), "");
+    EXPECT_EQ(outcomeOf(strays + std::string(size - strays.size() - 1, ' ')), kWork);
+
+    // Numbers take 4 bytes, the id and the mode among them, and the name of a preset its own.
+    const std::string row = repeat("1 ", (16 << 20) / sizeof(int32_t) - 3);
+    const auto named = [&row](size_t nameSize) {
+        return "<d> <profile> <drc-metadata v='" + row + "'/></profile> <preset type='ieq' name='" +
+               std::string(nameSize, 'n') + "'> </preset></d>";
+    };
+    EXPECT_EQ(outcomeOf(named(8)), "");
+    EXPECT_EQ(outcomeOf(named(9)), kPayload);
+
+    // 16 times a text of 1 MiB.
+    const std::string entities = "<!DOCTYPE d [<!ENTITY a '" + std::string(1 << 20, 'a') +
+                                 "'><!ENTITY b 'b'>]><d x='" + repeat("&a;", 16);
+    EXPECT_EQ(outcomeOf(entities + "'/>"), "");
+    EXPECT_EQ(outcomeOf(entities + "&b;'/>").substr(0, 8), "too many");
+
+    // An object and two columns take 256 bytes.
+    const std::string presets = "<d> " + repeat("<preset type='geq'> </preset>", 131072);
+    EXPECT_EQ(outcomeOf(presets + "</d>"), "");
+    EXPECT_EQ(outcomeOf(presets + "<preset type='geq'> </preset></d>"), kHolders);
+}
+
+TEST(DocumentBudget, ARefusalLeavesTheParserAsItWas) {
+    const LogCapture log;
+    TuningFileParser parser;
+    const std::string head = "<d> <format_version major='3' minor='4' maintenance='";
+    EXPECT_EQ(parser.setTuningFile(head + "0'/> <profile id='1' name='a'/></d>", true), 0);
+    const DeviceData* const data = parser.getDeviceData();
+    const std::string settings =
+            "<authorized_technologies> <global_setting device_name='n' device_index='7' "
+            "tuning_version='7' virtual_bass_process='7' altivo_game_system_gain='7'/>"
+            "</authorized_technologies> <tool_version major='7'/>";
+    const std::string dear = head + "7'/> " + settings + repeat("<profile id='1' name='b'/>", 2000);
+    EXPECT_EQ(parser.setTuningFile(dear + "</d>", true), -22);
+    EXPECT_EQ(parser.getDeviceData(), data);
+    EXPECT_EQ(parser.getNumOfProfiles(), 1);
+    EXPECT_EQ(parser.getProfileName(1), "a");
+    EXPECT_EQ(parser.setTuningFile("<d> <profile> <endpoint_type/> </profile></d>", true), 0);
+    const DeviceData& joined = *parser.getDeviceData();
+    EXPECT_EQ(joined.getFormatVersion(), "3.4.0");
+    EXPECT_EQ(joined.getToolVersion() + joined.getDeviceName(), "");
+    EXPECT_EQ(joined.getDeviceIndex(), -1);
+    EXPECT_EQ(joined.getTuningVersion(), -1);
+    EXPECT_EQ(joined.getAltivoGameSystemGain(), 0);
+    EXPECT_EQ(joined.getProfiles().size(), 2U);
+    EXPECT_EQ((*joined.getProfileEndpoints().begin())->getValues().at(VIRTUAL_BASS_TYPE),
+              Values{1});
+}
+
+int gAllocationsLeft = -1;
+
+bool mayAllocate() {
+    return gAllocationsLeft != 0 && (gAllocationsLeft < 0 || gAllocationsLeft-- > 0);
+}
+
+void* allocate(size_t size) {
+    return mayAllocate() ? std::malloc(size) : nullptr;
+}
+
+void* reallocate(void* block, size_t size) {
+    return mayAllocate() ? std::realloc(block, size) : nullptr;
+}
+
+char* duplicate(const char* text) {
+    return mayAllocate() ? ::strdup(text) : nullptr;
+}
+
+TEST(DocumentBudget, AFailedAllocationOfTheParserRefusesTheDocument) {
+    ASSERT_EQ(xmlMemSetup(std::free, allocate, reallocate, duplicate), 0);
+    const LogCapture log;
+    const std::string body =
+            "<d>&t;<profile id='1' name='a&amp;&e;b'><p:x xmlns:n='u' n:y='1'/> <?pi?><![CDATA[c]]>"
+            "<peak-value value='1&e;'/> <!-- --> <drc-metadata v='&e;'/></profile></d>";
+    const std::string plain =
+            "<d> <profile id='1' name='a&amp;b'> <peak-value value='1'/></profile></d>";
+    for (const std::string& document :
+         {plain,
+          "<!DOCTYPE d [<!ENTITY e '2&f;'><!ENTITY f '3'><!ENTITY t '<q>4</q>'>"
+          "<!ATTLIST profile id CDATA '5' group CDATA 'mobility'>]>" +
+                  body}) {
+        const auto read = [&document](int allocations) {
+            TuningFileParser parser;
+            gAllocationsLeft = allocations;
+            const int status = parser.setTuningFile(document, true);
+            const bool isSpent = gAllocationsLeft == 0;
+            gAllocationsLeft = -1;
+            if (status != 0) {
+                EXPECT_FALSE(parser.getError().empty());
+                return std::pair(std::string("refused"), isSpent);
+            }
+            return std::pair((*parser.getDeviceData()->getProfiles().begin())->toString(), isSpent);
+        };
+        const std::string whole = read(-1).first;
+        int allocations = 0;
+        for (bool isSpent = true; isSpent; ++allocations) {
+            const auto [outcome, allSpent] = read(allocations);
+            isSpent = allSpent;
+            EXPECT_TRUE(outcome == "refused" || outcome == whole) << allocations << ": " << outcome;
+        }
+        EXPECT_GT(allocations, 10);
+    }
+}
+
+}  // namespace
+}  // namespace ormel::test
