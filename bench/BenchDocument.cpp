@@ -21,6 +21,14 @@ void renew(std::string& text, std::string_view marker, int offset) {
     }
 }
 
+/** Erases from @p at on whatever begins with @p marker, to the end of its closing tag. */
+void eraseSections(std::string& text, const std::string& marker, const std::string& closing,
+                   size_t at) {
+    for (at = text.find(marker, at); at != std::string::npos; at = text.find(marker, at)) {
+        text.erase(at, text.find(closing, at) + closing.size() - at);
+    }
+}
+
 }  // namespace
 
 std::string growDocument(const std::string& seed, size_t size) {
@@ -38,6 +46,18 @@ std::string growDocument(const std::string& seed, size_t size) {
         document += "\n    " + round;
     }
     return document + seed.substr(end);
+}
+
+std::string shrinkDocument(const std::string& seed) {
+    std::string document = seed;
+    for (const char* const id : {"1", "2", "3"}) {
+        for (const std::string kind : {"preset", "profile"}) {
+            const std::string marker = "<" + kind + " id=\"" + id;
+            eraseSections(document, marker, "</" + kind + ">", 0);
+        }
+    }
+    eraseSections(document, "<tuning ", "</tuning>", document.find("</tuning>"));
+    return document;
 }
 
 }  // namespace ormel::bench

@@ -12,4 +12,7 @@ namespace ormel::bench {
  */
 std::string growDocument(const std::string& seed, size_t size);
 
+/** A small document: the presets and the profile of id 0, and the first tuning of @p seed. */
+std::string shrinkDocument(const std::string& seed);
+
 }  // namespace ormel::bench

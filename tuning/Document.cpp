@@ -4,17 +4,6 @@ namespace ormel {
 
 using Piece = Document::Piece;
 
-Piece DocumentBuilder::store(std::string_view text) {
-    beginText();
-    appendText(text);
-    return endText();
-}
-
-Piece DocumentBuilder::endText() const {
-    return {static_cast<uint32_t>(mTextBegin),
-            static_cast<uint32_t>(mDocument.mText.size() - mTextBegin)};
-}
-
 void DocumentBuilder::addNode(Kind kind, Piece name) {
     const auto index = static_cast<uint32_t>(mDocument.mNodes.size());
     if (isInElement()) {

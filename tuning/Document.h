@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -57,7 +56,7 @@ class Document {
         return mAttributes.data() + node.firstAttribute;
     }
     std::string_view text(const Piece& piece) const {
-        return std::string_view(mText).substr(piece.begin, piece.size);
+        return {mText.data() + piece.begin, piece.size};
     }
 
   private:
@@ -65,7 +64,7 @@ class Document {
 
     std::vector<Node> mNodes;
     std::vector<Attribute> mAttributes;
-    std::string mText;
+    std::vector<char> mText;
 };
 
 static_assert(sizeof(Document::Node) == 24 && sizeof(Document::Attribute) == 16);
@@ -98,12 +97,21 @@ class DocumentBuilder {
     void addOther(std::string_view name);
 
     /** Stores a name or text. */
-    Document::Piece store(std::string_view text);
+    Document::Piece store(std::string_view text) {
+        beginText();
+        appendText(text);
+        return endText();
+    }
 
     /** The same for a text that comes in pieces: what is appended until endText(). */
     void beginText() { mTextBegin = mDocument.mText.size(); }
-    void appendText(std::string_view text) { mDocument.mText.append(text); }
-    Document::Piece endText() const;
+    void appendText(std::string_view text) {
+        mDocument.mText.insert(mDocument.mText.end(), text.begin(), text.end());
+    }
+    Document::Piece endText() const {
+        return {static_cast<uint32_t>(mTextBegin),
+                static_cast<uint32_t>(mDocument.mText.size() - mTextBegin)};
+    }
 
   private:
     enum class Kind : uint8_t { NONE, ELEMENT, TEXT, CDATA, OTHER };

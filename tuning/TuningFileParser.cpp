@@ -11,6 +11,8 @@ namespace ormel {
 
 namespace {
 
+using Names = std::vector<std::string>;
+
 /** Made on first use, which may be before this file's static initialisation. */
 SetterCollection& setterCollection() {
     static auto& collection = *new SetterCollection;
@@ -112,7 +114,8 @@ void TuningFileParser::parseTuningFile() {
 }
 
 std::string TuningFileParser::parseVersion() {
-    const auto parts = readAttributes({"major", "minor", "maintenance"});
+    static const auto& kNames = *new Names{"major", "minor", "maintenance"};
+    const auto parts = readAttributes(kNames);
     return parts[0] + "." + parts[1] + "." + parts[2];
 }
 
@@ -170,7 +173,8 @@ int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
 }
 
 void TuningFileParser::parsePreset() {
-    const auto attributes = readAttributes({"id", "name", "type"});
+    static const auto& kNames = *new Names{"id", "name", "type"};
+    const auto attributes = readAttributes(kNames);
     const std::string& id = attributes[0];
     const std::string& type = attributes[2];
     Objects& objects = mDocuments.back();
@@ -217,7 +221,8 @@ void TuningFileParser::parseProfile() {
     const int defaultIeqPresetId = isFormat32 ? parseProfileInclude() : 0;
 
     mIterator.pushNode();
-    const auto attributes = readAttributes({"id", "name", "group"});
+    static const auto& kNames = *new Names{"id", "name", "group"};
+    const auto attributes = readAttributes(kNames);
     const int id = string2Int(attributes[0]);
     const std::string& name = attributes[1];
     const bool mobility = !isFormat32 && attributes[2] == "mobility";
@@ -327,8 +332,9 @@ void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, int ie
 
 void TuningFileParser::parseTuning() {
     mIterator.pushNode();
-    const auto attributes = readAttributes(
-            {"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
+    static const auto& kNames =
+            *new Names{"name", "endpoint_type", "mono_device", "orientation", "output_channels"};
+    const auto attributes = readAttributes(kNames);
     const std::string& name = attributes[0];
     Tuning tuning(name, tuningEndpointFromType(attributes[1]), attributes[2] == "true");
     mBudget.chargeObject();
@@ -376,7 +382,8 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
 }
 
 void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
-    const auto attributes = readAttributes({"id", "endpoint_port"});
+    static const auto& kNames = *new Names{"id", "endpoint_port"};
+    const auto attributes = readAttributes(kNames);
     mBudget.chargeObject();
     mBudget.chargeKeptText(attributes[0].size() + attributes[1].size() + tuningName.size());
     if (!mBudget.isSpent()) {
