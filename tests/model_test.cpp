@@ -161,5 +161,32 @@ TEST(DeviceData, ValidationSelectsNoPresetWhereTheEqualizerIsOff) {
     }
 }
 
+// Whether a set stays where it is when it is handed to its own setter.
+template <typename Object>
+bool keepsItself(const std::set<Object*>& (DeviceData::*get)() const,
+                 void (DeviceData::*set)(const std::set<Object*>&), Object* object) {
+    DeviceData data;
+    (data.*set)({object});
+    const auto first = (data.*get)().begin();
+    (data.*set)((data.*get)());
+    return (data.*get)().size() == 1 && (data.*get)().begin() == first && *first == object;
+}
+
+TEST(DeviceData, KeepsASetThatItIsGivenAgain) {
+    using Data = DeviceData;
+    IeqPreset ieq(0, "off");
+    GeqPreset geq(1);
+    Profile profile(1, "", false);
+    ProfileEndpoint endpoint(1, ENDPOINT_SPEAKER, 2);
+    Tuning tuning("", ENDPOINT_OTHER, false);
+    DeviceTuning binding("", "", "");
+    EXPECT_TRUE(keepsItself(&Data::getIeqPresets, &Data::setIeqPresets, &ieq));
+    EXPECT_TRUE(keepsItself(&Data::getGeqPresets, &Data::setGeqPresets, &geq));
+    EXPECT_TRUE(keepsItself(&Data::getProfiles, &Data::setProfiles, &profile));
+    EXPECT_TRUE(keepsItself(&Data::getProfileEndpoints, &Data::setProfileEndPoints, &endpoint));
+    EXPECT_TRUE(keepsItself(&Data::getTunings, &Data::setTunings, &tuning));
+    EXPECT_TRUE(keepsItself(&Data::getDeviceTunings, &Data::setDeviceTunings, &binding));
+}
+
 }  // namespace
 }  // namespace ormel::test

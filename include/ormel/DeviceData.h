@@ -10,7 +10,6 @@
 
 #include <set>
 #include <string>
-#include <utility>
 
 namespace ormel {
 
@@ -50,15 +49,16 @@ class DeviceData {
     virtual void setDeviceName(std::string name);
     virtual void setDeviceIndex(int index) { mDeviceIndex = index; }
     virtual void setTuningVersion(int version) { mTuningVersion = version; }
-    virtual void setIeqPresets(std::set<IeqPreset*> presets) { mIeqPresets = std::move(presets); }
-    virtual void setGeqPresets(std::set<GeqPreset*> presets) { mGeqPresets = std::move(presets); }
-    virtual void setProfiles(std::set<Profile*> profiles) { mProfiles = std::move(profiles); }
-    virtual void setProfileEndPoints(std::set<ProfileEndpoint*> endpoints) {
-        mProfileEndpoints = std::move(endpoints);
+    // The set that is kept stays as it is when it is passed itself.
+    virtual void setIeqPresets(const std::set<IeqPreset*>& presets) { mIeqPresets = presets; }
+    virtual void setGeqPresets(const std::set<GeqPreset*>& presets) { mGeqPresets = presets; }
+    virtual void setProfiles(const std::set<Profile*>& profiles) { mProfiles = profiles; }
+    virtual void setProfileEndPoints(const std::set<ProfileEndpoint*>& endpoints) {
+        mProfileEndpoints = endpoints;
     }
-    virtual void setTunings(std::set<Tuning*> tunings) { mTunings = std::move(tunings); }
-    virtual void setDeviceTunings(std::set<DeviceTuning*> tunings) {
-        mDeviceTunings = std::move(tunings);
+    virtual void setTunings(const std::set<Tuning*>& tunings) { mTunings = tunings; }
+    virtual void setDeviceTunings(const std::set<DeviceTuning*>& tunings) {
+        mDeviceTunings = tunings;
     }
 
     virtual std::string getSignature() const { return mSignature; }
