@@ -77,6 +77,24 @@ TEST(Command, AppendsEntriesAsTheyComeAndSendsThem) {
     EXPECT_EQ(store.getCommitCount(), 2);
 }
 
+TEST(Command, JoinsListsThatAreKnownAtRunTimeOnly) {
+    Values a = {1, 2};
+    Values b = {3};
+    std::vector<Values*> lists = {&a, nullptr, &b, &a};
+    SetParamCommand command(7);
+    command.add(VOL, lists);
+    command.add(VOL, 9, lists);
+    command.add(VOL, std::vector<const Values*>{&command.mParams});
+    lists.clear();
+    command.add(VOL, lists);
+    command.add(VOL, 9, lists);
+    command.add(VOL, {});
+    EXPECT_EQ(listText(command.mParams),
+              "7:list 0\n-1:vol 1 2 3 1 2\n-1:vol 9 1 2 3 1 2\n"
+              "-1:vol 7 0 -1 7106422 5 1 2 3 1 2 -1 7106422 6 9 1 2 3 1 2\n"
+              "-1:vol\n-1:vol 9\n-1:vol\n");
+}
+
 TEST(SharedStore, GetsNothingOfAListThatIsNotWhatItsHeaderSays) {
     LogCapture log;
     KivParamStore& store = freshStore();

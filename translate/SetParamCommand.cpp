@@ -25,25 +25,11 @@ void SetParamCommand::add(KivParameter param, int value) {
 }
 
 void SetParamCommand::add(KivParameter param, const std::vector<int>& values) {
-    addEntry(param, {}, {&values});
-}
-
-void SetParamCommand::add(KivParameter param, std::initializer_list<int> values) {
-    addEntry(param, values, {});
-}
-
-void SetParamCommand::add(KivParameter param,
-                          std::initializer_list<const std::vector<int>*> lists) {
-    addEntry(param, {}, lists);
-}
-
-void SetParamCommand::add(KivParameter param, int first,
-                          std::initializer_list<const std::vector<int>*> lists) {
-    addEntry(param, {first}, lists);
+    add(param, {&values});
 }
 
 void SetParamCommand::addEntry(KivParameter param, std::initializer_list<int> leading,
-                               std::initializer_list<const std::vector<int>*> lists) {
+                               Lists lists) {
     const size_t at = mParams.size();
     // The command's own list may be among them, and grows below.
     const auto sizeOf = [this, at](const std::vector<int>* list) {

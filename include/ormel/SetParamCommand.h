@@ -45,17 +45,36 @@ class SetParamCommand {
 
     void add(KivParameter param, int value);
     void add(KivParameter param, const std::vector<int>& values);
-    /** Values that are written out, so that a 0 among them is not taken for a null list. */
-    void add(KivParameter param, std::initializer_list<int> values);
 
     /**
-     * One entry with the values of all @p lists, one list after another. The command's own list may
-     * be among them; null stands for no values.
+     * Values that are written out, so that a 0 among them is not taken for a null list. Being a
+     * template, it leaves {}, which would fit either, to the lists.
      */
-    void add(KivParameter param, std::initializer_list<const std::vector<int>*> lists);
+    template <typename = void>
+    void add(KivParameter param, std::initializer_list<int> values) {
+        addEntry(param, values, {});
+    }
+
+    /**
+     * One entry with the values of all @p lists, one list after another; without lists, one of no
+     * values. The command's own list may be among them; null stands for no values.
+     */
+    void add(KivParameter param, std::initializer_list<const std::vector<int>*> lists) {
+        addEntry(param, {}, {lists.begin(), lists.size()});
+    }
+    template <typename List>
+    void add(KivParameter param, const std::vector<List*>& lists) {
+        addEntry(param, {}, {lists.data(), lists.size()});
+    }
 
     /** The same behind a leading value. */
-    void add(KivParameter param, int first, std::initializer_list<const std::vector<int>*> lists);
+    void add(KivParameter param, int first, std::initializer_list<const std::vector<int>*> lists) {
+        addEntry(param, {first}, {lists.begin(), lists.size()});
+    }
+    template <typename List>
+    void add(KivParameter param, int first, const std::vector<List*>& lists) {
+        addEntry(param, {first}, {lists.data(), lists.size()});
+    }
 
     /** -1 until setDeviceId() is called. */
     int32_t mDeviceId = -1;
@@ -70,8 +89,15 @@ class SetParamCommand {
     std::vector<int32_t> mParams;
 
   private:
-    void addEntry(KivParameter param, std::initializer_list<int> leading,
-                  std::initializer_list<const std::vector<int>*> lists);
+    struct Lists {
+        const std::vector<int>* const* first = nullptr;
+        size_t count = 0;
+
+        const std::vector<int>* const* begin() const { return first; }
+        const std::vector<int>* const* end() const { return first + count; }
+    };
+
+    void addEntry(KivParameter param, std::initializer_list<int> leading, Lists lists);
 };
 
 }  // namespace ormel
