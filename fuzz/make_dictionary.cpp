@@ -30,7 +30,7 @@ std::string bandOf(const std::string& element, const Names& names) {
 
 int main() {
     using namespace ormel;
-    for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+    for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
         entry("<" + setter->getNodeName() + " value=\"1\"/> ");
         entry("<" + setter->getNodeName() + " value=\"1,2,3\"> ");
         entry("</" + setter->getNodeName() + "> ");

@@ -134,7 +134,7 @@ TEST_F(SchemaTest, HasTheParametersOfTheLibrary) {
     };
     for (const auto& [group, owner] : sections) {
         Names elements;
-        for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+        for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
             if (parametersOf(owner).count(setter->getParams().front()) != 0) {
                 elements.insert(setter->getNodeName());
             }
@@ -165,7 +165,7 @@ TEST_F(SchemaTest, HasTheFormsOfTheLibrary) {
     expectValues("portText", kPortNames);
     expectValues("presetName", kIeqPresetNames);
 
-    for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+    for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
         const auto types = query(parameterPath(setter->getNodeName()) + "/@type");
         for (const std::string& type : types) {
             const bool isRow = dynamic_cast<const RowDataValueSetter*>(setter) != nullptr;

@@ -96,12 +96,63 @@ TEST(ValueSetter, BearsAWalkerThatAnswersOddly) {
         EXPECT_EQ(walker.init("<r> <a> <b> <c> <d/></c></b></a></r>", true), 0);
         walker.next();
         GeqPreset values(0);
-        for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+        for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
             setter->set(values, walker);
         }
         EXPECT_EQ(values.getValues()[PEAK_VALUE], std::vector<int>{count > 0});
         EXPECT_EQ(values.getValues()[REGULATOR_FREQUENCY], std::vector<int>(count > 0 ? 1 : 0, 1));
     }
+}
+
+template <typename Setter>
+void expectToFeed(const std::string& element, const std::string& expected) {
+    TagIterator iterator;
+    EXPECT_EQ(iterator.init("<r> " + element + "</r>", true), 0);
+    iterator.next();
+    GeqPreset values(0);
+    Setter("none", {}).set(values, iterator);
+    EXPECT_EQ(values.valuesToString(), "") << element;
+    Setter("one", {GEQ_GAIN}).set(values, iterator);
+    EXPECT_EQ(values.valuesToString(), expected) << element;
+    Setter("all and one", {GEQ_GAIN, GEQ_GAIN, GEQ_GAIN, GEQ_GAIN, GEQ_GAIN, PEAK_VALUE})
+            .set(values, iterator);
+    EXPECT_EQ(values.getValues().count(PEAK_VALUE), 0U) << element;
+}
+
+TEST(ValueSetter, FeedsAsManyParametersAsItHasAttributes) {
+    expectToFeed<VirtualBassValueSetter>("<a frequency_low='1' frequency_high='2'/>",
+                                         "geq_gain=1,\n");
+    expectToFeed<IeqValueSetter>("<a> <b> <c> <band_ieq frequency='1' target='2'/></c></b></a>",
+                                 "geq_gain=1,\n");
+    expectToFeed<GeqValueSetter>("<a> <b> <c> <d frequency='1' gain='2'/></c></b></a>",
+                                 "geq_gain=1,\n");
+    expectToFeed<AudioOptimizerValueSetter>("<a> <b frequency='1' gain_left='2'/></a>",
+                                            "geq_gain=1,\n");
+    expectToFeed<RegulatorTuningValueSetter>("<a> <b frequency='1' threshold_low='2'/></a>",
+                                             "geq_gain=1,\n");
+}
+
+/** A setter of somebody else's, who says of no operation that it changes nothing. */
+class OutsideSetter : public SimpleValueSetter {
+  public:
+    OutsideSetter() : SimpleValueSetter("outside", PEAK_VALUE) {}
+    std::string getNodeName() override { return "not " + SimpleValueSetter::getNodeName(); }
+    void set(ParameterValues& values, TagIterator& iterator) override {
+        SimpleValueSetter::set(values, iterator);
+        values.set(GEQ_GAIN, values.getValues()[PEAK_VALUE]);
+    }
+};
+
+TEST(ValueSetter, CanBeDerivedFrom) {
+    TagIterator iterator;
+    EXPECT_EQ(iterator.init("<r> <a value='5'/></r>", true), 0);
+    iterator.next();
+    GeqPreset values(0);
+    OutsideSetter outside;
+    ValueSetter& setter = outside;
+    setter.set(values, iterator);
+    EXPECT_EQ(setter.getNodeName(), "not outside");
+    EXPECT_EQ(values.valuesToString(), "geq_gain=5,\npeak_value=5,\n");
 }
 
 TEST(SetterCollection, KnowsASetterForEveryParameterOfADocument) {

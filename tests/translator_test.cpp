@@ -161,5 +161,30 @@ TEST(Translation, RunsWhatIsPendingOnceInTableOrder) {
               " list 0; geon; gebs 0; vmb 2; bmde; ieid 6; iebs 0; ieid 6; iebs 0;");
 }
 
+/** A translator of somebody else's, who says of no operation that it changes nothing. */
+class OutsideTranslator : public SimpleTranslator {
+  public:
+    OutsideTranslator() : SimpleTranslator(VMB, VOLMAX_BOOST) {}
+    std::vector<Parameter>& getSrcParams() override { return sources; }
+    void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
+                      bool mono) override {
+        SimpleTranslator::kivTranslate(cmd, values, endpoint, mono);
+        cmd.add(PLB, endpoint);
+    }
+
+    std::vector<Parameter> sources = {PEAK_VALUE};
+};
+
+TEST(Translator, CanBeDerivedFrom) {
+    Tuning source("t", ENDPOINT_SPEAKER, false);
+    SetParamCommand command(0);
+    OutsideTranslator outside;
+    Translator& translator = outside;
+    translator.kivTranslate(command, source, ENDPOINT_OTHER, false);
+    EXPECT_EQ(textOf(command), " list 0; vmb; plb 2;");
+    EXPECT_EQ(translator.getSrcParams(), std::vector<Parameter>{PEAK_VALUE});
+    EXPECT_EQ(outside.SimpleTranslator::getSrcParams(), std::vector<Parameter>{VOLMAX_BOOST});
+}
+
 }  // namespace
 }  // namespace ormel::test

@@ -23,7 +23,7 @@ std::string likeness(std::string_view name) {
 /** A parameter's or section's name that is like an unknown one; empty where none is. */
 std::string similarName(std::string_view name) {
     std::string like = likeness(name);
-    for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+    for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
         if (setter->getNodeName() == like) {
             return like;
         }

@@ -48,7 +48,7 @@ bool isAttribute(Parameter param) {
 }
 
 /** The values of what a translator writes, by code. */
-std::map<int32_t, Values> written(const Translator& translator, Sample sample, Endpoint endpoint) {
+std::map<int32_t, Values> written(Translator& translator, Sample sample, Endpoint endpoint) {
     SetParamCommand command(DEVICE_OUT_DEFAULT);
     translator.kivTranslate(command, sample, endpoint, false);
     command.mParams[1] = command.mParamCount;
@@ -60,7 +60,7 @@ std::map<int32_t, Values> written(const Translator& translator, Sample sample, E
 }
 
 /** The parameters that a translator looks at, whether or not their change calls for it. */
-std::set<Parameter> readParams(const Translator& translator, const std::set<Parameter>& validParams,
+std::set<Parameter> readParams(Translator& translator, const std::set<Parameter>& validParams,
                                Endpoint endpoint) {
     const auto& sources = translator.getSrcParams();
     std::set<Parameter> params(sources.begin(), sources.end());
@@ -109,17 +109,17 @@ class EntryOrigins::Source {
 
   private:
     void findOrigins() {
-        std::set<const Translator*> translators;
+        std::set<Translator*> translators;
         for (const Parameter param : mObject.getValidParams()) {
             translators.insert(ParameterTranslator::sTranslatorCollection->getTranslator(param));
         }
         translators.erase(nullptr);
-        for (const Translator* const translator : translators) {
+        for (Translator* const translator : translators) {
             findOrigins(*translator);
         }
     }
 
-    void findOrigins(const Translator& translator) {
+    void findOrigins(Translator& translator) {
         const std::set<Parameter> params =
                 readParams(translator, mObject.getValidParams(), mEndpoint);
         ValueMap values;
@@ -141,9 +141,8 @@ class EntryOrigins::Source {
     }
 
     /** The codes of those @p entries that change with a parameter. */
-    std::set<int32_t> entriesFrom(const Translator& translator,
-                                  const std::map<int32_t, Values>& entries, ValueMap values,
-                                  Parameter param) const {
+    std::set<int32_t> entriesFrom(Translator& translator, const std::map<int32_t, Values>& entries,
+                                  ValueMap values, Parameter param) const {
         std::set<int32_t> codes;
         for (const Values& other : {Values(), Values{1}}) {
             values[param] = other;
@@ -158,7 +157,7 @@ class EntryOrigins::Source {
         return codes;
     }
 
-    std::map<int32_t, Values> write(const Translator& translator, const ValueMap& values) const {
+    std::map<int32_t, Values> write(Translator& translator, const ValueMap& values) const {
         return written(translator, Sample(mObject.getValidParams(), values), mEndpoint);
     }
 

@@ -18,12 +18,12 @@ namespace ormel::tools {
 
 namespace {
 
-using SetterMap = std::unordered_map<std::string, const ValueSetter*>;
+using SetterMap = std::unordered_map<std::string, ValueSetter*>;
 
 const SetterMap& settersByName() {
     static const auto& map = *[] {
         auto* const setters = new SetterMap;
-        for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+        for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
             setters->emplace(setter->getNodeName(), setter);
         }
         return setters;
@@ -31,7 +31,7 @@ const SetterMap& settersByName() {
     return map;
 }
 
-const ValueSetter* setterOf(const std::string& name) {
+ValueSetter* setterOf(const std::string& name) {
     const auto found = settersByName().find(name);
     return found == settersByName().end() ? nullptr : found->second;
 }
@@ -201,7 +201,7 @@ class ReadTrace::Walker : public TagIterator {
         const ReadElement* element;
         size_t section;
         /** The setter that reads there; null where the document's parser does. */
-        const ValueSetter* setter;
+        ValueSetter* setter;
         /** Whether the section begins at the element. */
         bool isSection;
     };
@@ -231,7 +231,7 @@ class ReadTrace::Walker : public TagIterator {
         if (mFrames.empty() || !mFrames.back().isSection) {
             return;
         }
-        const ValueSetter* const setter = setterOf(name);
+        ValueSetter* const setter = setterOf(name);
         mReading = setter == nullptr ? nullptr : &element;
         if (setter == nullptr) {
             return;
@@ -442,7 +442,7 @@ void ReadTrace::match(const Objects& objects, Predicate isTheirs) {
 void ReadTrace::matchObjects() {
     const auto isPreset = [this](ParameterOwner owner) {
         return [this, owner](const ReadSection& section) {
-            const ValueSetter* const setter = getElements()[section.element].setter;
+            ValueSetter* const setter = getElements()[section.element].setter;
             return section.as == ReadAs::PRESET &&
                    kParameterOwners[setter->getParams().front()] == owner;
         };

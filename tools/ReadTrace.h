@@ -55,7 +55,7 @@ struct ReadElement {
     /** Names of the attributes that were asked for; null where none were by name. */
     const std::set<std::string>* attributes = nullptr;
     /** The setter that read it as a parameter, or in whose parameter it is a band or row. */
-    const ValueSetter* setter = nullptr;
+    ValueSetter* setter = nullptr;
     /** Index of the section that was being read, or that begins here; none: kNoSection. */
     size_t section = kNoSection;
 

@@ -43,7 +43,7 @@ std::string versionElement(const std::string& version) {
 /** An element for every parameter that is a number or a row of them. */
 std::string valueElements(int value) {
     std::string elements;
-    for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+    for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
         if (dynamic_cast<const SimpleValueSetter*>(setter) != nullptr ||
             dynamic_cast<const RowDataValueSetter*>(setter) != nullptr) {
             elements +=
@@ -67,7 +67,7 @@ std::string probeDocument(const std::string& version) {
 template <typename Objects>
 VersionRules::Fixed fixedValues(const Objects& objects, int given, std::set<Parameter>* inherited) {
     VersionRules::Fixed fixed;
-    for (const ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+    for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
         const Parameter param = setter->getParams().front();
         const auto& values = (*objects.begin())->getValues();
         const auto found = values.find(param);

@@ -50,24 +50,24 @@ void addBands(SetParamCommand& cmd, KivParameter param, const Values& frequencie
 SimpleTranslator::SimpleTranslator(KivParameter dst, Parameter src) : mDst(dst), mSrcParams{src} {}
 
 void SimpleTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                    Endpoint /* endpoint */, bool /* mono */) const {
+                                    Endpoint /* endpoint */, bool /* mono */) {
     cmd.add(mDst, {&values.getValues()[mSrcParams.front()]});
 }
 
 void GeqTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                 Endpoint /* endpoint */, bool /* mono */) const {
+                                 Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
     addBands(cmd, GEBS, from[GEQ_FREQUENCY], from[GEQ_GAIN]);
 }
 
 void IeqTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                 Endpoint /* endpoint */, bool /* mono */) const {
+                                 Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
     addBands(cmd, IEBS, from[IEQ_FREQUENCY], from[IEQ_TARGET]);
 }
 
 void ComplexEqualizerTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                              Endpoint /* endpoint */, bool /* mono */) const {
+                                              Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
     const int enable = firstOr0(from[COMPLEX_EQUALIZER_ENABLE]);
     const int channels = firstOr0(from[OUTPUT_CHANNELS]);
@@ -80,7 +80,7 @@ void ComplexEqualizerTranslator::kivTranslate(SetParamCommand& cmd, ParameterVal
 }
 
 void VirtualBassEnableTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                               Endpoint /* endpoint */, bool /* mono */) const {
+                                               Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
     if (firstOr0(from[VIRTUAL_BASS_ENABLE]) != 0) {
         cmd.add(VBM, from[VIRTUAL_BASS_MODE]);
@@ -91,14 +91,14 @@ void VirtualBassEnableTranslator::kivTranslate(SetParamCommand& cmd, ParameterVa
 }
 
 void VirtualBassTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                         Endpoint /* endpoint */, bool /* mono */) const {
+                                         Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
     cmd.add(VBSF, {&from[VIRTUAL_BASS_SRC_FREQ_LOW], &from[VIRTUAL_BASS_SRC_FREQ_HIGH]});
     cmd.add(VBMF, {&from[VIRTUAL_BASS_MIX_FREQ_LOW], &from[VIRTUAL_BASS_MIX_FREQ_HIGH]});
 }
 
 void BassMbdrcTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                       Endpoint /* endpoint */, bool /* mono */) const {
+                                       Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
     if (firstOr0(from[BASS_MBDRC_ENABLE]) != 0) {
         cmd.add(BMDT, from[BASS_MBDRC_TUNING]);
@@ -106,7 +106,7 @@ void BassMbdrcTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& va
 }
 
 void DeAmountTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                      Endpoint /* endpoint */, bool /* mono */) const {
+                                      Endpoint /* endpoint */, bool /* mono */) {
     Values amount = values.getValues()[DIALOG_ENHANCER_AMOUNT];
     if (firstOr0(amount) > kMaxDialogEnhancerAmount) {
         amount.front() = kMaxDialogEnhancerAmount;
@@ -115,7 +115,7 @@ void DeAmountTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& val
 }
 
 void AudioOptimizerTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                            Endpoint /* endpoint */, bool /* mono */) const {
+                                            Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
     const Values& frequencies = from[AUDIO_OPTIMIZER_FREQUENCY];
     const int channels = firstOr0(from[OUTPUT_CHANNELS]);
@@ -128,7 +128,7 @@ void AudioOptimizerTranslator::kivTranslate(SetParamCommand& cmd, ParameterValue
 }
 
 void AudioRegulatorTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                            Endpoint /* endpoint */, bool /* mono */) const {
+                                            Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
     const Values& outputChannels = from[OUTPUT_CHANNELS];
     Values& stressAmount = from[REGULATOR_STRESS_AMOUNT];
@@ -155,7 +155,7 @@ void AudioRegulatorTranslator::kivTranslate(SetParamCommand& cmd, ParameterValue
 }
 
 void OutputModeTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                        Endpoint endpoint, bool mono) const {
+                                        Endpoint endpoint, bool mono) {
     if (values.getValidParams().count(VIRTUALIZER_ENABLE) == 0) {
         return;
     }
@@ -175,7 +175,7 @@ void OutputModeTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& v
 }
 
 void CustomDRCTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
-                                       Endpoint /* endpoint */, bool /* mono */) const {
+                                       Endpoint /* endpoint */, bool /* mono */) {
     cmd.add(DRCM, values.getValues()[CUSTOM_DRC_METADATA]);
 }
 

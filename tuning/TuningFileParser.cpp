@@ -198,7 +198,7 @@ bool TuningFileParser::readParameter(std::string_view name, ParameterValues& val
     if (name == "text") {
         return false;
     }
-    const ValueSetter* const setter = setterCollection().getValueSetter(name);
+    ValueSetter* const setter = setterCollection().getValueSetter(name);
     if (setter == nullptr) {
         return false;
     }

@@ -4,6 +4,7 @@
 
 #include <log/log.h>
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -66,7 +67,7 @@ std::vector<std::vector<int>> makeColumns(size_t count) {
 
 void setAll(ParameterValues& values, const std::vector<Parameter>& params,
             std::vector<std::vector<int>> columns) {
-    for (size_t i = 0; i < columns.size(); ++i) {
+    for (size_t i = 0; i < std::min(params.size(), columns.size()); ++i) {
         values.set(params[i], std::move(columns[i]));
     }
 }
@@ -108,18 +109,18 @@ ValueSetter::ValueSetter(std::string nodeName, std::vector<Parameter> params)
 SimpleValueSetter::SimpleValueSetter(std::string nodeName, Parameter param)
     : ValueSetter(std::move(nodeName), {param}) {}
 
-void SimpleValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+void SimpleValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     values.set(mParams.front(), {NodeParseUtils::parseValue(iterator)});
 }
 
 RowDataValueSetter::RowDataValueSetter(std::string nodeName, Parameter param)
     : ValueSetter(std::move(nodeName), {param}) {}
 
-void RowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+void RowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     values.set(mParams.front(), NodeParseUtils::parseDataRow(iterator));
 }
 
-void DrcRowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+void DrcRowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<int> row = NodeParseUtils::parseDataRow(iterator);
     if (row.empty()) {
         row.push_back(0);
@@ -130,14 +131,14 @@ void DrcRowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) 
 MixMatrixValueSetter::MixMatrixValueSetter(std::string nodeName, Parameter param)
     : ValueSetter(std::move(nodeName), {param}) {}
 
-void MixMatrixValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+void MixMatrixValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     values.set(mParams.front(), NodeParseUtils::parseMixMatrix(iterator));
 }
 
 VirtualBassSubgainValueSetter::VirtualBassSubgainValueSetter(std::string nodeName, Parameter param)
     : ValueSetter(std::move(nodeName), {param}) {}
 
-void VirtualBassSubgainValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+void VirtualBassSubgainValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<int> gains;
     iterator.parseNodeIntVector(gains);
     values.set(mParams.front(), std::move(gains));
@@ -151,9 +152,9 @@ NamedAttributesValueSetter::NamedAttributesValueSetter(std::string nodeName,
 VirtualBassValueSetter::VirtualBassValueSetter(std::string nodeName, std::vector<Parameter> params)
     : NamedAttributesValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
 
-void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
-    for (size_t i = 0; i < texts.size(); ++i) {
+    for (size_t i = 0; i < std::min(mParams.size(), texts.size()); ++i) {
         values.set(mParams[i], {string2Int(texts[i])});
     }
 }
@@ -164,7 +165,7 @@ PresetBandsValueSetter::PresetBandsValueSetter(std::string nodeName, std::vector
     : NamedAttributesValueSetter(std::move(nodeName), std::move(params), std::move(attrNames)),
       mBandName(std::move(bandName)) {}
 
-void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<std::vector<int>> columns = makeColumns(mAttrNames.size());
     // A column is one row of text with a comma behind every band's: it ends where such a row does.
     std::vector<bool> isOpen(columns.size(), true);
@@ -197,7 +198,7 @@ IeqValueSetter::IeqValueSetter(std::string nodeName, std::vector<Parameter> para
 GeqValueSetter::GeqValueSetter(std::string nodeName, std::vector<Parameter> params)
     : PresetBandsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames), "") {}
 
-void BandColumnsValueSetter::set(ParameterValues& values, TagIterator& iterator) const {
+void BandColumnsValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<std::vector<int>> columns = makeColumns(mAttrNames.size());
     {
         const ScopedPosition position(iterator);

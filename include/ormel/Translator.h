@@ -24,7 +24,7 @@ class Translator {
     virtual ~Translator() = default;
 
     /** The parameters whose change calls for this translator. */
-    virtual const std::vector<Parameter>& getSrcParams() const = 0;
+    virtual const std::vector<Parameter>& getSrcParams() = 0;
 
     /**
      * Adds this translator's entries to @p cmd, under the device that the command is set to.
@@ -33,7 +33,7 @@ class Translator {
      * @param mono     whether the output is mono; counts for the output mode only
      */
     virtual void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                              bool mono) const = 0;
+                              bool mono) = 0;
 
   protected:
     Translator() = default;
@@ -47,9 +47,9 @@ class Translator {
 class SimpleTranslator : public Translator {
   public:
     SimpleTranslator(KivParameter dst, Parameter src);
-    const std::vector<Parameter>& getSrcParams() const override { return mSrcParams; }
+    const std::vector<Parameter>& getSrcParams() override { return mSrcParams; }
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 
   private:
     KivParameter mDst;
@@ -60,7 +60,7 @@ class SimpleTranslator : public Translator {
 template <typename Derived>
 class SpecialTranslator : public Translator {
   public:
-    const std::vector<Parameter>& getSrcParams() const override {
+    const std::vector<Parameter>& getSrcParams() override {
         static const auto& params =
                 *new std::vector<Parameter>(Derived::kSrcParams.begin(), Derived::kSrcParams.end());
         return params;
@@ -72,7 +72,7 @@ class GeqTranslator : public SpecialTranslator<GeqTranslator> {
   public:
     static constexpr std::array kSrcParams = {GEQ_FREQUENCY, GEQ_GAIN};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /** IEBS: band count, frequencies, targets. */
@@ -80,7 +80,7 @@ class IeqTranslator : public SpecialTranslator<IeqTranslator> {
   public:
     static constexpr std::array kSrcParams = {IEQ_FREQUENCY, IEQ_TARGET};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /**
@@ -93,7 +93,7 @@ class ComplexEqualizerTranslator : public SpecialTranslator<ComplexEqualizerTran
             COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND,
             COMPLEX_EQUALIZER_TUNING_RIGHT, COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /**
@@ -104,7 +104,7 @@ class VirtualBassEnableTranslator : public SpecialTranslator<VirtualBassEnableTr
   public:
     static constexpr std::array kSrcParams = {VIRTUAL_BASS_ENABLE, VIRTUAL_BASS_TYPE};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /** VBSF, then VBMF: the low and high ends of the source and the mix frequency range. */
@@ -114,7 +114,7 @@ class VirtualBassTranslator : public SpecialTranslator<VirtualBassTranslator> {
                                               VIRTUAL_BASS_MIX_FREQ_LOW,
                                               VIRTUAL_BASS_MIX_FREQ_HIGH};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /** BMDT: the bass compressor's tuning, unless the compressor is off. */
@@ -122,7 +122,7 @@ class BassMbdrcTranslator : public SpecialTranslator<BassMbdrcTranslator> {
   public:
     static constexpr std::array kSrcParams = {BASS_MBDRC_TUNING};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /** DEA: the dialog enhancer amount, its first value at most 12. */
@@ -130,7 +130,7 @@ class DeAmountTranslator : public SpecialTranslator<DeAmountTranslator> {
   public:
     static constexpr std::array kSrcParams = {DIALOG_ENHANCER_AMOUNT};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /**
@@ -143,7 +143,7 @@ class AudioOptimizerTranslator : public SpecialTranslator<AudioOptimizerTranslat
                                               AUDIO_OPTIMIZER_GAIN_LS, AUDIO_OPTIMIZER_GAIN_R,
                                               AUDIO_OPTIMIZER_GAIN_RS};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /**
@@ -165,7 +165,7 @@ class AudioRegulatorTranslator : public SpecialTranslator<AudioRegulatorTranslat
                                               REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT,
                                               REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /**
@@ -178,7 +178,7 @@ class OutputModeTranslator : public SpecialTranslator<OutputModeTranslator> {
   public:
     static constexpr std::array kSrcParams = {VIRTUALIZER_ENABLE, OUTPUT_MIX_MATRIX, ORIENTATION};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /** DRCM: the custom dynamic range control metadata. */
@@ -186,7 +186,7 @@ class CustomDRCTranslator : public SpecialTranslator<CustomDRCTranslator> {
   public:
     static constexpr std::array kSrcParams = {CUSTOM_DRC_METADATA};
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
-                      bool mono) const override;
+                      bool mono) override;
 };
 
 /** The registry of translators by source parameter. Fixed once it is made. */
@@ -206,7 +206,7 @@ class TranslatorCollection {
     size_t findPlace(Parameter param) const;
 
     /** @param place below kTranslatorCount */
-    const Translator& at(size_t place) const { return *mTranslators[place]; }
+    Translator& at(size_t place) const { return *mTranslators[place]; }
 
   private:
     std::array<Translator*, kTranslatorCount> mTranslators;

@@ -26,13 +26,13 @@ class ValueSetter {
     virtual ~ValueSetter() = default;
 
     /** Name of the elements that this setter reads. */
-    virtual std::string getNodeName() const { return mNodeName; }
+    virtual std::string getNodeName() { return mNodeName; }
 
     /**
      * Reads the element under the cursor of @p iterator and stores every parameter that it feeds
      * into @p values. The cursor ends where it was.
      */
-    virtual void set(ParameterValues& values, TagIterator& iterator) const = 0;
+    virtual void set(ParameterValues& values, TagIterator& iterator) = 0;
 
     /** The parameters that this setter feeds, in the order in which it stores them. */
     const std::vector<Parameter>& getParams() const { return mParams; }
@@ -52,38 +52,42 @@ class ValueSetter {
 class SimpleValueSetter : public ValueSetter {
   public:
     SimpleValueSetter(std::string nodeName, Parameter param);
-    void set(ParameterValues& values, TagIterator& iterator) const override;
+    void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
 /** Stores the row of numbers in the element's first attribute, whatever its name. */
 class RowDataValueSetter : public ValueSetter {
   public:
     RowDataValueSetter(std::string nodeName, Parameter param);
-    void set(ParameterValues& values, TagIterator& iterator) const override;
+    void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
 /** As RowDataValueSetter, but an empty row is stored as a single 0. */
 class DrcRowDataValueSetter : public RowDataValueSetter {
   public:
     using RowDataValueSetter::RowDataValueSetter;
-    void set(ParameterValues& values, TagIterator& iterator) const override;
+    void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
 /** Stores the rows of a matrix, which are the element's grandchildren, one after another. */
 class MixMatrixValueSetter : public ValueSetter {
   public:
     MixMatrixValueSetter(std::string nodeName, Parameter param);
-    void set(ParameterValues& values, TagIterator& iterator) const override;
+    void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
 /** Stores the number of every attribute of the element, in document order. */
 class VirtualBassSubgainValueSetter : public ValueSetter {
   public:
     VirtualBassSubgainValueSetter(std::string nodeName, Parameter param);
-    void set(ParameterValues& values, TagIterator& iterator) const override;
+    void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
-/** Base of the setters that read attributes by name, each into the parameter at its place. */
+/**
+ * Base of the setters that read attributes by name, each into the parameter at its place. One that
+ * is made with fewer parameters than it has attributes feeds those; parameters beyond them are not
+ * fed.
+ */
 class NamedAttributesValueSetter : public ValueSetter {
   protected:
     NamedAttributesValueSetter(std::string nodeName, std::vector<Parameter> params,
@@ -98,13 +102,13 @@ class VirtualBassValueSetter : public NamedAttributesValueSetter {
     static constexpr std::array<const char*, 2> kAttrNames = {"frequency_low", "frequency_high"};
 
     VirtualBassValueSetter(std::string nodeName, std::vector<Parameter> params);
-    void set(ParameterValues& values, TagIterator& iterator) const override;
+    void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
 /** Base of the setters that store a preset's bands, which lie three levels below the element. */
 class PresetBandsValueSetter : public NamedAttributesValueSetter {
   public:
-    void set(ParameterValues& values, TagIterator& iterator) const override;
+    void set(ParameterValues& values, TagIterator& iterator) override;
 
   protected:
     /** @param bandName name that every band must bear; empty if any name will do */
@@ -138,7 +142,7 @@ class GeqValueSetter : public PresetBandsValueSetter {
 /** Base of the setters that store bands, which are the element's children, column by column. */
 class BandColumnsValueSetter : public NamedAttributesValueSetter {
   public:
-    void set(ParameterValues& values, TagIterator& iterator) const override;
+    void set(ParameterValues& values, TagIterator& iterator) override;
 
   protected:
     using NamedAttributesValueSetter::NamedAttributesValueSetter;
