@@ -1,27 +1,50 @@
-// Registries of polymorphic objects that are made from the rows of a table.
+// Registries of polymorphic objects that are made from the rows of a constant table.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <set>
-#include <variant>
-#include <vector>
+#include <type_traits>
 
 namespace ormel {
 
 /**
- * One object of a @p Variant of classes per row of a table, all in one block, so that their order
- * by address, which the sets of pointers follow, is the order of the table on every run.
+ * One object of one of @p Classes per row of a table. The objects stand in place and in table
+ * order, so that their order by address, which the sets of pointers follow, is the order of the
+ * table on every run. They are never destroyed.
+ *
+ * A row has the class of its object as member kind, see kKind, and makes it in a place that it is
+ * given by make<Class>(place).
  */
-template <typename Base, typename Variant>
+template <typename Base, size_t kCount, typename... Classes>
 class ObjectBlock {
   public:
-    /** @param rows rows whose member make(row) makes the row's object */
-    template <typename Rows>
-    explicit ObjectBlock(const Rows& rows) {
-        mObjects.reserve(std::size(rows));
-        for (const auto& row : rows) {
-            Variant& object = mObjects.emplace_back(row.make(row));
-            mPointers.insert(std::visit([](Base& made) { return &made; }, object));
+    /** What stands in a row for a class. */
+    template <typename Class>
+    static constexpr uint8_t kKind = [] {
+        const bool isHere[] = {std::is_same_v<Class, Classes>...};
+        uint8_t kind = 0;
+        while (!isHere[kind]) {
+            ++kind;
+        }
+        return kind;
+    }();
+
+    /** Calls @p visit with a null pointer to each class. */
+    template <typename Visitor>
+    static constexpr void forEachClass(Visitor visit) {
+        (visit(static_cast<Classes*>(nullptr)), ...);
+    }
+
+    template <typename Row>
+    explicit ObjectBlock(const Row (&rows)[kCount]) {
+        using Make = Base* (*)(const Row& row, void* place);
+        constexpr Make kMakers[] = {&make<Classes, Row>...};
+        for (size_t i = 0; i < kCount; ++i) {
+            mObjects[i] = kMakers[rows[i].kind](rows[i], &mPlaces[i]);
+            mPointers.insert(mPointers.end(), mObjects[i]);
         }
     }
     ObjectBlock(const ObjectBlock&) = delete;
@@ -29,8 +52,17 @@ class ObjectBlock {
 
     const std::set<Base*>& pointers() const { return mPointers; }
 
+    /** @param i the row, below kCount */
+    Base* at(size_t i) const { return mObjects[i]; }
+
   private:
-    std::vector<Variant> mObjects;
+    template <typename Class, typename Row>
+    static Base* make(const Row& row, void* place) {
+        return row.template make<Class>(place);
+    }
+
+    std::array<std::aligned_union_t<0, Classes...>, kCount> mPlaces;
+    std::array<Base*, kCount> mObjects;
     std::set<Base*> mPointers;
 };
 

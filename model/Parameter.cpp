@@ -3,6 +3,8 @@
 #include <array>
 #include <string_view>
 
+#include "NeverDestroyed.h"
+
 namespace ormel {
 
 namespace {
@@ -27,48 +29,68 @@ constexpr bool isUpperCaseOf(std::string_view enumerator, std::string_view name)
 static_assert(kParameterCount == 106 && VOLUME_MODELER_ENABLE == 105);
 
 constexpr size_t kOwnerCount = static_cast<size_t>(ParameterOwner::TUNING) + 1;
+
 using ParameterSets = std::array<std::set<Parameter>, kOwnerCount>;
 
-ParameterSets* buildParameterSets() {
-    auto* const sets = new ParameterSets;
+ParameterSets buildParameterSets() {
+    ParameterSets sets;
     for (size_t i = 0; i < kParameterCount; ++i) {
-        auto& owned = (*sets)[static_cast<size_t>(kParameterOwners[i])];
+        auto& owned = sets[static_cast<size_t>(kParameterOwners[i])];
         owned.insert(owned.end(), static_cast<Parameter>(i));
     }
     return sets;
 }
 
+template <typename Value>
+struct PortRow {
+    Port port;
+    Value value;
+};
+
+constexpr PortRow<Endpoint> kPortEndpoints[] = {
+        {PORT_INTERNAL_SPEAKER, ENDPOINT_SPEAKER},
+        {PORT_HEADPHONE, ENDPOINT_HEADPHONE},
+        {PORT_BLUETOOTH, ENDPOINT_HEADPHONE},
+        {PORT_USB, ENDPOINT_HEADPHONE},
+        {PORT_HDMI, ENDPOINT_OTHER},
+        {PORT_MIRACAST, ENDPOINT_OTHER},
+        {PORT_OTHER, ENDPOINT_OTHER},
+};
+
+constexpr PortRow<AndroidDevice> kPortDevices[] = {
+        {PORT_INTERNAL_SPEAKER, DEVICE_OUT_SPEAKER},
+        {PORT_HEADPHONE, DEVICE_OUT_WIRED_HEADPHONE},
+        {PORT_BLUETOOTH, DEVICE_OUT_BLUETOOTH_A2DP},
+        {PORT_USB, DEVICE_OUT_USB_DEVICE},
+};
+
+template <typename Value, size_t kCount>
+std::map<std::string, Value> buildPortMap(const PortRow<Value> (&rows)[kCount]) {
+    std::map<std::string, Value> map;
+    for (const auto& [port, value] : rows) {
+        map.emplace(kPortNames[port], value);
+    }
+    return map;
+}
+
 }  // namespace
 
-// The tables below are made on first use and never destroyed, so that they serve code that runs
-// before this file's static initialisation and after its end.
+// The tables below are made on first use, so that they serve code that runs before this file's
+// static initialisation.
 
 const std::set<Parameter>& parametersOf(ParameterOwner owner) {
-    static const ParameterSets& sets = *buildParameterSets();
-    return sets[static_cast<size_t>(owner)];
+    static NeverDestroyed<ParameterSets> sets(buildParameterSets());
+    return (*sets)[static_cast<size_t>(owner)];
 }
 
 std::map<std::string, Endpoint>& portNameToEndpoint() {
-    static auto& map = *new std::map<std::string, Endpoint>{
-            {kPortNames[PORT_INTERNAL_SPEAKER], ENDPOINT_SPEAKER},
-            {kPortNames[PORT_HEADPHONE], ENDPOINT_HEADPHONE},
-            {kPortNames[PORT_BLUETOOTH], ENDPOINT_HEADPHONE},
-            {kPortNames[PORT_USB], ENDPOINT_HEADPHONE},
-            {kPortNames[PORT_HDMI], ENDPOINT_OTHER},
-            {kPortNames[PORT_MIRACAST], ENDPOINT_OTHER},
-            {kPortNames[PORT_OTHER], ENDPOINT_OTHER},
-    };
-    return map;
+    static NeverDestroyed<std::map<std::string, Endpoint>> map(buildPortMap(kPortEndpoints));
+    return *map;
 }
 
 std::map<std::string, AndroidDevice>& portNameToAndroidDevice() {
-    static auto& map = *new std::map<std::string, AndroidDevice>{
-            {kPortNames[PORT_INTERNAL_SPEAKER], DEVICE_OUT_SPEAKER},
-            {kPortNames[PORT_HEADPHONE], DEVICE_OUT_WIRED_HEADPHONE},
-            {kPortNames[PORT_BLUETOOTH], DEVICE_OUT_BLUETOOTH_A2DP},
-            {kPortNames[PORT_USB], DEVICE_OUT_USB_DEVICE},
-    };
-    return map;
+    static NeverDestroyed<std::map<std::string, AndroidDevice>> map(buildPortMap(kPortDevices));
+    return *map;
 }
 
 std::map<std::string, Endpoint>& kPortNameToEndpoint = portNameToEndpoint();

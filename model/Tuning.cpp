@@ -3,18 +3,23 @@
 #include <utility>
 
 #include "DumpText.h"
+#include "NeverDestroyed.h"
 
 namespace ormel {
 
 namespace {
 
-const std::map<std::string, Endpoint>& endpointsByName() {
-    static const auto& map = *new std::map<std::string, Endpoint>{
-            {kEndpointNames[ENDPOINT_SPEAKER], ENDPOINT_SPEAKER},
-            {kEndpointNames[ENDPOINT_HEADPHONE], ENDPOINT_HEADPHONE},
-            {kEndpointNames[ENDPOINT_OTHER], ENDPOINT_OTHER},
-    };
+std::map<std::string, Endpoint> buildEndpointsByName() {
+    std::map<std::string, Endpoint> map;
+    for (size_t i = 0; i < kEndpointCount; ++i) {
+        map.emplace(kEndpointNames[i], static_cast<Endpoint>(i));
+    }
     return map;
+}
+
+const std::map<std::string, Endpoint>& endpointsByName() {
+    static NeverDestroyed<std::map<std::string, Endpoint>> map(buildEndpointsByName());
+    return *map;
 }
 
 }  // namespace

@@ -8,8 +8,13 @@
 namespace ormel::test {
 namespace {
 
+// Of a reference that refers to nothing yet, which the compiler takes for impossible.
+bool isNull(const void* volatile referred) {
+    return referred == nullptr;
+}
+
 struct EarlyUse {
-    EarlyUse() : ranFirst(TuningFileParser::sSetterCollection == nullptr) {
+    EarlyUse() : ranFirst(isNull(&SetterCollection::kAllValueSetters)) {
         SpatializerParamArray::getInstance().loadSpatializerXMLFile(ORMEL_EXAMPLES
                                                                     "/tablet-quad.xml");
         SpatializerParamCache().setProfile(ORM_SPATIALIZER_PROFILE_MOVIE, &effect, false);

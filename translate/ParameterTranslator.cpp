@@ -4,15 +4,12 @@ namespace ormel {
 
 namespace {
 
-/** Made on first use, which may be before this file's static initialisation. */
-TranslatorCollection& translatorCollection() {
-    static auto& collection = *new TranslatorCollection;
-    return collection;
-}
+/** Has nothing to initialise, so that it serves other files' static initialisation. */
+TranslatorCollection translatorCollection;
 
 }  // namespace
 
-TranslatorCollection* const ParameterTranslator::sTranslatorCollection = &translatorCollection();
+TranslatorCollection* const ParameterTranslator::sTranslatorCollection = &translatorCollection;
 
 void ParameterTranslator::setSource(ParameterValues* values, Endpoint endpoint, bool mono) {
     mSource = values;
@@ -21,7 +18,7 @@ void ParameterTranslator::setSource(ParameterValues* values, Endpoint endpoint, 
 }
 
 void ParameterTranslator::onParameterChanged(Parameter param) {
-    const size_t place = translatorCollection().findPlace(param);
+    const size_t place = translatorCollection.findPlace(param);
     if (place < mIsPending.size()) {
         mIsPending[place] = true;
     }
@@ -30,7 +27,7 @@ void ParameterTranslator::onParameterChanged(Parameter param) {
 void ParameterTranslator::translatePending(SetParamCommand& cmd) {
     for (size_t place = 0; place < mIsPending.size(); ++place) {
         if (mIsPending[place] && mSource != nullptr) {
-            translatorCollection().at(place).kivTranslate(cmd, *mSource, mEndpoint, mMono);
+            translatorCollection.at(place).kivTranslate(cmd, *mSource, mEndpoint, mMono);
         }
     }
     mIsPending.fill(false);

@@ -47,11 +47,25 @@ void addBands(SetParamCommand& cmd, KivParameter param, const Values& frequencie
 
 }  // namespace
 
-SimpleTranslator::SimpleTranslator(KivParameter dst, Parameter src) : mDst(dst), mSrcParams{src} {}
+SimpleTranslator::SimpleTranslator(KivParameter dst, Parameter src) : mDst(dst), mSrc(src) {}
+
+const std::vector<Parameter>& SimpleTranslator::getSrcParams() {
+    if (mSrcParams.empty()) {
+        mSrcParams.push_back(mSrc);
+    }
+    return mSrcParams;
+}
+
+const std::vector<Parameter>& SpecialTranslator::getSrcParams() {
+    if (mSrcParams.empty()) {
+        mSrcParams.assign(mFirst, mFirst + mCount);
+    }
+    return mSrcParams;
+}
 
 void SimpleTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
                                     Endpoint /* endpoint */, bool /* mono */) {
-    cmd.add(mDst, {&values.getValues()[mSrcParams.front()]});
+    cmd.add(mDst, {&values.getValues()[mSrc]});
 }
 
 void GeqTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,

@@ -7,17 +7,16 @@
 #include <cerrno>
 #include <utility>
 
+#include "model/NeverDestroyed.h"
+
 namespace ormel {
 
 namespace {
 
 using Names = std::vector<std::string>;
 
-/** Made on first use, which may be before this file's static initialisation. */
-SetterCollection& setterCollection() {
-    static auto& collection = *new SetterCollection;
-    return collection;
-}
+/** Has nothing to initialise, so that it serves other files' static initialisation. */
+SetterCollection setterCollection;
 
 bool hasPrefix(const std::string& version, std::string_view prefix) {
     return version.compare(0, prefix.size(), prefix) == 0;
@@ -47,7 +46,7 @@ Endpoint tuningEndpointFromType(const std::string& type) {
 
 }  // namespace
 
-SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection();
+SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection;
 
 TuningFileParser::TuningFileParser()
     : TuningFileParser(std::unique_ptr<TagIterator>(new TagIterator(mBudget))) {}
@@ -114,8 +113,8 @@ void TuningFileParser::parseTuningFile() {
 }
 
 std::string TuningFileParser::parseVersion() {
-    static const auto& kNames = *new Names{"major", "minor", "maintenance"};
-    const auto parts = readAttributes(kNames);
+    static NeverDestroyed<Names> names(Names{"major", "minor", "maintenance"});
+    const auto parts = readAttributes(*names);
     return parts[0] + "." + parts[1] + "." + parts[2];
 }
 
@@ -173,8 +172,8 @@ int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
 }
 
 void TuningFileParser::parsePreset() {
-    static const auto& kNames = *new Names{"id", "name", "type"};
-    const auto attributes = readAttributes(kNames);
+    static NeverDestroyed<Names> names(Names{"id", "name", "type"});
+    const auto attributes = readAttributes(*names);
     const std::string& id = attributes[0];
     const std::string& type = attributes[2];
     Objects& objects = mDocuments.back();
@@ -198,13 +197,13 @@ bool TuningFileParser::readParameter(std::string_view name, ParameterValues& val
     if (name == "text") {
         return false;
     }
-    ValueSetter* const setter = setterCollection().getValueSetter(name);
+    ValueSetter* const setter = setterCollection.getValueSetter(name);
     if (setter == nullptr) {
         return false;
     }
     const size_t before = values.getSetCount();
     setter->set(values, mIterator);
-    mBudget.chargeEntries(setter->getParams().size());
+    mBudget.chargeEntries(setter->getParamCount());
     mBudget.chargeNumbers(values.getSetCount() - before);
     return true;
 }
@@ -221,8 +220,8 @@ void TuningFileParser::parseProfile() {
     const int defaultIeqPresetId = isFormat32 ? parseProfileInclude() : 0;
 
     mIterator.pushNode();
-    static const auto& kNames = *new Names{"id", "name", "group"};
-    const auto attributes = readAttributes(kNames);
+    static NeverDestroyed<Names> names(Names{"id", "name", "group"});
+    const auto attributes = readAttributes(*names);
     const int id = string2Int(attributes[0]);
     const std::string& name = attributes[1];
     const bool mobility = !isFormat32 && attributes[2] == "mobility";
@@ -332,9 +331,9 @@ void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, int ie
 
 void TuningFileParser::parseTuning() {
     mIterator.pushNode();
-    static const auto& kNames =
-            *new Names{"name", "endpoint_type", "mono_device", "orientation", "output_channels"};
-    const auto attributes = readAttributes(kNames);
+    static NeverDestroyed<Names> names(
+            Names{"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
+    const auto attributes = readAttributes(*names);
     const std::string& name = attributes[0];
     Tuning tuning(name, tuningEndpointFromType(attributes[1]), attributes[2] == "true");
     mBudget.chargeObject();
@@ -382,8 +381,8 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
 }
 
 void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
-    static const auto& kNames = *new Names{"id", "endpoint_port"};
-    const auto attributes = readAttributes(kNames);
+    static NeverDestroyed<Names> names(Names{"id", "endpoint_port"});
+    const auto attributes = readAttributes(*names);
     mBudget.chargeObject();
     mBudget.chargeKeptText(attributes[0].size() + attributes[1].size() + tuningName.size());
     if (!mBudget.isSpent()) {

@@ -8,13 +8,16 @@
 #include <string_view>
 #include <utility>
 
+#include "model/NeverDestroyed.h"
 #include "tuning/IntegerText.h"
+#include "tuning/SetterRow.h"
 
 namespace ormel {
 
 namespace {
 
 constexpr std::string_view kTrue = "true";
+constexpr char kIeqBandName[] = "band_ieq";
 /** Bands that a column gets room for at once: as many as documents usually have. */
 constexpr size_t kUsualBandCount = 20;
 
@@ -52,9 +55,12 @@ void appendRow(TagIterator& iterator, std::vector<int>& row) {
     }
 }
 
-template <typename Names>
-std::vector<std::string> toStrings(const Names& names) {
-    return {names.begin(), names.end()};
+/** The names of a class's attributes, as iterators take them. */
+template <typename Setter>
+const std::vector<std::string>& attrNamesOf() {
+    static NeverDestroyed<std::vector<std::string>> names(Setter::kAttrNames.begin(),
+                                                          Setter::kAttrNames.end());
+    return *names;
 }
 
 std::vector<std::vector<int>> makeColumns(size_t count) {
@@ -65,18 +71,11 @@ std::vector<std::vector<int>> makeColumns(size_t count) {
     return columns;
 }
 
-void setAll(ParameterValues& values, const std::vector<Parameter>& params,
-            std::vector<std::vector<int>> columns) {
-    for (size_t i = 0; i < std::min(params.size(), columns.size()); ++i) {
-        values.set(params[i], std::move(columns[i]));
-    }
-}
-
 }  // namespace
 
 int NodeParseUtils::parseValue(TagIterator& iterator) {
-    static const auto& kNames = *new std::vector<std::string>{"value"};
-    const std::vector<std::string>& texts = readTexts(iterator, kNames);
+    static NeverDestroyed<std::vector<std::string>> names(1, "value");
+    const std::vector<std::string>& texts = readTexts(iterator, *names);
     if (texts.empty()) {
         return 0;
     }
@@ -103,21 +102,38 @@ std::vector<int> NodeParseUtils::parseMixMatrix(TagIterator& iterator) {
     return matrix;
 }
 
-ValueSetter::ValueSetter(std::string nodeName, std::vector<Parameter> params)
-    : mNodeName(std::move(nodeName)), mParams(std::move(params)) {}
+std::string ValueSetter::getNodeName() {
+    return mRow != nullptr ? mRow->nodeName : mNodeName;
+}
+
+size_t ValueSetter::getParamCount() const {
+    return mRow != nullptr ? mRow->params.size() : mParams.size();
+}
+
+Parameter ValueSetter::getParam(size_t i) const {
+    return mRow != nullptr ? mRow->params[i] : mParams[i];
+}
+
+std::vector<Parameter> ValueSetter::getParams() const {
+    std::vector<Parameter> params;
+    for (size_t i = 0; i < getParamCount(); ++i) {
+        params.push_back(getParam(i));
+    }
+    return params;
+}
 
 SimpleValueSetter::SimpleValueSetter(std::string nodeName, Parameter param)
     : ValueSetter(std::move(nodeName), {param}) {}
 
 void SimpleValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    values.set(mParams.front(), {NodeParseUtils::parseValue(iterator)});
+    values.set(getParam(0), {NodeParseUtils::parseValue(iterator)});
 }
 
 RowDataValueSetter::RowDataValueSetter(std::string nodeName, Parameter param)
     : ValueSetter(std::move(nodeName), {param}) {}
 
 void RowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    values.set(mParams.front(), NodeParseUtils::parseDataRow(iterator));
+    values.set(getParam(0), NodeParseUtils::parseDataRow(iterator));
 }
 
 void DrcRowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) {
@@ -125,14 +141,14 @@ void DrcRowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) 
     if (row.empty()) {
         row.push_back(0);
     }
-    values.set(mParams.front(), std::move(row));
+    values.set(getParam(0), std::move(row));
 }
 
 MixMatrixValueSetter::MixMatrixValueSetter(std::string nodeName, Parameter param)
     : ValueSetter(std::move(nodeName), {param}) {}
 
 void MixMatrixValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    values.set(mParams.front(), NodeParseUtils::parseMixMatrix(iterator));
+    values.set(getParam(0), NodeParseUtils::parseMixMatrix(iterator));
 }
 
 VirtualBassSubgainValueSetter::VirtualBassSubgainValueSetter(std::string nodeName, Parameter param)
@@ -141,32 +157,32 @@ VirtualBassSubgainValueSetter::VirtualBassSubgainValueSetter(std::string nodeNam
 void VirtualBassSubgainValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<int> gains;
     iterator.parseNodeIntVector(gains);
-    values.set(mParams.front(), std::move(gains));
+    values.set(getParam(0), std::move(gains));
 }
 
-NamedAttributesValueSetter::NamedAttributesValueSetter(std::string nodeName,
-                                                       std::vector<Parameter> params,
-                                                       std::vector<std::string> attrNames)
-    : ValueSetter(std::move(nodeName), std::move(params)), mAttrNames(std::move(attrNames)) {}
-
-VirtualBassValueSetter::VirtualBassValueSetter(std::string nodeName, std::vector<Parameter> params)
-    : NamedAttributesValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
-
-void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
-    for (size_t i = 0; i < std::min(mParams.size(), texts.size()); ++i) {
-        values.set(mParams[i], {string2Int(texts[i])});
+void NamedAttributesValueSetter::setAll(ParameterValues& values,
+                                        std::vector<std::vector<int>> columns) const {
+    for (size_t i = 0; i < std::min(getParamCount(), columns.size()); ++i) {
+        values.set(getParam(i), std::move(columns[i]));
     }
 }
 
-PresetBandsValueSetter::PresetBandsValueSetter(std::string nodeName, std::vector<Parameter> params,
-                                               std::vector<std::string> attrNames,
-                                               std::string bandName)
-    : NamedAttributesValueSetter(std::move(nodeName), std::move(params), std::move(attrNames)),
-      mBandName(std::move(bandName)) {}
+VirtualBassValueSetter::VirtualBassValueSetter(std::string nodeName, std::vector<Parameter> params)
+    : NamedAttributesValueSetter(std::move(nodeName), std::move(params),
+                                 &attrNamesOf<VirtualBassValueSetter>) {}
+
+VirtualBassValueSetter::VirtualBassValueSetter(const SetterRow& row)
+    : NamedAttributesValueSetter(row, &attrNamesOf<VirtualBassValueSetter>) {}
+
+void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator) {
+    const std::vector<std::string>& texts = readTexts(iterator, attrNames());
+    for (size_t i = 0; i < std::min(getParamCount(), texts.size()); ++i) {
+        values.set(getParam(i), {string2Int(texts[i])});
+    }
+}
 
 void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    std::vector<std::vector<int>> columns = makeColumns(mAttrNames.size());
+    std::vector<std::vector<int>> columns = makeColumns(attrNames().size());
     // A column is one row of text with a comma behind every band's: it ends where such a row does.
     std::vector<bool> isOpen(columns.size(), true);
     {
@@ -178,39 +194,46 @@ void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator)
             if (!iterator.isElementNode()) {
                 continue;
             }
-            if (!mBandName.empty() && iterator.getNodeName() != mBandName) {
-                ALOGI("No attribute %s was found!", mBandName.c_str());
+            if (mBandName != nullptr && iterator.getNodeName() != mBandName) {
+                ALOGI("No attribute %s was found!", mBandName);
                 break;
             }
-            const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
+            const std::vector<std::string>& texts = readTexts(iterator, attrNames());
             for (size_t i = 0; i < texts.size(); ++i) {
                 isOpen[i] = isOpen[i] && appendIntegers(texts[i], columns[i]);
             }
         }
     }
-    setAll(values, mParams, std::move(columns));
+    setAll(values, std::move(columns));
 }
 
 IeqValueSetter::IeqValueSetter(std::string nodeName, std::vector<Parameter> params)
-    : PresetBandsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames),
-                             "band_ieq") {}
+    : PresetBandsValueSetter(std::move(nodeName), std::move(params), &attrNamesOf<IeqValueSetter>,
+                             kIeqBandName) {}
+
+IeqValueSetter::IeqValueSetter(const SetterRow& row)
+    : PresetBandsValueSetter(row, &attrNamesOf<IeqValueSetter>, kIeqBandName) {}
 
 GeqValueSetter::GeqValueSetter(std::string nodeName, std::vector<Parameter> params)
-    : PresetBandsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames), "") {}
+    : PresetBandsValueSetter(std::move(nodeName), std::move(params), &attrNamesOf<GeqValueSetter>,
+                             nullptr) {}
+
+GeqValueSetter::GeqValueSetter(const SetterRow& row)
+    : PresetBandsValueSetter(row, &attrNamesOf<GeqValueSetter>, nullptr) {}
 
 void BandColumnsValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    std::vector<std::vector<int>> columns = makeColumns(mAttrNames.size());
+    std::vector<std::vector<int>> columns = makeColumns(attrNames().size());
     {
         const ScopedPosition position(iterator);
         iterator.childrenNext();
         for (; iterator.isCurValid(); iterator.next()) {
-            const std::vector<std::string>& texts = readTexts(iterator, mAttrNames);
+            const std::vector<std::string>& texts = readTexts(iterator, attrNames());
             for (size_t i = 0; i < texts.size(); ++i) {
                 columns[i].push_back(readColumn(i, texts[i]));
             }
         }
     }
-    setAll(values, mParams, std::move(columns));
+    setAll(values, std::move(columns));
 }
 
 int BandColumnsValueSetter::readColumn(size_t /* column */, std::string_view text) const {
@@ -219,11 +242,19 @@ int BandColumnsValueSetter::readColumn(size_t /* column */, std::string_view tex
 
 AudioOptimizerValueSetter::AudioOptimizerValueSetter(std::string nodeName,
                                                      std::vector<Parameter> params)
-    : BandColumnsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
+    : BandColumnsValueSetter(std::move(nodeName), std::move(params),
+                             &attrNamesOf<AudioOptimizerValueSetter>) {}
+
+AudioOptimizerValueSetter::AudioOptimizerValueSetter(const SetterRow& row)
+    : BandColumnsValueSetter(row, &attrNamesOf<AudioOptimizerValueSetter>) {}
 
 RegulatorTuningValueSetter::RegulatorTuningValueSetter(std::string nodeName,
                                                        std::vector<Parameter> params)
-    : BandColumnsValueSetter(std::move(nodeName), std::move(params), toStrings(kAttrNames)) {}
+    : BandColumnsValueSetter(std::move(nodeName), std::move(params),
+                             &attrNamesOf<RegulatorTuningValueSetter>) {}
+
+RegulatorTuningValueSetter::RegulatorTuningValueSetter(const SetterRow& row)
+    : BandColumnsValueSetter(row, &attrNamesOf<RegulatorTuningValueSetter>) {}
 
 int RegulatorTuningValueSetter::readColumn(size_t column, std::string_view text) const {
     const bool isFlag = column + 1 == kAttrNames.size();

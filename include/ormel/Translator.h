@@ -23,7 +23,10 @@ class Translator {
   public:
     virtual ~Translator() = default;
 
-    /** The parameters whose change calls for this translator. */
+    /**
+     * The parameters whose change calls for this translator. The library's own translators make
+     * the list when they are first asked for it.
+     */
     virtual const std::vector<Parameter>& getSrcParams() = 0;
 
     /**
@@ -47,38 +50,48 @@ class Translator {
 class SimpleTranslator : public Translator {
   public:
     SimpleTranslator(KivParameter dst, Parameter src);
-    const std::vector<Parameter>& getSrcParams() override { return mSrcParams; }
+    const std::vector<Parameter>& getSrcParams() override;
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 
   private:
     KivParameter mDst;
+    Parameter mSrc;
+    // Empty before it is asked for.
     std::vector<Parameter> mSrcParams;
 };
 
-/** Base of the translators whose sources are those of their class, @p Derived::kSrcParams. */
-template <typename Derived>
+/** Base of the translators whose sources are those of their class, its kSrcParams. */
 class SpecialTranslator : public Translator {
   public:
-    const std::vector<Parameter>& getSrcParams() override {
-        static const auto& params =
-                *new std::vector<Parameter>(Derived::kSrcParams.begin(), Derived::kSrcParams.end());
-        return params;
-    }
+    const std::vector<Parameter>& getSrcParams() override;
+
+  protected:
+    template <size_t kCount>
+    explicit SpecialTranslator(const std::array<Parameter, kCount>& srcParams)
+        : mFirst(srcParams.data()), mCount(kCount) {}
+
+  private:
+    const Parameter* mFirst;
+    size_t mCount;
+    // Empty before it is asked for.
+    std::vector<Parameter> mSrcParams;
 };
 
 /** GEBS: band count, frequencies, gains. */
-class GeqTranslator : public SpecialTranslator<GeqTranslator> {
+class GeqTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {GEQ_FREQUENCY, GEQ_GAIN};
+    GeqTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
 
 /** IEBS: band count, frequencies, targets. */
-class IeqTranslator : public SpecialTranslator<IeqTranslator> {
+class IeqTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {IEQ_FREQUENCY, IEQ_TARGET};
+    IeqTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
@@ -87,11 +100,12 @@ class IeqTranslator : public SpecialTranslator<IeqTranslator> {
  * CEQT: channel count, band count, left, right, and of four channels the surrounds. Written only
  * when the complex equalizer is on, for two and four channels.
  */
-class ComplexEqualizerTranslator : public SpecialTranslator<ComplexEqualizerTranslator> {
+class ComplexEqualizerTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {
             COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND,
             COMPLEX_EQUALIZER_TUNING_RIGHT, COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND};
+    ComplexEqualizerTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
@@ -100,35 +114,39 @@ class ComplexEqualizerTranslator : public SpecialTranslator<ComplexEqualizerTran
  * VBM: the virtual bass mode, or 0 when virtual bass is off. Then VBON, which carries the virtual
  * bass type and not the switch.
  */
-class VirtualBassEnableTranslator : public SpecialTranslator<VirtualBassEnableTranslator> {
+class VirtualBassEnableTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {VIRTUAL_BASS_ENABLE, VIRTUAL_BASS_TYPE};
+    VirtualBassEnableTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
 
 /** VBSF, then VBMF: the low and high ends of the source and the mix frequency range. */
-class VirtualBassTranslator : public SpecialTranslator<VirtualBassTranslator> {
+class VirtualBassTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {VIRTUAL_BASS_SRC_FREQ_LOW, VIRTUAL_BASS_SRC_FREQ_HIGH,
                                               VIRTUAL_BASS_MIX_FREQ_LOW,
                                               VIRTUAL_BASS_MIX_FREQ_HIGH};
+    VirtualBassTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
 
 /** BMDT: the bass compressor's tuning, unless the compressor is off. */
-class BassMbdrcTranslator : public SpecialTranslator<BassMbdrcTranslator> {
+class BassMbdrcTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {BASS_MBDRC_TUNING};
+    BassMbdrcTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
 
 /** DEA: the dialog enhancer amount, its first value at most 12. */
-class DeAmountTranslator : public SpecialTranslator<DeAmountTranslator> {
+class DeAmountTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {DIALOG_ENHANCER_AMOUNT};
+    DeAmountTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
@@ -137,11 +155,12 @@ class DeAmountTranslator : public SpecialTranslator<DeAmountTranslator> {
  * AOBS: band count, channel count, frequencies, left and right gains, and of four channels the
  * surrounds' gains. Written for two and four channels only.
  */
-class AudioOptimizerTranslator : public SpecialTranslator<AudioOptimizerTranslator> {
+class AudioOptimizerTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {AUDIO_OPTIMIZER_FREQUENCY, AUDIO_OPTIMIZER_GAIN_L,
                                               AUDIO_OPTIMIZER_GAIN_LS, AUDIO_OPTIMIZER_GAIN_R,
                                               AUDIO_OPTIMIZER_GAIN_RS};
+    AudioOptimizerTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
@@ -153,7 +172,7 @@ class AudioOptimizerTranslator : public SpecialTranslator<AudioOptimizerTranslat
  *
  * For fewer than three channels the source's stress amounts are cut or zero-filled to two.
  */
-class AudioRegulatorTranslator : public SpecialTranslator<AudioRegulatorTranslator> {
+class AudioRegulatorTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {REGULATOR_STRESS_AMOUNT,
                                               REGULATOR_FREQUENCY,
@@ -164,6 +183,7 @@ class AudioRegulatorTranslator : public SpecialTranslator<AudioRegulatorTranslat
                                               REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND,
                                               REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT,
                                               REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND};
+    AudioRegulatorTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
@@ -174,30 +194,33 @@ class AudioRegulatorTranslator : public SpecialTranslator<AudioRegulatorTranslat
  *
  * A mono speaker switches the source's virtualizer off and sets its orientation to 1.
  */
-class OutputModeTranslator : public SpecialTranslator<OutputModeTranslator> {
+class OutputModeTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {VIRTUALIZER_ENABLE, OUTPUT_MIX_MATRIX, ORIENTATION};
+    OutputModeTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
 
 /** DRCM: the custom dynamic range control metadata. */
-class CustomDRCTranslator : public SpecialTranslator<CustomDRCTranslator> {
+class CustomDRCTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {CUSTOM_DRC_METADATA};
+    CustomDRCTranslator() : SpecialTranslator(kSrcParams) {}
     void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                       bool mono) override;
 };
 
-/** The registry of translators by source parameter. Fixed once it is made. */
+/**
+ * The registry of translators by source parameter: a view of the library's constant table, so that
+ * it has nothing to make or to keep.
+ */
 class TranslatorCollection {
   public:
     static constexpr size_t kTranslatorCount = 79;
 
-    /** The process's 79 translators, by address in table order. Never destroyed. */
+    /** The process's 79 translators, by address in table order. */
     static const std::set<Translator*>& kAllTranslators;
-
-    TranslatorCollection();
 
     /** The translator that reacts to @p param, null where there is none. */
     Translator* getTranslator(Parameter param) const;
@@ -206,11 +229,7 @@ class TranslatorCollection {
     size_t findPlace(Parameter param) const;
 
     /** @param place below kTranslatorCount */
-    Translator& at(size_t place) const { return *mTranslators[place]; }
-
-  private:
-    std::array<Translator*, kTranslatorCount> mTranslators;
-    std::array<size_t, kParameterCount> mPlaces;
+    Translator& at(size_t place) const;
 };
 
 /**
@@ -240,7 +259,7 @@ class ParameterTranslator {
 
     bool hasSource() const { return mSource != nullptr; }
 
-    /** The registry that all ParameterTranslators share. Never destroyed. */
+    /** The registry that all ParameterTranslators share. */
     static TranslatorCollection* const sTranslatorCollection;
 
   private:

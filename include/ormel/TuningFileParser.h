@@ -21,8 +21,8 @@ namespace ormel {
  * Reads one tuning document into a DeviceData.
  *
  * The parser owns what it reads: the DeviceData and every object that it lists live as long as the
- * parser. A parser belongs to one thread. Its iterator does not count as a live one, so parsers
- * leave libxml2's global state alone.
+ * parser. A parser belongs to one thread; several may read at the same time. Its iterator does not
+ * count as a live one, so parsers leave libxml2's global state alone.
  *
  * Unknown elements, missing attributes and unknown preset types are no errors; missing numbers read
  * as 0. Messages bear the tag "TuningFileParser".
@@ -73,7 +73,7 @@ class TuningFileParser {
      */
     int getIeqPresetIdByName(const std::string& name);
 
-    /** The setter registry that all parsers share. Never destroyed. */
+    /** The setter registry that all parsers share. */
     static SetterCollection* const sSetterCollection;
 
   private:

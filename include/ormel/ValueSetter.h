@@ -14,8 +14,13 @@
 
 namespace ormel {
 
+struct SetterRow;
+
 /**
  * Reads the parameter elements of one name into a tuning object.
+ *
+ * Setters are made with a name and parameters of their own, or from a row of the library's constant
+ * table, which they then refer to.
  *
  * A setter keeps nothing between calls, so one object serves every document; set() may run on
  * several threads at once, on different objects and iterators. Setters never fail: what is missing
@@ -26,7 +31,7 @@ class ValueSetter {
     virtual ~ValueSetter() = default;
 
     /** Name of the elements that this setter reads. */
-    virtual std::string getNodeName() { return mNodeName; }
+    virtual std::string getNodeName();
 
     /**
      * Reads the element under the cursor of @p iterator and stores every parameter that it feeds
@@ -35,15 +40,24 @@ class ValueSetter {
     virtual void set(ParameterValues& values, TagIterator& iterator) = 0;
 
     /** The parameters that this setter feeds, in the order in which it stores them. */
-    const std::vector<Parameter>& getParams() const { return mParams; }
+    std::vector<Parameter> getParams() const;
+
+    /** The same one by one. @param i below getParamCount() */
+    Parameter getParam(size_t i) const;
+    size_t getParamCount() const;
 
   protected:
-    ValueSetter(std::string nodeName, std::vector<Parameter> params);
+    ValueSetter(std::string nodeName, std::vector<Parameter> params)
+        : mNodeName(std::move(nodeName)), mParams(std::move(params)) {}
+    explicit ValueSetter(const SetterRow& row) : mRow(&row) {}
     ValueSetter(const ValueSetter&) = default;
     ValueSetter(ValueSetter&&) = default;
     ValueSetter& operator=(const ValueSetter&) = default;
     ValueSetter& operator=(ValueSetter&&) = default;
 
+  private:
+    const SetterRow* mRow = nullptr;
+    // Empty for a setter that is made from a row.
     std::string mNodeName;
     std::vector<Parameter> mParams;
 };
@@ -52,6 +66,7 @@ class ValueSetter {
 class SimpleValueSetter : public ValueSetter {
   public:
     SimpleValueSetter(std::string nodeName, Parameter param);
+    explicit SimpleValueSetter(const SetterRow& row) : ValueSetter(row) {}
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
@@ -59,6 +74,7 @@ class SimpleValueSetter : public ValueSetter {
 class RowDataValueSetter : public ValueSetter {
   public:
     RowDataValueSetter(std::string nodeName, Parameter param);
+    explicit RowDataValueSetter(const SetterRow& row) : ValueSetter(row) {}
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
@@ -73,6 +89,7 @@ class DrcRowDataValueSetter : public RowDataValueSetter {
 class MixMatrixValueSetter : public ValueSetter {
   public:
     MixMatrixValueSetter(std::string nodeName, Parameter param);
+    explicit MixMatrixValueSetter(const SetterRow& row) : ValueSetter(row) {}
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
@@ -80,6 +97,7 @@ class MixMatrixValueSetter : public ValueSetter {
 class VirtualBassSubgainValueSetter : public ValueSetter {
   public:
     VirtualBassSubgainValueSetter(std::string nodeName, Parameter param);
+    explicit VirtualBassSubgainValueSetter(const SetterRow& row) : ValueSetter(row) {}
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
@@ -90,10 +108,23 @@ class VirtualBassSubgainValueSetter : public ValueSetter {
  */
 class NamedAttributesValueSetter : public ValueSetter {
   protected:
-    NamedAttributesValueSetter(std::string nodeName, std::vector<Parameter> params,
-                               std::vector<std::string> attrNames);
+    /** Gives a class's attribute names, the same list each time. It may be made by the first call.
+     */
+    using AttrNames = const std::vector<std::string>& (*)();
 
-    std::vector<std::string> mAttrNames;
+    NamedAttributesValueSetter(std::string nodeName, std::vector<Parameter> params,
+                               AttrNames attrNames)
+        : ValueSetter(std::move(nodeName), std::move(params)), mAttrNames(attrNames) {}
+    NamedAttributesValueSetter(const SetterRow& row, AttrNames attrNames)
+        : ValueSetter(row), mAttrNames(attrNames) {}
+
+    const std::vector<std::string>& attrNames() const { return mAttrNames(); }
+
+    /** Stores a column for each attribute in the parameter at its place, if there is one. */
+    void setAll(ParameterValues& values, std::vector<std::vector<int>> columns) const;
+
+  private:
+    AttrNames mAttrNames;
 };
 
 /** Stores the two ends of a frequency range, each an attribute of the element. */
@@ -102,6 +133,7 @@ class VirtualBassValueSetter : public NamedAttributesValueSetter {
     static constexpr std::array<const char*, 2> kAttrNames = {"frequency_low", "frequency_high"};
 
     VirtualBassValueSetter(std::string nodeName, std::vector<Parameter> params);
+    explicit VirtualBassValueSetter(const SetterRow& row);
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
@@ -111,12 +143,16 @@ class PresetBandsValueSetter : public NamedAttributesValueSetter {
     void set(ParameterValues& values, TagIterator& iterator) override;
 
   protected:
-    /** @param bandName name that every band must bear; empty if any name will do */
-    PresetBandsValueSetter(std::string nodeName, std::vector<Parameter> params,
-                           std::vector<std::string> attrNames, std::string bandName);
+    /** @param bandName a constant, the name that every band must bear; null if any name will do */
+    PresetBandsValueSetter(std::string nodeName, std::vector<Parameter> params, AttrNames attrNames,
+                           const char* bandName)
+        : NamedAttributesValueSetter(std::move(nodeName), std::move(params), attrNames),
+          mBandName(bandName) {}
+    PresetBandsValueSetter(const SetterRow& row, AttrNames attrNames, const char* bandName)
+        : NamedAttributesValueSetter(row, attrNames), mBandName(bandName) {}
 
   private:
-    std::string mBandName;
+    const char* mBandName;
 };
 
 /**
@@ -129,6 +165,7 @@ class IeqValueSetter : public PresetBandsValueSetter {
     static constexpr std::array<const char*, 2> kAttrNames = {"frequency", "target"};
 
     IeqValueSetter(std::string nodeName, std::vector<Parameter> params);
+    explicit IeqValueSetter(const SetterRow& row);
 };
 
 /** Stores the bands of a graphic-equalizer preset, whatever their name. */
@@ -137,6 +174,7 @@ class GeqValueSetter : public PresetBandsValueSetter {
     static constexpr std::array<const char*, 2> kAttrNames = {"frequency", "gain"};
 
     GeqValueSetter(std::string nodeName, std::vector<Parameter> params);
+    explicit GeqValueSetter(const SetterRow& row);
 };
 
 /** Base of the setters that store bands, which are the element's children, column by column. */
@@ -158,6 +196,7 @@ class AudioOptimizerValueSetter : public BandColumnsValueSetter {
             "frequency", "gain_left", "gain_right", "gain_left_surround", "gain_right_surround"};
 
     AudioOptimizerValueSetter(std::string nodeName, std::vector<Parameter> params);
+    explicit AudioOptimizerValueSetter(const SetterRow& row);
 };
 
 /** Stores the bands of the regulator. Their last column is 1 for exactly "true", else 0. */
@@ -167,35 +206,23 @@ class RegulatorTuningValueSetter : public BandColumnsValueSetter {
                                                               "threshold_high", "isolated_band"};
 
     RegulatorTuningValueSetter(std::string nodeName, std::vector<Parameter> params);
+    explicit RegulatorTuningValueSetter(const SetterRow& row);
 
   protected:
     int readColumn(size_t column, std::string_view text) const override;
 };
 
 /**
- * The registry of setters by element name.
- *
- * Lookups insert, so lookups on one collection must not run at the same time.
+ * The registry of setters by element name: a view of the library's constant table, so that it has
+ * nothing to make or to keep, and may be used on several threads at once.
  */
 class SetterCollection {
   public:
-    /** The process's 91 setters, by address in table order. Never destroyed. */
+    /** The process's 91 setters, by address in table order. */
     static const std::set<ValueSetter*>& kAllValueSetters;
 
-    SetterCollection();
-
-    /**
-     * The setter of an element name, null for any other name. Such a name is remembered, so the
-     * collection grows by every new name that it is asked for.
-     */
-    ValueSetter* getValueSetter(std::string_view name);
-
-  private:
-    /** The setters by length of their names, so that few are compared with one that is asked for.
-     */
-    std::vector<std::vector<std::pair<std::string, ValueSetter*>>> mSetters;
-    /** Names without a setter that were asked for. */
-    std::set<std::string> mOtherNames;
+    /** The setter of an element name, null for any other name. */
+    ValueSetter* getValueSetter(std::string_view name) const;
 };
 
 /** The readings that setters and the document parser share. The cursor ends where it was. */
