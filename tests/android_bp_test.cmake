@@ -7,6 +7,7 @@ cmake_minimum_required(VERSION 3.22)
 # Targets that an Android tree has no use for:
 set(only_here
     dump_lists       # script/test-arm's
+    hostile          # script/hostile's
     make_dictionary  # script/fuzz's
     ormel_bench      # measures against a host's libraries
     readme_effect)   # cut out of the README when this project is configured
