@@ -16,6 +16,8 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace ormel::fuzz {
 
@@ -40,6 +42,27 @@ inline void setUp() {
     static const auto& cursor = *new TagIterator;
     static_cast<void>(cursor);
     xmlSetGenericErrorFunc(nullptr, ignoreXmlError);
+}
+
+/** The messages of the store and its front that keepMessages() kept. */
+inline std::vector<std::string>& keptMessages() {
+    static auto& messages = *new std::vector<std::string>;
+    return messages;
+}
+
+/** The messages since the last call, each behind the digit of its priority. */
+inline std::vector<std::string> takeMessages() {
+    return std::exchange(keptMessages(), {});
+}
+
+/** From now on keeps what the store and its front say. */
+inline void keepMessages() {
+    __android_log_set_logger([](const __android_logger_data* data, const char* message) {
+        if (std::strncmp(data->tag, "OrmSpatializerParam", 19) == 0 &&
+            std::strcmp(data->tag, "OrmSpatializerParamParser") != 0) {
+            keptMessages().push_back(std::to_string(data->priority) + message);
+        }
+    });
 }
 
 /** Numbers and flags from the front of a fuzzer's bytes; 0 when they are used up. */
@@ -131,6 +154,47 @@ class TouchingEffect : public IEffectOrm {
   private:
     // Written for the reads' sake, which must not be optimised away.
     volatile uint32_t mTouched = 0;
+};
+
+struct Call {
+    enum What { SET, GET, COMMIT } what;
+    int32_t device;
+    int32_t code;
+    int32_t count;
+    std::vector<int32_t> values;
+
+    bool operator==(const Call& other) const {
+        return what == other.what && device == other.device && code == other.code &&
+               count == other.count && values == other.values;
+    }
+};
+
+/** Keeps all calls in order, and answers them as it is told to. */
+class RecordingEffect : public TouchingEffect {
+  public:
+    int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
+                           int32_t count) override {
+        calls.push_back({Call::SET, device, code, count, {values, values + std::max(count, 0)}});
+        return TouchingEffect::setEffectParam(device, code, values, count);
+    }
+
+    int32_t getEffectParam(int32_t device, int32_t code, int32_t* values, int32_t* count) override {
+        const int32_t room = *count;
+        calls.push_back({Call::GET, device, code, room, {}});
+        const int32_t status = TouchingEffect::getEffectParam(device, code, values, count);
+        // Different values show when one ends up in the wrong place.
+        for (int32_t i = 0; i < room; ++i) {
+            values[i] ^= i;
+        }
+        return status;
+    }
+
+    int32_t commitEffectParams(int32_t device) override {
+        calls.push_back({Call::COMMIT, device, 0, 0, {}});
+        return TouchingEffect::commitEffectParams(device);
+    }
+
+    std::vector<Call> calls;
 };
 
 /** The process's store as it is when first made. */

@@ -1,4 +1,5 @@
-// Tuning documents: loaded twice, they must become the same, and refused, they must change nothing.
+// Tuning documents. The store must hold what a plain translation of the objects gives, whatever the
+// heap is like, and the front must work on it like the plain one. Refused documents change nothing.
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/TuningFileParser.h>
 
@@ -6,48 +7,13 @@
 #include <vector>
 
 #include "Fuzz.h"
+#include "PlainFront.h"
+#include "PlainStore.h"
+#include "PlainTranslation.h"
 
 namespace ormel::fuzz {
 
 namespace {
-
-/** All that a load can change, but for the lists of unknown profiles. */
-struct State {
-    std::vector<std::vector<int32_t>> lists;
-    std::string devices;
-    int32_t counts[3];
-
-    bool operator==(const State& other) const {
-        return lists == other.lists && devices == other.devices && counts[0] == other.counts[0] &&
-               counts[1] == other.counts[1] && counts[2] == other.counts[2];
-    }
-};
-
-State stateOf(SpatializerParamArray& array) {
-    State state;
-    for (int profile = -1; profile < 5; ++profile) {
-        state.lists.push_back(array.isXMLProfileValid(profile) ? array.getXMLProfileParams(profile)
-                                                               : std::vector<int32_t>{});
-        state.lists.push_back(array.getProfileGeqGains(profile));
-    }
-    for (int port = 0; port < static_cast<int>(kPortCount); ++port) {
-        const std::string names = array.getAvailableTuningDevices(port);
-        state.devices += names + '\n';
-        for (size_t at = 0; at < names.size();) {
-            const size_t end = std::min(names.find(' ', at), names.size());
-            const std::string device = names.substr(at, end - at);
-            if (array.isXMLTuningValid(device)) {
-                state.lists.push_back(array.getXMLTuningParams(device));
-                state.lists.push_back(array.getXMLTuningMixMatrix(device));
-            }
-            at = end + 1;
-        }
-    }
-    state.counts[0] = array.getTuningProfileCount();
-    state.counts[1] = array.getTuningCount();
-    state.counts[2] = array.getOutputChannelCount();
-    return state;
-}
 
 template <typename Objects>
 void compareAll(const Objects& objects) {
@@ -138,26 +104,121 @@ void inspect(const std::string& text) {
 /** Bytes of a walk. */
 constexpr size_t kMoves = 32;
 
-bool gRefused = false;
+/** Loaded before the input in some runs. */
+constexpr char kEarlierDocument[] = R"(<d>
+ <format_version major="3" minor="4" maintenance="0"/>
+ <profile id="1" name="movie"><volume-modeler-enable value="1"/></profile>
+ <preset id="1" name="movie" type="geq">
+  <data>
+   <bands>
+    <b frequency="7" gain="8"/>
+   </bands>
+  </data>
+ </preset>
+ <tuning name="any" endpoint_type="speaker" output_channels="4">
+  <device_id id="default_internal_speaker" endpoint_port="internal_speaker"/>
+  <device_id id="default_usb" endpoint_port="usb"/>
+  <data>
+   <output-mode>
+    <matrix>
+     <row v="1,2,3,4,5"/>
+    </matrix>
+   </output-mode>
+  </data>
+ </tuning>
+</d>
+)";
 
-/** Whether the store took the document. */
-bool loadsInto(SpatializerParamArray& array, const std::string& path) {
-    gRefused = false;
-    array.loadSpatializerXMLFile(path);
-    return !gRefused;
+/** Loads a document and says whether it was accepted. The messages are those of this load. */
+bool loads(const std::string& path) {
+    takeMessages();
+    SpatializerParamArray::getInstance().loadSpatializerXMLFile(path);
+    const auto& messages = keptMessages();
+    return std::find(messages.begin(), messages.end(), "6Spatializer Tuning XML parses error!") ==
+           messages.end();
 }
 
-void runFront(SpatializerParamArray& array, TouchingEffect& effect) {
+/** A fresh store of the process, with the earlier document in it or with none. */
+class StartingStore {
+  public:
+    explicit StartingStore(bool hasEarlier) : mHasEarlier(hasEarlier) {
+        mFile.write(kEarlierDocument);
+        if (hasEarlier) {
+            require(loadPlainly(mFile.path(), mPlain));
+            mPlain.messages.clear();
+        }
+    }
+
+    /** Keeps the present store if it is one of these and only refused documents came since. */
+    void make() {
+        if (sMade != this) {
+            freshStore();
+            require(!mHasEarlier || loads(mFile.path()));
+        }
+        sMade = this;
+    }
+
+    /** To be called once the store has changed. */
+    static void forget() { sMade = nullptr; }
+
+    /** The same plainly. */
+    const PlainStore& plain() const { return mPlain; }
+
+  private:
+    static inline const StartingStore* sMade = nullptr;
+
+    bool mHasEarlier;
+    MemoryFile mFile;
+    PlainStore mPlain;
+};
+
+/** Runs the front's operations on the store and plainly, and compares. */
+void runFronts(PlainStore& plain, RecordingEffect& effect) {
+    RecordingEffect plainEffect = effect;
     SpatializerParamCache cache;
+    PlainFront front(plain, plainEffect);
     for (int profile = -1; profile < 5; ++profile) {
-        cache.setProfile(profile, &effect, (profile & 1) != 0);
-        cache.setProfileGeqGains(std::vector<int32_t>(25, profile), &effect);
+        const bool isOrmelContent = (profile & 1) != 0;
+        require(cache.setProfile(profile, &effect, isOrmelContent) ==
+                front.setProfile(profile, isOrmelContent));
+        const Words gains(25, profile);
+        require(cache.setProfileGeqGains(gains, &effect) == front.setProfileGeqGains(gains));
     }
-    cache.loadTuning(&effect);
+    require(cache.loadTuning(&effect) == front.loadTuning());
     for (const Port port : kSupportedPorts) {
-        const std::string names = array.getAvailableTuningDevices(port);
-        cache.setSelectedTuningDevice(port, names.substr(0, names.find(' ')), &effect);
+        for (const std::string& device : devicesOn(plain, kPortNames[port])) {
+            require(cache.setSelectedTuningDevice(port, device, &effect) ==
+                    front.setSelectedTuningDevice(port, device));
+        }
     }
+    require(effect.calls == plainEffect.calls);
+    requireSameMessages(plain);
+}
+
+/** Loads a document into the store and plainly, and compares; twice if it is accepted. */
+void compareWithPlain(const std::string& path, StartingStore& start, size_t displacement,
+                      RecordingEffect& effect) {
+    auto& array = SpatializerParamArray::getInstance();
+    PlainStore plain = start.plain();
+    start.make();
+    if (!loads(path)) {
+        requireSame(array, plain);
+        return;
+    }
+    StartingStore::forget();
+    if (!loadPlainly(path, plain)) {
+        return;
+    }
+    requireSameMessages(plain);
+    requireSame(array, plain);
+
+    const std::vector<char> displaced(displacement);
+    start.make();
+    require(loads(path));
+    StartingStore::forget();
+    requireSame(array, plain);
+    runFronts(plain, effect);
+    requireSame(array, plain);
 }
 
 }  // namespace
@@ -166,11 +227,7 @@ void runFront(SpatializerParamArray& array, TouchingEffect& effect) {
 
 extern "C" int LLVMFuzzerInitialize(int* /* argc */, char*** /* argv */) {
     ormel::fuzz::setUp();
-    __android_log_set_logger([](const __android_logger_data*, const char* message) {
-        if (std::strcmp(message, "Spatializer Tuning XML parses error!") == 0) {
-            ormel::fuzz::gRefused = true;
-        }
-    });
+    ormel::fuzz::keepMessages();
     return 0;
 }
 
@@ -178,7 +235,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace ormel::fuzz;
     static MemoryFile& file = *new MemoryFile;
     Input input(data, size);
-    TouchingEffect effect;
+    RecordingEffect effect;
     const uint8_t settings = input.byte();
     effect.readStatus = (settings & 1) != 0 ? -1 : 0;
     effect.answersCount = (settings & 2) != 0;
@@ -193,17 +250,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         inspect(text);
     }
 
-    // Taking the state leaves empty gains behind, so each store serves for one.
-    static const State& unloaded = *new State(stateOf(freshStore()));
-    const bool loads = loadsInto(freshStore(), file.path());
-    auto& array = ormel::SpatializerParamArray::getInstance();
-    const State loaded = stateOf(array);
-    require(loads || loaded == unloaded);
-
-    // A different heap must not show in the lists.
-    const std::vector<char> displaced(size * 7 % 4096);
-    require(loadsInto(freshStore(), file.path()) == loads);
-    require(stateOf(array) == loaded);
-    runFront(array, effect);
+    static StartingStore starts[] = {StartingStore(false), StartingStore(true)};
+    StartingStore& start = starts[(settings & 64) != 0 ? 1 : 0];
+    compareWithPlain(file.path(), start, size * 7 % 4096, effect);
     return 0;
 }

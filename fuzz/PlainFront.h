@@ -1,0 +1,255 @@
+// Plain versions of the front's operations. The fuzz targets compare the calls, results and
+// messages of the library's with theirs.
+#pragma once
+
+#include <kivparamstorage/KivParamStore.h>
+#include <ormel/IEffectOrm.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <string>
+
+#include "PlainList.h"
+#include "PlainStore.h"
+
+namespace ormel::fuzz {
+
+/** Does with a plain store what SpatializerParamCache does with the process's. */
+class PlainFront {
+  public:
+    PlainFront(PlainStore& store, IEffectOrm& effect) : mStore(store), mEffect(effect) {}
+
+    int32_t setProfile(int32_t profile, bool isOrmelContent) {
+        mStore.say(3, "setProfile(profile=" + std::to_string(profile) +
+                              ", isOrmelContent=" + (isOrmelContent ? "1)" : "0)"));
+        mStore.currentProfile = profile;
+        int32_t result = 0;
+        if (mStore.profileLists.count(profile) != 0) {
+            mStore.say(3, "getXMLProfileParams(profile = " + std::to_string(profile) + ")");
+            PlainReader reader(mStore.profileLists[profile]);
+            if (!reader.validate()) {
+                mStore.say(6, "setProfile() Invalid data for setting parameter values.");
+                return -EINVAL;
+            }
+            PlainEntry entry;
+            reader.begin();
+            for (int32_t i = 0; i < reader.sizeInWords() && reader.next(entry); ++i) {
+                pushProfileEntry(entry, isOrmelContent);
+            }
+            result = mEffect.commitEffectParams(kAllDevices);
+        }
+        if (isOrmelContent) {
+            setOrmelContentProfile(-1);
+            setOrmelContentProfile(profile);
+        }
+        return result;
+    }
+
+    void setOrmelContentProfile(int32_t profile) {
+        mStore.say(3, "getProfileParams(profile = " + std::to_string(profile) + ")");
+        PlainReader reader(builtInList(profile));
+        if (!reader.validate()) {
+            mStore.say(6, "setOrmelContentProfile() Invalid data for profile parameter values.");
+            return;
+        }
+        PlainEntry entry;
+        reader.begin();
+        while (reader.next(entry)) {
+            if (mStore.outputChannels < 3 || mStore.tuningCount <= 0 || !isSpeakerDom(entry)) {
+                push(entry);
+                continue;
+            }
+            mStore.say(3, "setOrmelContentProfile(): Hardcoded dom parameter values skipped");
+            Words buffer(kDomRoom);
+            int32_t count = kDomRoom;
+            if (read(kSpeaker, kDom, buffer, count) && buffer[0] == 0) {
+                buffer[0] = 1;
+                mEffect.setEffectParam(kSpeaker, kDom, buffer.data(), count);
+            }
+        }
+        mEffect.commitEffectParams(kAllDevices);
+    }
+
+    int32_t loadTuning() {
+        mStore.say(3, "loadTuning");
+        int32_t result = 0;
+        for (const int32_t port : {0, 3, 4, 5}) {
+            result = loadTuningDevice(mStore.selectedDevices[port]);
+        }
+        return result;
+    }
+
+    int32_t loadTuningDevice(const std::string& device) {
+        mStore.say(3, "loadTuningDevice(" + device + ")");
+        if (mStore.tuningLists.count(device) == 0) {
+            return -EINVAL;
+        }
+        mStore.say(3, "getXMLTuningParams(device = " + device + ")");
+        PlainReader reader(mStore.tuningLists[device]);
+        if (!reader.validate()) {
+            return -EINVAL;
+        }
+        PlainEntry entry;
+        reader.begin();
+        for (int32_t i = 0; i < reader.sizeInWords() && reader.next(entry); ++i) {
+            push(entry);
+        }
+        return mEffect.commitEffectParams(kAllDevices);
+    }
+
+    int32_t setSelectedTuningDevice(int32_t port, const std::string& device) {
+        const char* const name = portName(port);
+        if (name == nullptr) {
+            return -EINVAL;
+        }
+        const std::string message =
+                std::string("setSelectedTuningDevice(port=") + name + ", device=" + device + ")";
+        mStore.say(3, message);
+        if (mStore.selectedDevices[port] == device) {
+            return 0;
+        }
+        mStore.say(3, message);
+        const auto available = mStore.availableDevices.find(device);
+        if (available == mStore.availableDevices.end() || available->second != name) {
+            mStore.say(6, "setSelectedTuningDevice(): tuningDevice " + device +
+                                  " is not available for port " + name + ".");
+            return -EINVAL;
+        }
+        mStore.selectedDevices[port] = device;
+        if (port == 0 && mStore.outputChannels >= 3) {
+            updateMixMatrix(device);
+        }
+        return loadTuningDevice(device);
+    }
+
+    int32_t setProfileGeqGains(const Words& gains) {
+        mStore.gains[mStore.currentProfile] = gains;
+        Words buffer(kGeqWords);
+        int32_t count = kGeqWords;
+        if (!read(kAllDevices, kGebs, buffer, count) || count != kGeqWords) {
+            mStore.say(6, "setProfileGeqGains(): could not get proper GEQ parameters!");
+            return -EINVAL;
+        }
+        putGains(buffer);
+        mEffect.setEffectParam(kAllDevices, kGebs, buffer.data(), kGeqWords);
+        return mEffect.commitEffectParams(kAllDevices);
+    }
+
+  private:
+    static constexpr int32_t kAllDevices = 0x40000000;
+    static constexpr int32_t kSpeaker = 2;
+    static constexpr int32_t kVbon = 0x6e6f6276;
+    static constexpr int32_t kGebs = 0x73626567;
+    static constexpr int32_t kDom = 0x006d6f64;
+    /** A band count, frequencies and gains of 20 bands. */
+    static constexpr int32_t kGeqWords = 41;
+    static constexpr int32_t kGeqFirstGain = 21;
+    static constexpr int32_t kDomRoom = 61;
+
+    static Words builtInList(int32_t profile) {
+        using Array = SpatializerParamArray;
+        switch (profile) {
+            case -1:
+                return {Array::mCommonParams.begin(), Array::mCommonParams.end()};
+            case 0:
+                return {Array::mDynamicProfileParams.begin(), Array::mDynamicProfileParams.end()};
+            case 1:
+                return {Array::mMovieProfileParams.begin(), Array::mMovieProfileParams.end()};
+            case 2:
+                return {Array::mMusicProfileParams.begin(), Array::mMusicProfileParams.end()};
+            case 3:
+                return {Array::mCustomProfileParams.begin(), Array::mCustomProfileParams.end()};
+            default:
+                return {};
+        }
+    }
+
+    static bool isSpeakerDom(const PlainEntry& entry) {
+        return entry.device == kSpeaker && entry.code == kDom;
+    }
+
+    void push(const PlainEntry& entry) {
+        mEffect.setEffectParam(entry.device, entry.code, entry.values.data(), entry.count);
+    }
+
+    /** Reads from the effect; false if it fails or gives a count that is out of range. */
+    bool read(int32_t device, int32_t code, Words& buffer, int32_t& count) {
+        const int32_t room = count;
+        return mEffect.getEffectParam(device, code, buffer.data(), &count) == 0 && count >= 0 &&
+               count <= room;
+    }
+
+    void pushProfileEntry(const PlainEntry& entry, bool isOrmelContent) {
+        if (entry.code == kVbon) {
+            if (mStore.tuningCount > 0) {
+                push(entry);
+            }
+        } else if (entry.code == kGebs) {
+            if (entry.count == kGeqWords) {
+                PlainEntry completed = entry;
+                completed.values.resize(kGeqFirstGain);
+                completed.values.resize(kGeqWords);
+                putGains(completed.values);
+                push(completed);
+            }
+        } else if (mStore.tuningCount > 0 && isSpeakerDom(entry) && mStore.outputChannels > 2) {
+            pushWithMixMatrix(entry);
+        } else if (!isOrmelContent ||
+                   KivParamStore::getInstance().isDeviceProcParamInProfile(entry.code)) {
+            push(entry);
+        }
+    }
+
+    /** Copies the current profile's gains into the bands, at most 20. */
+    void putGains(Words& bands) {
+        const Words& gains = mStore.gains[mStore.currentProfile];
+        std::copy_n(gains.begin(), std::min(gains.size(), size_t{kGeqWords - kGeqFirstGain}),
+                    bands.begin() + kGeqFirstGain);
+    }
+
+    const Words& mixMatrixOf(const std::string& device) {
+        static const Words none;
+        const auto found = mStore.mixMatrices.find(device);
+        if (found == mStore.mixMatrices.end()) {
+            mStore.say(5,
+                       "getXMLTuningMixMatrix(): no mix matrix found with tuning device " + device);
+            return none;
+        }
+        return found->second;
+    }
+
+    void pushWithMixMatrix(const PlainEntry& entry) {
+        const Words& matrix = mixMatrixOf(mStore.selectedDevices[0]);
+        if (matrix.empty()) {
+            push(entry);
+            return;
+        }
+        PlainEntry replaced = entry;
+        replaced.values.resize(1);
+        replaced.values.insert(replaced.values.end(), matrix.begin(), matrix.end());
+        replaced.values.resize(static_cast<size_t>(std::max(entry.count, 0)));
+        push(replaced);
+    }
+
+    void updateMixMatrix(const std::string& device) {
+        Words buffer(kDomRoom);
+        int32_t count = kDomRoom;
+        if (!read(kSpeaker, kDom, buffer, count)) {
+            return;
+        }
+        const Words& matrix = mixMatrixOf(device);
+        if (matrix.empty()) {
+            return;
+        }
+        mStore.say(3, "setSelectedTuningDevice(): Update the mix matrix with tuning " + device);
+        buffer.resize(1);
+        buffer.insert(buffer.end(), matrix.begin(), matrix.end());
+        mEffect.setEffectParam(kSpeaker, kDom, buffer.data(), static_cast<int32_t>(buffer.size()));
+    }
+
+    PlainStore& mStore;
+    IEffectOrm& mEffect;
+};
+
+}  // namespace ormel::fuzz

@@ -1,0 +1,137 @@
+// The state of a store in plain maps. The fuzz targets work out what it must be, step by step, and
+// compare the library's store with it.
+#pragma once
+
+#include <ormel/SpatializerParamArray.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Fuzz.h"
+#include "PlainList.h"
+
+namespace ormel::fuzz {
+
+struct PlainStore {
+    int32_t currentProfile = 1;
+    std::map<int32_t, Words> profileLists;
+    int32_t profileCount = 0;
+    std::map<std::string, Words> tuningLists;
+    std::map<std::string, Words> mixMatrices;
+    int32_t tuningCount = 0;
+    int32_t outputChannels = 2;
+    /** Port name by tuning device. */
+    std::map<std::string, std::string> availableDevices;
+    std::map<int32_t, std::string> selectedDevices = {{0, "default_internal_speaker"},
+                                                      {3, "default_headphone"},
+                                                      {4, "default_bluetooth"},
+                                                      {5, "default_usb"}};
+    std::map<int32_t, Words> gains;
+
+    /** The messages that are due, each behind the digit of its priority. */
+    std::vector<std::string> messages;
+
+    void say(int priority, const std::string& text) {
+        messages.push_back(std::to_string(priority) + text.substr(0, kMaxMessage));
+    }
+
+    /** A message that may end in any way. */
+    void sayBeginning(int priority, const std::string& text) {
+        say(priority, text);
+        messages.back() += kAnyRest;
+    }
+
+    /** Android's log cuts longer ones. */
+    static constexpr size_t kMaxMessage = 1023;
+    /** Stands for any text at the end of a message. No XML character, so no name has it. */
+    static constexpr char kAnyRest = '\x01';
+};
+
+inline bool messageMatches(const std::string& said, const std::string& expected) {
+    if (!expected.empty() && expected.back() == PlainStore::kAnyRest) {
+        return said.compare(0, expected.size() - 1, expected, 0, expected.size() - 1) == 0;
+    }
+    return said == expected;
+}
+
+inline void print(const char* title, const std::vector<std::string>& messages) {
+    for (const std::string& message : messages) {
+        static_cast<void>(std::fprintf(stderr, "%s: %s\n", title, message.c_str()));
+    }
+}
+
+/** Compares what was said with what was due, and forgets both. */
+inline void requireSameMessages(PlainStore& plain) {
+    const std::vector<std::string> said = takeMessages();
+    const bool isSame = std::equal(said.begin(), said.end(), plain.messages.begin(),
+                                   plain.messages.end(), messageMatches);
+    if (!isSame) {
+        print("said", said);
+        print("expected", plain.messages);
+    }
+    require(isSame);
+    plain.messages.clear();
+}
+
+/** The tuning devices of a port, in ascending order. */
+inline std::vector<std::string> devicesOn(const PlainStore& plain, const std::string& port) {
+    std::vector<std::string> devices;
+    for (const auto& [device, devicePort] : plain.availableDevices) {
+        if (devicePort == port) {
+            devices.push_back(device);
+        }
+    }
+    return devices;
+}
+
+inline void requireSameDevices(SpatializerParamArray& array, const PlainStore& plain,
+                               int32_t port) {
+    std::string names;
+    for (const std::string& device : devicesOn(plain, kPortNames[port])) {
+        names += device + ' ';
+    }
+    require(array.getAvailableTuningDevicesLen(port) == static_cast<int>(names.size()));
+    if (!names.empty()) {
+        names.pop_back();
+    }
+    require(array.getAvailableTuningDevices(port) == names);
+    for (const auto& [device, devicePort] : plain.availableDevices) {
+        require(array.isValidTuningDevice(port, device) == (devicePort == kPortNames[port]));
+    }
+}
+
+/** Changes nothing, but adds gains that only @p plain has, as an empty list, to @p array. */
+inline void requireSame(SpatializerParamArray& array, const PlainStore& plain) {
+    require(array.getCurrentProfile() == plain.currentProfile);
+    require(array.getTuningProfileCount() == plain.profileCount);
+    require(array.getTuningCount() == plain.tuningCount);
+    require(array.getOutputChannelCount() == plain.outputChannels);
+    for (int32_t profile = -2; profile < 10; ++profile) {
+        require(array.isXMLProfileValid(profile) == (plain.profileLists.count(profile) != 0));
+    }
+    for (const auto& [profile, list] : plain.profileLists) {
+        require(array.isXMLProfileValid(profile) && array.getXMLProfileParams(profile) == list);
+    }
+    for (const auto& [profile, gains] : plain.gains) {
+        require(array.getProfileGeqGains(profile) == gains);
+    }
+    for (const auto& [device, list] : plain.tuningLists) {
+        require(array.isXMLTuningValid(device) && array.getXMLTuningParams(device) == list);
+        const auto matrix = plain.mixMatrices.find(device);
+        require(array.getXMLTuningMixMatrix(device) ==
+                (matrix == plain.mixMatrices.end() ? Words{} : matrix->second));
+    }
+    for (int32_t port = 0; port < static_cast<int32_t>(kPortCount); ++port) {
+        requireSameDevices(array, plain, port);
+    }
+    for (const auto& [port, device] : plain.selectedDevices) {
+        require(array.getSelectedTuningDevice(port) == device);
+    }
+    takeMessages();
+}
+
+}  // namespace ormel::fuzz

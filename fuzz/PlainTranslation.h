@@ -1,0 +1,203 @@
+// A plain load of a tuning document's objects into a store.
+#pragma once
+
+#include <ormel/DeviceData.h>
+#include <ormel/TuningFileParser.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "PlainList.h"
+#include "PlainStore.h"
+#include "PlainTranslators.h"
+
+namespace ormel::fuzz {
+
+/** Does with the objects of one document what the library's load does. */
+class PlainLoad {
+  public:
+    PlainLoad(DeviceData& data, PlainStore& store) : mData(data), mStore(store) {}
+
+    /** @return false, with part of the work done, when there is too much of it */
+    bool run() {
+        takeInternalSpeaker();
+        for (Profile* const profile : mData.getProfiles()) {
+            loadProfile(*profile);
+        }
+        for (DeviceTuning* const binding : mData.getDeviceTunings()) {
+            loadTuning(*binding);
+        }
+        nameMissingDevices();
+        return mWordCount <= kMaxWords;
+    }
+
+  private:
+    Tuning* findTuning(const std::string& name) const {
+        for (Tuning* const tuning : mData.getTunings()) {
+            if (tuning->getName() == name) {
+                return tuning;
+            }
+        }
+        return nullptr;
+    }
+
+    /** The tuning of the first binding of the internal speaker's selected device. */
+    Tuning* findInternalSpeaker() const {
+        for (const DeviceTuning* const binding : mData.getDeviceTunings()) {
+            if (binding->getDevice() == mStore.selectedDevices[0]) {
+                return findTuning(binding->getTuning());
+            }
+        }
+        return nullptr;
+    }
+
+    void takeInternalSpeaker() {
+        if (Tuning* const tuning = findInternalSpeaker()) {
+            mMixMatrix = tuning->getValues()[OUTPUT_MIX_MATRIX];
+            mVirtualBassMode = tuning->getValues()[VIRTUAL_BASS_MODE];
+            mStore.outputChannels = tuning->getValues()[OUTPUT_CHANNELS].at(0);
+        }
+        if (mMixMatrix.empty()) {
+            mStore.say(3, "use the default mix matrix");
+            mMixMatrix = {15,    24,    16384, 0,     0,     16384, 11583, 11583, 8192,  8192,
+                          16384, 0,     0,     16384, 16384, 0,     0,     16384, 16384, 0,
+                          0,     16384, 16384, 0,     0,     16384, 11,    16,    16384, 0,
+                          0,     16384, 11583, 11583, 8192,  8192,  16384, 0,     0,     16384,
+                          16384, 0,     0,     16384, 10,    12,    16384, 0,     0,     16384,
+                          11583, 11583, 8192,  8192,  16384, 0,     0,     16384};
+        }
+        if (mVirtualBassMode.empty()) {
+            mStore.say(3, "use the default vb mode");
+            mVirtualBassMode = {3};
+        }
+    }
+
+    void add(PlainList& list, ParameterValues& object, int32_t endpoint) {
+        if (mWordCount <= kMaxWords) {
+            const size_t before = list.words.size();
+            translate(list, object, endpoint);
+            mWordCount += list.words.size() - before;
+        }
+    }
+
+    void loadProfile(Profile& profile) {
+        const int32_t id = profile.getProfileId();
+        PlainList list;
+        list.device = 0x40000000;
+        add(list, profile, 2);
+        for (GeqPreset* const preset : mData.getGeqPresets()) {
+            if (preset->getProfileId() == id) {
+                add(list, *preset, 2);
+                mStore.gains.emplace(id, preset->getValues()[GEQ_GAIN]);
+            }
+        }
+        for (ProfileEndpoint* const endpoint : mData.getProfileEndpoints()) {
+            if (endpoint->getProfileId() == id) {
+                addEndpoint(list, *endpoint);
+            }
+        }
+        mStore.say(3, "Profile " + std::to_string(id) +
+                              ", numParameters = " + std::to_string(list.count()));
+        mStore.profileLists.emplace(id, list.words);
+        ++mStore.profileCount;
+    }
+
+    void addEndpoint(PlainList& list, ProfileEndpoint& endpoint) {
+        endpoint.set(VIRTUAL_BASS_MODE, mVirtualBassMode);
+        selectPreset(endpoint.getSelectedIeqPreset());
+        if (endpoint.getEndpoint() == 1) {
+            endpoint.set(ORIENTATION, {2});
+            for (const int32_t device : {0x8, 0x80, 0x4000}) {
+                addOnDevice(list, device, endpoint);
+            }
+        }
+        if (endpoint.getEndpoint() == 0) {
+            endpoint.set(ORIENTATION, {1});
+            endpoint.set(OUTPUT_MIX_MATRIX, mMixMatrix);
+            addOnDevice(list, 0x2, endpoint);
+        }
+    }
+
+    /** Keeps the preset selected before when there is none with this id. */
+    void selectPreset(int32_t id) {
+        for (IeqPreset* const preset : mData.getIeqPresets()) {
+            if (preset->getPresetId() == id) {
+                mPreset = preset;
+                return;
+            }
+        }
+    }
+
+    void addOnDevice(PlainList& list, int32_t device, ProfileEndpoint& endpoint) {
+        list.device = device;
+        if (mPreset != nullptr) {
+            add(list, *mPreset, endpoint.getEndpoint());
+        }
+        add(list, endpoint, endpoint.getEndpoint());
+    }
+
+    void loadTuning(const DeviceTuning& binding) {
+        const std::string device = binding.getDevice();
+        Tuning* const tuning = findTuning(binding.getTuning());
+        if (tuning == nullptr) {
+            mStore.sayBeginning(5, "");
+            return;
+        }
+        PlainList list;
+        list.device = deviceOfPort(binding.getPort());
+        // The endpoint counts for the output mode only, which no tuning has.
+        add(list, *tuning, 2);
+        mStore.say(3, "Tuning id(" + device + "), tuningName(" + binding.getTuning() +
+                              ") numParameters = " + std::to_string(list.count()));
+        mStore.tuningLists[device] = list.words;
+        ++mStore.tuningCount;
+        mStore.availableDevices[device] = binding.getPort();
+        mStore.mixMatrices[device] = tuning->getValues()[OUTPUT_MIX_MATRIX];
+        mStore.sayBeginning(3, "Tuning id(" + device + "): endpoint ");
+    }
+
+    static int32_t deviceOfPort(const std::string& port) {
+        static const auto& devices = *new std::map<std::string, int32_t>{{"internal_speaker", 0x2},
+                                                                         {"headphone", 0x8},
+                                                                         {"bluetooth", 0x80},
+                                                                         {"usb", 0x4000}};
+        const auto found = devices.find(port);
+        return found == devices.end() ? 0 : found->second;
+    }
+
+    void nameMissingDevices() {
+        for (const int32_t port : {0, 3, 4, 5}) {
+            const std::string& device = mStore.selectedDevices[port];
+            const auto found = mStore.availableDevices.find(device);
+            if (found == mStore.availableDevices.end() || found->second != kPortNames[port]) {
+                mStore.say(6, "loadSpatializerXMLFile() default tuningDevice " + device +
+                                      " is not available for port " + kPortNames[port] + ".");
+            }
+        }
+    }
+
+    /** A short document that repeats its profiles can come to any length. */
+    static constexpr size_t kMaxWords = size_t{4} << 20;
+
+    DeviceData& mData;
+    PlainStore& mStore;
+    Words mMixMatrix;
+    Words mVirtualBassMode;
+    IeqPreset* mPreset = nullptr;
+    size_t mWordCount = 0;
+};
+
+/**
+ * Loads a document that the library accepted.
+ *
+ * @return false, with part of the document in @p store, when it is too long to be translated here
+ */
+inline bool loadPlainly(const std::string& path, PlainStore& store) {
+    store.say(3, "loadSpatializerXMLFile(" + path + ")");
+    TuningFileParser parser;
+    require(parser.setTuningFile(path, false) == 0 && parser.getDeviceData() != nullptr);
+    return PlainLoad(*parser.getDeviceData(), store).run();
+}
+
+}  // namespace ormel::fuzz
