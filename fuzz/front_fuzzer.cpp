@@ -1,9 +1,13 @@
-// Sequences of front operations against effects that answer anything.
+// Sequences of front operations against effects that answer anything. The plain front does the same
+// and must make the same calls, give the same results and messages, and leave the same state.
 #include <ormel/SpatializerParamCache.h>
 
 #include <vector>
 
 #include "Fuzz.h"
+#include "PlainFront.h"
+#include "PlainStore.h"
+#include "PlainTranslation.h"
 
 namespace ormel::fuzz {
 
@@ -29,6 +33,12 @@ int32_t number(Input& input) {
     return small == 0xff ? input.word() : small % 9 - 1;
 }
 
+/** A small value, or any. */
+int32_t value(Input& input) {
+    const uint8_t small = input.byte();
+    return small == 0xff ? input.word() : small;
+}
+
 void readAnswer(Input& input, TouchingEffect& effect) {
     const uint8_t settings = input.byte();
     effect.readStatus = (settings & 1) != 0 ? -5 : 0;
@@ -37,85 +47,33 @@ void readAnswer(Input& input, TouchingEffect& effect) {
     effect.answerCount = (settings & 8) != 0 ? input.word() : input.byte();
 }
 
-std::vector<int32_t> gains(Input& input) {
-    std::vector<int32_t> values(input.byte());
+Words gains(Input& input) {
+    Words values(input.byte());
     for (int32_t& value : values) {
         value = input.byte();
     }
     return values;
 }
 
-void runOperation(Input& input, SpatializerParamArray& array) {
-    SpatializerParamCache cache;
-    TouchingEffect effect;
-    const uint8_t operation = input.byte();
-    readAnswer(input, effect);
-    switch (operation % 14) {
-        case 0:
-            cache.setProfile(number(input), &effect, (input.byte() & 1) != 0);
-            break;
-        case 1:
-            cache.setOrmelContentProfile(number(input), &effect);
-            break;
-        case 2:
-            cache.loadTuning(&effect);
-            break;
-        case 3:
-            cache.loadTuningDevice(nameOf(input.byte()), &effect);
-            break;
-        case 4:
-            cache.setSelectedTuningDevice(number(input), nameOf(input.byte()), &effect);
-            break;
-        case 5:
-            cache.setProfileGeqGains(gains(input), &effect);
-            break;
-        case 6:
-            cache.setProfileGeqGains(cache.getProfileGeqGains(), &effect);
-            break;
-        case 7: {
-            const int32_t port = number(input);
-            const std::string names = array.getAvailableTuningDevices(port);
-            const auto length = static_cast<size_t>(array.getAvailableTuningDevicesLen(port));
-            require(length == (names.empty() ? 0 : names.size() + 1));
-            break;
+/** Leaves anything in a list, as callers who hold references may. */
+void edit(Input& input, Words& list, Words& plainList) {
+    const uint8_t cut = input.byte();
+    const uint8_t place = input.byte();
+    const int32_t word = value(input);
+    for (Words* const edited : {&list, &plainList}) {
+        if (edited->empty()) {
+            continue;
         }
-        case 8:
-            array.getSelectedTuningDevice(number(input));
-            array.isValidTuningDevice(number(input), nameOf(input.byte()));
-            break;
-        case 9:
-            array.setProfileGeqGains(number(input), gains(input));
-            break;
-        case 10: {
-            const int32_t profile = number(input);
-            std::vector<char> list(array.getProfileParamsSize(profile));
-            array.getProfileParams(profile, list.data());
-            break;
-        }
-        case 11: {
-            // Callers hold references to the lists, and may leave anything in them.
-            std::vector<int32_t>& list = array.getXMLProfileParams(number(input));
-            if (!list.empty()) {
-                list.resize(list.size() - input.byte() % list.size());
-                list[input.byte() % list.size()] = input.byte();
-            }
-            break;
-        }
-        case 12:
-            array.getXMLTuningParams(nameOf(input.byte()));
-            array.getXMLTuningMixMatrix(nameOf(input.byte()));
-            break;
-        default: {
-            require(!cache.isValidPort(-1));
-            require(cache.isTuningAvailable() == (array.getTuningCount() > 0));
-            std::string dump;
-            array.dump(dump, number(input));
-            require(!dump.empty() && dump.back() == '\n');
-            break;
+        edited->resize(edited->size() - cut % edited->size());
+        (*edited)[place % edited->size()] = word;
+        // With backward counts, entries are read again up to the announced number of times.
+        if (edited->size() > 1) {
+            (*edited)[1] = std::min((*edited)[1], static_cast<int32_t>(edited->size()));
         }
     }
 }
 
+/** Four channels. Profile 1 has 20 graphic-equalizer bands, profile 2 too few. */
 constexpr char kSurroundDocument[] = R"(<d>
  <format_version major="3" minor="4" maintenance="0"/>
  <preset id="0" name="off" type="ieq">
@@ -145,6 +103,16 @@ constexpr char kSurroundDocument[] = R"(<d>
     <b frequency="13" gain="4"/><b frequency="14" gain="5"/><b frequency="15" gain="6"/>
     <b frequency="16" gain="7"/><b frequency="17" gain="8"/><b frequency="18" gain="9"/>
     <b frequency="19" gain="1"/><b frequency="20" gain="2"/>
+   </bands>
+  </data>
+ </preset>
+ <profile id="2" name="music">
+  <surround-decoder-enable value="1"/>
+ </profile>
+ <preset id="2" name="music" type="geq">
+  <data>
+   <bands>
+    <b frequency="1" gain="1"/><b frequency="2" gain="2"/>
    </bands>
   </data>
  </preset>
@@ -181,46 +149,256 @@ constexpr char kSurroundDocument[] = R"(<d>
 </d>
 )";
 
-/**
- * The process's store with the document loaded, as it was before the last input. Loading takes most
- * of the time, so a store serves for many inputs; what stays of them are empty lists of profiles
- * and devices that are unknown.
- */
-class LoadedStore {
+/** Two channels. Shares names and ids with the first document, but not their values. */
+constexpr char kStereoDocument[] = R"(<d>
+ <format_version major="3" minor="4" maintenance="0"/>
+ <profile id="1" name="movie">
+  <volume-modeler-enable value="1"/>
+ </profile>
+ <profile id="3" name="custom">
+  <endpoint_type id="speaker">
+   <include ieq_preset="0"/>
+   <virtualizer-enable value="1"/>
+  </endpoint_type>
+ </profile>
+ <preset id="1" name="movie" type="geq">
+  <data>
+   <bands>
+    <b frequency="9" gain="9"/>
+   </bands>
+  </data>
+ </preset>
+ <tuning name="a" endpoint_type="speaker" output_channels="2">
+  <device_id id="default_internal_speaker" endpoint_port="internal_speaker"/>
+  <device_id id="default_bluetooth" endpoint_port="bluetooth"/>
+  <data>
+   <output-mode>
+    <matrix>
+     <row v="5,6"/>
+    </matrix>
+   </output-mode>
+  </data>
+ </tuning>
+</d>
+)";
+
+template <typename Map>
+bool haveSameKeys(const Map& left, const Map& right) {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](const auto& one, const auto& other) { return one.first == other.first; });
+}
+
+/** The process's store and a plain one in the same state. */
+class Stores {
   public:
-    SpatializerParamArray& restore() {
-        if (mInputs++ % kInputsPerStore == 0) {
-            load();
+    Stores() {
+        mDocument.write(kSurroundDocument);
+        mOtherDocument.write(kStereoDocument);
+        require(loadPlainly(mDocument.path(), mLoaded));
+        for (int32_t profile = -1; profile < 8; ++profile) {
+            mLoaded.gains[profile] = {1, 2, 3};
         }
-        auto& array = SpatializerParamArray::getInstance();
-        array.getXMLProfileParams(kProfile) = mProfileList;
-        array.setCurrentProfile(kProfile);
-        for (int profile = -1; profile < 8; ++profile) {
-            array.setProfileGeqGains(profile, {1, 2, 3});
-        }
-        array.setSelectedTuningDevice(PORT_INTERNAL_SPEAKER, nameOf(0));
-        return array;
+        mLoaded.messages.clear();
     }
 
-    /** The store is another one now. */
-    void forget() { mInputs = 0; }
+    PlainStore plain;
+
+    SpatializerParamArray& array() { return SpatializerParamArray::getInstance(); }
+
+    /** Puts both in the state after the first document's load. */
+    void restore() {
+        if (!restoreInPlace()) {
+            freshStore().loadSpatializerXMLFile(mDocument.path());
+            for (const auto& [profile, gains] : mLoaded.gains) {
+                array().setProfileGeqGains(profile, gains);
+            }
+        }
+        plain = mLoaded;
+        takeMessages();
+    }
+
+    /** Puts both in the state without a document. */
+    void clear() {
+        freshStore();
+        plain = PlainStore();
+        takeMessages();
+    }
+
+    /** Loads the second document into both. */
+    void load() {
+        array().loadSpatializerXMLFile(mOtherDocument.path());
+        require(loadPlainly(mOtherDocument.path(), plain));
+        requireSameMessages(plain);
+    }
 
   private:
-    static constexpr int kProfile = 1;
-    static constexpr int kInputsPerStore = 4096;
-
-    void load() {
-        mDocument.write(kSurroundDocument);
-        auto& array = freshStore();
-        array.loadSpatializerXMLFile(mDocument.path());
-        require(array.getTuningCount() == 5);
-        mProfileList = array.getXMLProfileParams(kProfile);
+    /** Possible only where no entry was added, since nothing removes one. */
+    bool restoreInPlace() {
+        if (plain.profileCount != mLoaded.profileCount ||
+            !haveSameKeys(plain.profileLists, mLoaded.profileLists) ||
+            !haveSameKeys(plain.tuningLists, mLoaded.tuningLists) ||
+            !haveSameKeys(plain.selectedDevices, mLoaded.selectedDevices) ||
+            !haveSameKeys(plain.gains, mLoaded.gains)) {
+            return false;
+        }
+        array().setCurrentProfile(mLoaded.currentProfile);
+        for (const auto& [profile, list] : mLoaded.profileLists) {
+            array().getXMLProfileParams(profile) = list;
+        }
+        for (const auto& [device, list] : mLoaded.tuningLists) {
+            array().getXMLTuningParams(device) = list;
+        }
+        for (const auto& [port, device] : mLoaded.selectedDevices) {
+            array().setSelectedTuningDevice(port, device);
+        }
+        for (const auto& [profile, gains] : mLoaded.gains) {
+            array().setProfileGeqGains(profile, gains);
+        }
+        return true;
     }
 
     MemoryFile mDocument;
-    std::vector<int32_t> mProfileList;
-    int mInputs = 0;
+    MemoryFile mOtherDocument;
+    PlainStore mLoaded;
 };
+
+/** Runs an operation of the front on both stores and compares. */
+void runFrontOperation(uint8_t operation, Input& input, PlainStore& plain) {
+    SpatializerParamCache cache;
+    RecordingEffect effect;
+    readAnswer(input, effect);
+    RecordingEffect plainEffect = effect;
+    PlainFront front(plain, plainEffect);
+    switch (operation) {
+        case 0: {
+            const int32_t profile = number(input);
+            const bool isOrmelContent = (input.byte() & 1) != 0;
+            require(cache.setProfile(profile, &effect, isOrmelContent) ==
+                    front.setProfile(profile, isOrmelContent));
+            break;
+        }
+        case 1: {
+            const int32_t profile = number(input);
+            cache.setOrmelContentProfile(profile, &effect);
+            front.setOrmelContentProfile(profile);
+            break;
+        }
+        case 2:
+            require(cache.loadTuning(&effect) == front.loadTuning());
+            break;
+        case 3: {
+            const std::string& device = nameOf(input.byte());
+            require(cache.loadTuningDevice(device, &effect) == front.loadTuningDevice(device));
+            break;
+        }
+        case 4: {
+            const int32_t port = number(input);
+            const std::string& device = nameOf(input.byte());
+            require(cache.setSelectedTuningDevice(port, device, &effect) ==
+                    front.setSelectedTuningDevice(port, device));
+            break;
+        }
+        case 5: {
+            const Words values = gains(input);
+            require(cache.setProfileGeqGains(values, &effect) == front.setProfileGeqGains(values));
+            break;
+        }
+        default: {
+            const Words values = plain.gains[plain.currentProfile];
+            require(cache.setProfileGeqGains(cache.getProfileGeqGains(), &effect) ==
+                    front.setProfileGeqGains(values));
+            break;
+        }
+    }
+    require(effect.calls == plainEffect.calls);
+    requireSameMessages(plain);
+}
+
+/** Seldom true. For operations that need a load, now or before the next input. */
+bool mayTakeLong(Input& input) {
+    return input.byte() % 64 == 1;
+}
+
+void runStoreOperation(uint8_t operation, Input& input, Stores& stores) {
+    SpatializerParamCache cache;
+    SpatializerParamArray& array = stores.array();
+    PlainStore& plain = stores.plain;
+    switch (operation) {
+        case 7: {
+            const int32_t port = number(input);
+            const std::string names = array.getAvailableTuningDevices(port);
+            const auto length = static_cast<size_t>(array.getAvailableTuningDevicesLen(port));
+            require(length == (names.empty() ? 0 : names.size() + 1));
+            break;
+        }
+        case 8: {
+            const int32_t port = number(input);
+            array.isValidTuningDevice(port, nameOf(input.byte()));
+            if (plain.selectedDevices.count(port) != 0 || mayTakeLong(input)) {
+                require(array.getSelectedTuningDevice(port) == plain.selectedDevices[port]);
+            }
+            break;
+        }
+        case 9: {
+            const int32_t profile = number(input);
+            plain.gains[profile] = gains(input);
+            array.setProfileGeqGains(profile, plain.gains[profile]);
+            break;
+        }
+        case 10: {
+            const int32_t profile = number(input);
+            std::vector<char> list(array.getProfileParamsSize(profile));
+            array.getProfileParams(profile, list.data());
+            break;
+        }
+        case 11: {
+            const int32_t profile = number(input);
+            if (plain.profileLists.count(profile) != 0 || mayTakeLong(input)) {
+                edit(input, array.getXMLProfileParams(profile), plain.profileLists[profile]);
+            }
+            break;
+        }
+        case 12: {
+            const std::string& device = nameOf(input.byte());
+            array.getXMLTuningMixMatrix(device);
+            if (plain.tuningLists.count(device) != 0 || mayTakeLong(input)) {
+                edit(input, array.getXMLTuningParams(device), plain.tuningLists[device]);
+            }
+            break;
+        }
+        case 13: {
+            const int32_t profile = number(input);
+            edit(input, array.getProfileGeqGains(profile), plain.gains[profile]);
+            break;
+        }
+        case 14:
+            if (mayTakeLong(input)) {
+                stores.load();
+            }
+            break;
+        default: {
+            require(!cache.isValidPort(-1));
+            require(cache.isTuningAvailable() == (array.getTuningCount() > 0));
+            std::string dump;
+            array.dump(dump, number(input));
+            require(!dump.empty() && dump.back() == '\n');
+            break;
+        }
+    }
+    takeMessages();
+}
+
+constexpr int kMaxOperations = 32;
+constexpr uint8_t kFrontOperations = 7;
+
+void runOperation(Input& input, Stores& stores) {
+    const uint8_t operation = input.byte() % 16;
+    if (operation < kFrontOperations) {
+        runFrontOperation(operation, input, stores.plain);
+    } else {
+        runStoreOperation(operation, input, stores);
+    }
+}
 
 }  // namespace
 
@@ -228,20 +406,22 @@ class LoadedStore {
 
 extern "C" int LLVMFuzzerInitialize(int* /* argc */, char*** /* argv */) {
     ormel::fuzz::setUp();
+    ormel::fuzz::keepMessages();
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace ormel::fuzz;
-    static auto& store = *new LoadedStore;
+    static auto& stores = *new Stores;
     Input input(data, size);
-    const bool isLoaded = input.byte() % 64 != 0;
-    if (!isLoaded) {
-        store.forget();
+    if (input.byte() % 64 != 0) {
+        stores.restore();
+    } else {
+        stores.clear();
     }
-    auto& array = isLoaded ? store.restore() : freshStore();
-    for (int operations = 0; operations < 32 && !input.empty(); ++operations) {
-        runOperation(input, array);
+    for (int operations = 0; operations < kMaxOperations && !input.empty(); ++operations) {
+        runOperation(input, stores);
     }
+    requireSame(stores.array(), stores.plain);
     return 0;
 }
