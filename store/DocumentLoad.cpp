@@ -129,7 +129,19 @@ void DocumentLoad::commit() {
     replaceBy(mArray.mXMLTuningParams, mTuningLists);
     replaceBy(mArray.mMixMatrices, mMixMatrices);
     replaceBy(mArray.mAvailableTuningDevices, mPorts);
+    keepHandedOut(mTuningLists);
+    keepHandedOut(mMixMatrices);
     reportMissingDefaults();
+}
+
+/** Moves the lists that callers hold references to into the array; they stay where they are. */
+void DocumentLoad::keepHandedOut(SpatializerParamArray::ListsByDevice& replaced) {
+    for (auto next = replaced.begin(); next != replaced.end();) {
+        const auto entry = next++;
+        if (entry->second.isHandedOut) {
+            mArray.mReplacedLists.push_back(replaced.extract(entry));
+        }
+    }
 }
 
 void DocumentLoad::translateAll(ParameterTranslator& translator, SetParamCommand& command) {
@@ -334,8 +346,8 @@ void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     mBudget.chargeNumbers(mixMatrix.size());
     mBudget.chargeEntries(5);
     mBudget.chargeKeptText(3 * (device.size() + port.size()));
-    mTuningLists[device] = takeList(command);
-    mMixMatrices[device] = mixMatrix;
+    mTuningLists[device].words = takeList(command);
+    mMixMatrices[device].words = mixMatrix;
     mPorts[device] = port;
     ++mDeviceTuningCount;
     if (--mDevicesToCome[tuningName] == 0) {

@@ -54,6 +54,7 @@ class DocumentLoad {
     void translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand& command);
     bool selectPreset(const ProfileEndpoint& endpoint);
     void loadDeviceTuning(const DeviceTuning& deviceTuning);
+    void keepHandedOut(SpatializerParamArray::ListsByDevice& replaced);
     void reportMissingDefaults() const;
 
     void translateForDevice(AndroidDevice device, SetParamCommand& command);
@@ -91,8 +92,8 @@ class DocumentLoad {
     std::map<int32_t, std::vector<int32_t>> mGeqGains;
     int32_t mDeviceTuningCount = 0;
     // By name of the tuning device.
-    std::map<std::string, std::vector<int32_t>> mTuningLists;
-    std::map<std::string, std::vector<int32_t>> mMixMatrices;
+    SpatializerParamArray::ListsByDevice mTuningLists;
+    SpatializerParamArray::ListsByDevice mMixMatrices;
     std::map<std::string, std::string> mPorts;
     /** By profile id, for the profiles that come again. */
     std::map<int, ProfilePass> mPasses;

@@ -4,6 +4,7 @@
 
 #include <log/log.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -63,6 +64,7 @@ bool SpatializerParamArray::isXMLProfileValid(int profile) {
 std::vector<int32_t>& SpatializerParamArray::getXMLProfileParams(int profile) {
     const Mutex::Autolock lock(mLock);
     ALOGD("%s(profile = %d)", __func__, profile);
+    // No load replaces a profile's list, so none of them has to be kept for who holds a reference.
     return mXMLProfileParams[profile];
 }
 
@@ -74,7 +76,9 @@ bool SpatializerParamArray::isXMLTuningValid(const std::string& device) {
 std::vector<int32_t>& SpatializerParamArray::getXMLTuningParams(const std::string& device) {
     const Mutex::Autolock lock(mLock);
     ALOGD("%s(device = %s)", __func__, device.c_str());
-    return mXMLTuningParams[device];
+    StoredList& list = mXMLTuningParams[device];
+    list.isHandedOut = true;
+    return list.words;
 }
 
 std::vector<std::string> SpatializerParamArray::devicesOf(int port) const {
@@ -140,6 +144,15 @@ std::vector<int32_t>& SpatializerParamArray::getProfileGeqGains(OrmSpatializerPr
     return mProfileGeqGains[profile];
 }
 
+size_t SpatializerParamArray::copyProfileGeqGains(OrmSpatializerProfileId profile, int32_t* dest,
+                                                  size_t room) {
+    const Mutex::Autolock lock(mLock);
+    const std::vector<int32_t>& gains = mProfileGeqGains[profile];
+    const size_t count = std::min(gains.size(), room);
+    std::copy_n(gains.begin(), count, dest);
+    return count;
+}
+
 void SpatializerParamArray::setProfileGeqGains(OrmSpatializerProfileId profile,
                                                const std::vector<int32_t>& gains) {
     const Mutex::Autolock lock(mLock);
@@ -155,7 +168,8 @@ const std::vector<int32_t>& SpatializerParamArray::getXMLTuningMixMatrix(
         ALOGW("%s(): no mix matrix found with tuning device %s", __func__, device.c_str());
         return kNoMatrix;
     }
-    return found->second;
+    found->second.isHandedOut = true;
+    return found->second.words;
 }
 
 SpatializerParamArray::LoadOutcome SpatializerParamArray::getLoadOutcome() {

@@ -87,7 +87,7 @@ void pushGeqEntry(const EffectParamParser& entry, IEffectOrm* effect) {
     }
     GeqValues values{};
     std::copy_n(entry.mValues, kGeqGainsAt, values.begin());
-    putGains(SpatializerParamCache().getProfileGeqGains(), values);
+    array().copyProfileGeqGains(array().getCurrentProfile(), &values[kGeqGainsAt], kGeqBands);
     effect->setEffectParam(entry.mDeviceId, entry.mParamCode, values.data(), entry.mValueCount);
 }
 

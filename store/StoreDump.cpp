@@ -102,14 +102,14 @@ class StoreDump {
     void putTunings() {
         put(0, "device tunings: " + std::to_string(mArray.mTuningCount));
         for (const auto& [device, list] : mArray.mXMLTuningParams) {
-            std::string line = printable(device) + ": " + entriesOf(list);
+            std::string line = printable(device) + ": " + entriesOf(list.words);
             const auto port = mArray.mAvailableTuningDevices.find(device);
             if (port != mArray.mAvailableTuningDevices.end()) {
                 line += ", port " + printable(port->second);
             }
             const auto matrix = mArray.mMixMatrices.find(device);
             if (matrix != mArray.mMixMatrices.end()) {
-                line += ", mix matrix of " + std::to_string(matrix->second.size());
+                line += ", mix matrix of " + std::to_string(matrix->second.words.size());
             }
             put(1, line);
         }

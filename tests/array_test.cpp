@@ -1,4 +1,6 @@
 // The store of parameter lists, apart from what documents become.
+#include <malloc.h>
+
 #include <future>
 
 #include "support/Documents.h"
@@ -55,10 +57,59 @@ TEST_F(ArrayTest, StartsWithDefaultsAndRemembersWhatItIsAskedFor) {
     EXPECT_TRUE(gains.empty());
     mArray.setProfileGeqGains(42, Values(30, -5));
     EXPECT_EQ(gains, Values(30, -5));
+    Values copied(gains.size() - 1);
+    EXPECT_EQ(mArray.copyProfileGeqGains(42, copied.data(), copied.size()), copied.size());
+    EXPECT_TRUE(std::equal(copied.begin(), copied.end(), gains.begin()));
+    EXPECT_EQ(mArray.copyProfileGeqGains(43, copied.data(), copied.size()), 0U);
+    // The copy has left an entry behind, which no document's gains replace.
+    const char geq[] = "<preset type='geq' id='43'> <data> <b> <b gain='1'/></b></data></preset>";
+    load(document(geq + std::string("<profile id='43'> </profile>")));
+    EXPECT_TRUE(mArray.getProfileGeqGains(43).empty());
     const Values& none = mArray.getXMLTuningMixMatrix("x");
     EXPECT_TRUE(none.empty() && &mArray.getXMLTuningMixMatrix("x") == &none);
     const char* const said = "getXMLTuningMixMatrix(): no mix matrix found with tuning device x";
     EXPECT_EQ(log.take(), Lines(2, warning(kTag, said)));
+}
+
+/** A document with a tuning of device "d", whose list and matrix are as long as a row. */
+std::string rowTwice(const std::string& row) {
+    return document(
+            "<tuning name='t' output_channels='4'> <device_id id='d' endpoint_port='usb'/>"
+            "<data> <regulator-stress-amount value='" +
+            row + "'/><output-mode> <m> <r v='" + row + "'/></m></output-mode></data></tuning>");
+}
+
+TEST_F(ArrayTest, KeepsListsThatALoadReplacesWhereAReferenceWasReturned) {
+    load(rowTwice("7"));
+    const Values& list = mArray.getXMLTuningParams("d");
+    const Values& matrix = mArray.getXMLTuningMixMatrix("d");
+    const Values& asked = mArray.getXMLTuningParams("e");
+    const std::string before = listText(list);
+    load(rowTwice("8, 9"));
+    load(rowTwice("8, 9"));
+    EXPECT_EQ(listText(list), before);
+    EXPECT_EQ(matrix, Values{7});
+    EXPECT_NE(before.find("16384:arsa 4 7\n"), std::string::npos);
+    EXPECT_NE(listText(mArray.getXMLTuningParams("d")).find("16384:arsa 4 8 9\n"),
+              std::string::npos);
+    EXPECT_EQ(mArray.getXMLTuningMixMatrix("d"), (Values{8, 9}));
+    EXPECT_EQ(&mArray.getXMLTuningParams("e"), &asked);
+}
+
+TEST_F(ArrayTest, FreesListsThatALoadReplacesWhereNoReferenceWasReturned) {
+    constexpr size_t kWords = 10000;
+    const TempFile file(rowTwice(entry(0, "", Values(kWords, 1)).substr(2)));
+    const auto reload = [&] {
+        mArray.loadSpatializerXMLFile(file.path());
+        EXPECT_TRUE(mArray.isXMLTuningValid("d"));
+        log.take();
+        return ::mallinfo2().uordblks;
+    };
+    const size_t before = reload();
+    for (int i = 0; i < 10; ++i) {
+        reload();
+    }
+    EXPECT_LT(reload(), before + 2 * kWords * sizeof(int32_t));
 }
 
 TEST_F(ArrayTest, SelectsAmongThePortsOwnTuningDevices) {

@@ -1,6 +1,7 @@
 #include <kivparamstorage/KivParamStore.h>
 #include <ormel/SpatializerParamCache.h>
 
+#include <functional>
 #include <numeric>
 
 #include "support/Documents.h"
@@ -46,10 +47,16 @@ std::string builtIn(const List& list, const std::string& mode = "") {
     return lines.substr(lines.find('\n') + 1);
 }
 
-/** Its commits count up, and a read may fail by its count. */
+/** Its commits count up, a read may fail by its count, and it may act when it is called. */
 class FrontEffect : public RecordingEffect {
   public:
+    int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
+                           int32_t count) override {
+        whenCalled();
+        return RecordingEffect::setEffectParam(device, code, values, count);
+    }
     int32_t getEffectParam(int32_t device, int32_t code, int32_t* values, int32_t* count) override {
+        whenCalled();
         const int32_t status = RecordingEffect::getEffectParam(device, code, values, count);
         *count = readsNegative ? -1 : *count;
         return status;
@@ -60,6 +67,7 @@ class FrontEffect : public RecordingEffect {
     }
 
     bool readsNegative = false;
+    std::function<void()> whenCalled = [] {};
 };
 
 class FrontTest : public StoreTest {
@@ -155,6 +163,26 @@ TEST_F(FrontTest, AMalformedListIsRefusedWhole) {
     mArray.getXMLProfileParams(1) = {kAll, 0};
     EXPECT_EQ(front.setProfile(1, &effect, false), 1);
     EXPECT_EQ(calls(), "all:commit\n");
+}
+
+TEST_F(FrontTest, AnOperationGoesOnWithTheListItBeganWithWhateverTheEffectDoes) {
+    const Values list = pack({set(2, "vbm", {4}), set(2, "dom", {5, 0, 0}), set(2, "vbm", {6})});
+    // The operation; the output mode, whose matrix is looked up when its entry's turn comes.
+    const std::tuple<std::function<int32_t()>, std::string> cases[] = {
+            {[&] { return front.setProfile(1, &effect, false); }, "2:dom 5 9 0\n"},
+            {[&] { return front.loadTuningDevice(kOwn, &effect); }, "2:dom 5 0 0\n"}};
+    for (const auto& [run, mode] : cases) {
+        effect.whenCalled = [] {};
+        loadTunings("3");
+        mArray.getXMLProfileParams(1) = list;
+        mArray.getXMLTuningParams(kOwn) = list;
+        // Every call replaces the tuning's list and matrix by another load.
+        effect.whenCalled = [this] {
+            load(document(tuning("name='z' output_channels='4'", kOwn, mixMatrix("9"))));
+        };
+        EXPECT_GT(run(), 0);
+        EXPECT_EQ(calls(), "2:vbm 4\n" + mode + "2:vbm 6\nall:commit\n");
+    }
 }
 
 TEST_F(FrontTest, TheBuiltInOutputModeOnlySwitchesTheEffectsOwnOn) {

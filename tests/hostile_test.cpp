@@ -4,7 +4,10 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <functional>
 #include <locale>
+#include <numeric>
+#include <shared_mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -249,23 +252,108 @@ TEST_F(HostileTest, LeavesTheBuiltInListsInService) {
     EXPECT_EQ(effect.calls, std::vector<Call>{});
 }
 
-TEST_F(HostileTest, ServesManyThreads) {
-    load("<d>" + kProfile + kTuning + "</d>");
-    std::vector<std::thread> threads;
-    for (int id = 0; id < 8; ++id) {
-        threads.emplace_back([this, id] {
-            RecordingEffect effect;
-            SpatializerParamCache cache;
-            for (int i = 0; i < 50; ++i) {
-                EXPECT_EQ(cache.loadTuningDevice("d", &effect), 0);
-                EXPECT_EQ(cache.setSelectedTuningDevice(5, "d", &effect), 0);
-                mArray.setProfileGeqGains(id, {i});
-                EXPECT_EQ(mArray.getProfileGeqGains(id), std::vector<int32_t>{i});
-                mArray.setCurrentProfile(id);
-                mArray.getXMLTuningMixMatrix("unknown");
-                EXPECT_EQ(mArray.getAvailableTuningDevices(5), "d");
+constexpr int kThreads = 8;
+constexpr int kRounds = 12;
+
+/** Reads a list that other threads may have replaced. */
+void expectSound(const std::vector<int32_t>& list) {
+    EXPECT_GT(std::accumulate(list.begin(), list.end(), int64_t{0}), 0);
+}
+
+TEST_F(HostileTest, EveryOperationMayMeetEveryOther) {
+    const std::string own = "default_internal_speaker";
+    const std::string documents[] = {ORMEL_EXAMPLES "/tablet-quad.xml",
+                                     ORMEL_EXAMPLES "/phone-multi-tuning.xml"};
+    for (const std::string& document : documents) {
+        mArray.loadSpatializerXMLFile(document);
+    }
+    // Messages would make the threads wait for each other.
+    __android_log_set_minimum_priority(ANDROID_LOG_FATAL);
+    // The store's isValidTuningDevice() takes no lock, and is not to meet a load.
+    std::shared_mutex loads;
+    const auto serve = [&](int id) {
+        SpatializerParamCache front;
+        RecordingEffect effect;
+        effect.answers = {{"gebs", std::vector<int32_t>(41)}, {"dom", {0, 1, 2}}};
+        const int profile = id % 4;
+        const auto apply = [&](int) { EXPECT_EQ(front.setProfile(profile, &effect, false), 0); };
+        const auto setGains = [&](int round) {
+            EXPECT_EQ(front.setProfileGeqGains(std::vector<int32_t>(round % 40), &effect), 0);
+        };
+        // Front operations alone, and often: they meet for moments only.
+        for (int round = 0; round < 8 * kRounds; ++round) {
+            apply(round);
+            setGains(round);
+            effect.calls.clear();
+        }
+        const std::function<void(int)> operations[] = {
+                apply,
+                setGains,
+                [&](int) { EXPECT_EQ(front.setProfile(profile, &effect, true), 0); },
+                [&](int) { front.setOrmelContentProfile(-1, &effect); },
+                [&](int) { EXPECT_EQ(front.loadTuning(&effect), 0); },
+                [&](int) { EXPECT_EQ(front.loadTuningDevice(own, &effect), 0); },
+                [&](int round) {
+                    const std::string device = round % 2 ? own : "internal_speaker_portrait";
+                    EXPECT_EQ(front.setSelectedTuningDevice(0, device, &effect), 0);
+                },
+                [&](int) { front.getProfileGeqGains(); },
+                [&](int) { EXPECT_TRUE(front.isTuningAvailable() && front.isValidPort(0)); },
+                [&](int) {
+                    std::vector<int32_t> list(mArray.getProfileParamsSize(profile) / 4);
+                    EXPECT_EQ(mArray.getProfileParams(profile, list.data()), 0);
+                    expectSound(list);
+                },
+                [&](int) { EXPECT_TRUE(mArray.isXMLProfileValid(profile)); },
+                [&](int) { expectSound(mArray.getXMLProfileParams(profile)); },
+                [&](int) { EXPECT_TRUE(mArray.isXMLTuningValid(own)); },
+                [&](int) { expectSound(mArray.getXMLTuningParams(own)); },
+                [&](int) { expectSound(mArray.getXMLTuningMixMatrix(own)); },
+                [&](int round) {
+                    mArray.setProfileGeqGains(profile, std::vector<int32_t>(round * 2));
+                    mArray.getProfileGeqGains(profile);
+                },
+                [&](int) {
+                    int32_t gains[20];
+                    EXPECT_LE(mArray.copyProfileGeqGains(profile, gains, 20), 20U);
+                },
+                [&](int) { EXPECT_GT(mArray.getAvailableTuningDevicesLen(3), 0); },
+                [&](int) { EXPECT_FALSE(mArray.getAvailableTuningDevices(3).empty()); },
+                [&](int) { EXPECT_FALSE(mArray.getSelectedTuningDevice(0).empty()); },
+                [&](int) { EXPECT_EQ(mArray.setSelectedTuningDevice(0, own), 0); },
+                [&](int) {
+                    const std::shared_lock<std::shared_mutex> noLoad(loads);
+                    EXPECT_TRUE(mArray.isValidTuningDevice(0, own));
+                },
+                [&](int round) {
+                    const std::lock_guard<std::shared_mutex> load(loads);
+                    mArray.loadSpatializerXMLFile(documents[round % 2]);
+                },
+                [&](int) {
+                    mArray.setCurrentProfile(profile);
+                    EXPECT_EQ(mArray.getCurrentProfile() / 4, 0);
+                },
+                [&](int) { EXPECT_GT(mArray.getTuningCount(), 0); },
+                [&](int) { EXPECT_GT(mArray.getTuningProfileCount(), 0); },
+                [&](int) { EXPECT_GT(mArray.getOutputChannelCount(), 1); },
+                [&](int) { EXPECT_EQ(mArray.getMixMatrixCapacity(), 60); },
+                [&](int) {
+                    std::string state;
+                    mArray.dump(state, 0);
+                    EXPECT_FALSE(state.empty());
+                },
+                [&](int) { EXPECT_FALSE(SpatializerParamArray().isXMLTuningValid(own)); },
+        };
+        for (int round = 0; round < kRounds; ++round) {
+            for (size_t i = 0; i < std::size(operations); ++i) {
+                operations[(i + 4 * static_cast<size_t>(id)) % std::size(operations)](round);
             }
-        });
+            effect.calls.clear();
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int id = 0; id < kThreads; ++id) {
+        threads.emplace_back(serve, id);
     }
     for (std::thread& thread : threads) {
         thread.join();

@@ -39,16 +39,32 @@ constexpr size_t kGeqBands = 20;
  * Holds the built-in lists, what the tuning document became, and the choices made since: current
  * profile, tuning device per port, graphic-equalizer gains per profile.
  *
- * The process's instance is getInstance()'s, made on first use, never destroyed. Every operation
- * but isValidTuningDevice() and getMixMatrixCapacity() holds the instance's lock for its whole body
- * and calls none that locks meanwhile, so all may be called from any thread. References that are
- * returned point into the store and are read after the lock is released: callers must not load a
- * document, or set the very gains that they hold, at the same time.
+ * The process's instance is getInstance()'s, made on first use, never destroyed.
  *
  * Getters of lists insert: asking for an unknown key leaves an empty list behind. For gains and mix
  * matrices it stands for nothing to apply; an empty parameter list counts as one that the document
  * gave, and is refused when it is to be applied. Lists are packed parameter lists
  * (SpatializerParamParser.h). Messages bear the tag "OrmSpatializerParamArray".
+ *
+ * Threads. Every operation but isValidTuningDevice() and getMixMatrixCapacity() holds the
+ * instance's lock for its whole body and calls none that locks meanwhile. So any operation may meet
+ * any other, loads and front operations (SpatializerParamCache.h) included, on any number of
+ * threads. The exceptions:
+ * - isValidTuningDevice() takes no lock, and must not meet loadSpatializerXMLFile().
+ * - A returned reference is used after the lock is released. Parameter lists and mix matrices may
+ *   be read through it at any time. Gains may be read unless setProfileGeqGains() sets the same
+ *   profile's on another thread. Whoever writes through a reference keeps all other threads out of
+ *   the store. copyProfileGeqGains() needs none of this.
+ * - A child that is forked while another thread is inside an operation, such as a load, must not
+ *   use the store: nobody in the child will release the lock.
+ *
+ * Lifetimes. A returned reference is to the store's own list and stays valid as long as the store.
+ * Parameter lists and mix matrices that another load replaces keep their place and values if a
+ * reference to them was returned, and are freed otherwise; ask again for the new ones. Gains are
+ * replaced in place: a reference to them shows those set last, and iterators into them are invalid
+ * once others are set.
+ *
+ * A failed allocation ends the process. The first load of the process sets libxml2 up.
  */
 class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
   public:
@@ -125,15 +141,13 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
      */
     int setSelectedTuningDevice(int port, const std::string& device);
 
-    /**
-     * Whether a tuning device is available on a port. Takes no lock: call it where no document is
-     * being loaded.
-     */
+    /** Whether a tuning device is available on a port. Takes no lock; see the class comment. */
     bool isValidTuningDevice(int port, const std::string& device) const;
 
-    /** The graphic-equalizer gains of a profile. Inserts. */
+    /** The graphic-equalizer gains of a profile. Inserts, and then no document gives it gains. */
     std::vector<int32_t>& getProfileGeqGains(OrmSpatializerProfileId profile);
 
+    /** Replaces a profile's gains by a copy of @p gains, which may be any of the store's own. */
     void setProfileGeqGains(OrmSpatializerProfileId profile, const std::vector<int32_t>& gains);
 
     /**
@@ -141,6 +155,13 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
      * matrix found with tuning device D" (warning) and returns one empty list, the same each time.
      */
     const std::vector<int32_t>& getXMLTuningMixMatrix(const std::string& device);
+
+    /**
+     * Copies at most @p room of a profile's gains, which another thread may set meanwhile. Inserts.
+     *
+     * @return number of gains copied
+     */
+    size_t copyProfileGeqGains(OrmSpatializerProfileId profile, int32_t* dest, size_t room);
 
     /**
      * Adds a tuning document to the store.
@@ -212,6 +233,13 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     friend class DocumentLoad;
     friend class StoreDump;
 
+    /** A list, and whether a reference to it was returned. */
+    struct StoredList {
+        std::vector<int32_t> words;
+        bool isHandedOut = false;
+    };
+    using ListsByDevice = std::map<std::string, StoredList>;
+
     void refuseDocument(const std::string& reason);
     void registerBuiltInLists();
     /** The names of a port's tuning devices in ascending order. */
@@ -223,14 +251,16 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     OrmSpatializerProfileId mCurrentProfile = ORM_SPATIALIZER_PROFILE_MOVIE;
     std::map<int32_t, std::vector<int32_t>> mXMLProfileParams;
     int32_t mTuningProfileCount = 0;
-    std::map<std::string, std::vector<int32_t>> mXMLTuningParams;
+    ListsByDevice mXMLTuningParams;
     int32_t mTuningCount = 0;
     int32_t mOutputChannelCount = 2;
     /** Port name by tuning device name. */
     std::map<std::string, std::string> mAvailableTuningDevices;
     std::map<int32_t, std::string> mSelectedTuningDevices;
     std::map<int32_t, std::vector<int32_t>> mProfileGeqGains;
-    std::map<std::string, std::vector<int32_t>> mMixMatrices;
+    ListsByDevice mMixMatrices;
+    /** Lists that a load replaced and that references were returned to. */
+    std::vector<ListsByDevice::node_type> mReplacedLists;
     std::atomic<int32_t> mMixMatrixCapacity;
     /** The document that was loaded last, and its outcome. */
     std::string mLoadPath;

@@ -15,13 +15,19 @@ namespace ormel {
  *
  * A cache has no state, so any number may be made; they all work on the SpatializerParamArray of
  * the process. The first operation makes that, and so reads the tuning document, which takes its
- * time: never let it be on a real-time thread. No operation is atomic as a whole, so the
- * effect serialises its calls. The effect must be valid during the call; it is called back on the
- * same thread, with no lock held.
+ * time: never let it be on a real-time thread.
+ *
+ * Threads. Any operation may meet any other, and any of SpatializerParamArray, which says what the
+ * exceptions are: they concern the reference that getProfileGeqGains() returns, and forked
+ * children. No operation is atomic as a whole, so an effect that is given to several operations at
+ * once gets their calls interleaved, unless their callers serialise them.
+ *
+ * The effect is called back on the same thread, with no lock held, and must not throw. It may call
+ * any operation, loads included: an operation goes on with the list that it began with.
  *
  * Statuses are 0, -22 for an invalid argument or list, or what the effect's commit returned. Only
- * commits count: what setEffectParam() returns is not looked at. Messages bear the tag
- * "OrmSpatializerParamCache".
+ * commits count: what setEffectParam() returns is not looked at. A failed allocation ends the
+ * process. Messages bear the tag "OrmSpatializerParamCache".
  */
 class SpatializerParamCache {
   public:
@@ -82,13 +88,18 @@ class SpatializerParamCache {
      * Stores the current profile's graphic-equalizer gains and applies them. All of them are
      * stored; the first 20 reach the effect, in its own gain units.
      *
+     * @param gains must not change meanwhile on another thread
      * @return the commit's status; or -22 with "setProfileGeqGains(): could not get proper GEQ
      *         parameters!" (error) when the effect does not have 20 bands to give; the gains stay
      *         stored
      */
     int32_t setProfileGeqGains(const std::vector<int32_t>& gains, IEffectOrm* effect);
 
-    /** The current profile's graphic-equalizer gains; empty when none were given or set. */
+    /**
+     * The current profile's graphic-equalizer gains; empty when none were given or set. As
+     * SpatializerParamArray::getProfileGeqGains(), and not to be read while another thread sets
+     * them; SpatializerParamArray::copyProfileGeqGains() gives a copy.
+     */
     std::vector<int32_t>& getProfileGeqGains();
 
     /** Whether the tuning document gave any device tunings. */
