@@ -14,7 +14,7 @@ namespace ormel {
 template <typename Parser>
 class PackedListReader {
   public:
-    /** @param logTag tag of the messages; not copied */
+    /** @param logTag tag of the messages; not copied; null for no messages */
     PackedListReader(Parser& parser, const char* logTag) : mParser(parser), mLogTag(logTag) {}
 
     bool begin() {
@@ -124,7 +124,9 @@ class PackedListReader {
     /** The tag is the reader's, and the platform's macros know no more than one tag a file. */
     template <typename... Args>
     void error(const char* format, Args... args) const {
-        __android_log_print(ANDROID_LOG_ERROR, mLogTag, format, args...);
+        if (mLogTag != nullptr) {
+            __android_log_print(ANDROID_LOG_ERROR, mLogTag, format, args...);
+        }
     }
 
     Parser& mParser;

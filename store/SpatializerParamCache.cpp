@@ -4,6 +4,8 @@
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/SpatializerParamParser.h>
 
+#include "PackedListReader.h"
+
 #include <kivparamstorage/EffectParamParser.h>
 #include <kivparamstorage/KivParamStore.h>
 #include <log/log.h>
@@ -33,6 +35,10 @@ bool isSurroundOutput() {
     return array().getOutputChannelCount() > 2;
 }
 
+bool hasDeviceTunings() {
+    return array().getTuningCount() > 0;
+}
+
 /** What decides which entries of a profile reach the effect, and how. */
 struct ProfileRules {
     bool hasTunings;
@@ -45,21 +51,54 @@ void putGains(const std::vector<int32_t>& gains, GeqValues& values) {
     std::copy_n(gains.begin(), std::min(gains.size(), kGeqBands), values.begin() + kGeqGainsAt);
 }
 
-/**
- * Reads @p values.size() values at most from the effect, the others staying 0. The number of values
- * that were read, or none when the read failed or its answer cannot be.
- */
-template <typename Values>
-std::optional<int32_t> readEffect(IEffectOrm* effect, int32_t device, int32_t code,
-                                  Values& values) {
-    const auto room = static_cast<int32_t>(values.size());
-    int32_t count = room;
-    const int32_t status = effect->getEffectParam(device, code, values.data(), &count);
-    if (status != 0 || count < 0 || count > room) {
-        return std::nullopt;
+/** The caller's effect. Where there is none, its first use fails, and the operation ends there. */
+class EffectCalls {
+  public:
+    explicit EffectCalls(IEffectOrm* effect) : mEffect(effect) {}
+
+    bool haveFailed() const { return mHaveFailed; }
+
+    void set(int32_t device, int32_t code, const int32_t* values, int32_t count) {
+        if (isThere()) {
+            mEffect->setEffectParam(device, code, values, count);
+        }
     }
-    return count;
-}
+
+    template <typename Parser>
+    void set(const Parser& entry) {
+        set(entry.mDeviceId, entry.mParamCode, entry.mValues, entry.mValueCount);
+    }
+
+    /**
+     * Reads @p values.size() values at most, the others staying 0. The number of values that were
+     * read, or none when the read failed or its answer cannot be.
+     */
+    template <typename Values>
+    std::optional<int32_t> get(int32_t device, int32_t code, Values& values) {
+        const auto room = static_cast<int32_t>(values.size());
+        int32_t count = room;
+        if (!isThere() || mEffect->getEffectParam(device, code, values.data(), &count) != 0 ||
+            count < 0 || count > room) {
+            return std::nullopt;
+        }
+        return count;
+    }
+
+    int32_t commit() {
+        return isThere() ? mEffect->commitEffectParams(DEVICE_OUT_DEFAULT) : -EINVAL;
+    }
+
+  private:
+    bool isThere() {
+        if (mEffect == nullptr) {
+            mHaveFailed = true;
+        }
+        return mEffect != nullptr;
+    }
+
+    IEffectOrm* const mEffect;
+    bool mHaveFailed = false;
+};
 
 /** Room for the speaker's output mode as the effect has it now. */
 std::vector<int32_t> outputModeBuffer() {
@@ -67,36 +106,70 @@ std::vector<int32_t> outputModeBuffer() {
 }
 
 template <typename Parser>
-void pushEntry(const Parser& entry, IEffectOrm* effect) {
-    effect->setEffectParam(entry.mDeviceId, entry.mParamCode, entry.mValues, entry.mValueCount);
-}
-
-template <typename Parser>
 bool isSpeakerOutputMode(const Parser& entry) {
     return entry.mDeviceId == DEVICE_OUT_SPEAKER && entry.mParamCode == kCodeDom;
 }
 
-EffectParamParser readerOf(std::vector<int32_t>& list) {
+template <typename Parser>
+Parser readerOf(std::vector<int32_t>& list) {
     return {list.data(), static_cast<int>(list.size() * sizeof(int32_t))};
 }
 
+/**
+ * Reads a list of the store's. Negative value counts, which a caller can write into one, lead back
+ * to words that were read before: a list that can be read for as many entries as it has words goes
+ * round in a circle, and ends there.
+ */
+class ListWalk {
+  public:
+    explicit ListWalk(std::vector<int32_t>& list)
+        : mParser(readerOf<EffectParamParser>(list)),
+          mEntriesLeft(list.size()),
+          mIsCircular(isCircular(list)) {}
+
+    bool validate() { return mIsCircular || mParser.validate(); }
+
+    void begin() { mParser.begin(); }
+
+    bool next() { return mEntriesLeft-- > 0 && mParser.next(); }
+
+    const EffectParamParser& entry() const { return mParser; }
+
+  private:
+    static bool isCircular(std::vector<int32_t>& list) {
+        const auto words = static_cast<int32_t>(list.size());
+        auto parser = readerOf<SpatializerParamParser>(list);
+        PackedListReader<SpatializerParamParser> reader(parser, nullptr);
+        if (!reader.begin() || parser.mParamCount <= words) {
+            return false;
+        }
+        while (parser.mParamIndex < words && reader.next()) {
+        }
+        return parser.mParamIndex == words;
+    }
+
+    EffectParamParser mParser;
+    size_t mEntriesLeft;
+    const bool mIsCircular;
+};
+
 /** Pushes the graphic equalizer's bands with the current profile's gains. */
-void pushGeqEntry(const EffectParamParser& entry, IEffectOrm* effect) {
+void pushGeqEntry(const EffectParamParser& entry, EffectCalls& effect) {
     if (entry.mValueCount != static_cast<int32_t>(kGeqValues)) {
         return;
     }
     GeqValues values{};
     std::copy_n(entry.mValues, kGeqGainsAt, values.begin());
     array().copyProfileGeqGains(array().getCurrentProfile(), &values[kGeqGainsAt], kGeqBands);
-    effect->setEffectParam(entry.mDeviceId, entry.mParamCode, values.data(), entry.mValueCount);
+    effect.set(entry.mDeviceId, entry.mParamCode, values.data(), entry.mValueCount);
 }
 
 /** Pushes the speaker's output mode with the mix matrix of the selected tuning device. */
-void pushOutputMode(const EffectParamParser& entry, IEffectOrm* effect) {
+void pushOutputMode(const EffectParamParser& entry, EffectCalls& effect) {
     const std::string device = array().getSelectedTuningDevice(PORT_INTERNAL_SPEAKER);
     const std::vector<int32_t>& matrix = array().getXMLTuningMixMatrix(device);
     if (matrix.empty()) {
-        pushEntry(entry, effect);
+        effect.set(entry);
         return;
     }
     // The effect is told the entry's own number of values, whatever the matrix's length.
@@ -104,14 +177,14 @@ void pushOutputMode(const EffectParamParser& entry, IEffectOrm* effect) {
     std::vector<int32_t> values(std::max(matrix.size() + 1, entryCount));
     values.front() = entryCount == 0 ? 0 : entry.mValues[0];
     std::copy(matrix.begin(), matrix.end(), values.begin() + 1);
-    effect->setEffectParam(entry.mDeviceId, entry.mParamCode, values.data(), entry.mValueCount);
+    effect.set(entry.mDeviceId, entry.mParamCode, values.data(), entry.mValueCount);
 }
 
-void pushProfileEntry(const EffectParamParser& entry, IEffectOrm* effect,
+void pushProfileEntry(const EffectParamParser& entry, EffectCalls& effect,
                       const ProfileRules& rules) {
     if (entry.mParamCode == kCodeVbon) {
         if (rules.hasTunings) {
-            pushEntry(entry, effect);
+            effect.set(entry);
         }
         return;
     }
@@ -126,24 +199,24 @@ void pushProfileEntry(const EffectParamParser& entry, IEffectOrm* effect,
     if (!rules.isOrmelContent ||
         android::Singleton<KivParamStore>::getInstance().isDeviceProcParamInProfile(
                 entry.mParamCode)) {
-        pushEntry(entry, effect);
+        effect.set(entry);
     }
 }
 
 /** Switches the effect's own output mode on, if it is readable and off. */
-void enableOutputMode(IEffectOrm* effect) {
+void enableOutputMode(EffectCalls& effect) {
     std::vector<int32_t> values = outputModeBuffer();
-    const auto count = readEffect(effect, DEVICE_OUT_SPEAKER, kCodeDom, values);
+    const auto count = effect.get(DEVICE_OUT_SPEAKER, kCodeDom, values);
     if (count.has_value() && values.front() == 0) {
         values.front() = 1;
-        effect->setEffectParam(DEVICE_OUT_SPEAKER, kCodeDom, values.data(), *count);
+        effect.set(DEVICE_OUT_SPEAKER, kCodeDom, values.data(), *count);
     }
 }
 
 /** Gives the effect's own output mode another mix matrix. */
-void updateMixMatrix(const std::string& device, IEffectOrm* effect) {
+void updateMixMatrix(const std::string& device, EffectCalls& effect) {
     std::vector<int32_t> values = outputModeBuffer();
-    if (!readEffect(effect, DEVICE_OUT_SPEAKER, kCodeDom, values).has_value()) {
+    if (!effect.get(DEVICE_OUT_SPEAKER, kCodeDom, values).has_value()) {
         return;
     }
     const std::vector<int32_t>& matrix = array().getXMLTuningMixMatrix(device);
@@ -153,8 +226,62 @@ void updateMixMatrix(const std::string& device, IEffectOrm* effect) {
     ALOGD("%s(): Update the mix matrix with tuning %s", "setSelectedTuningDevice", device.c_str());
     values.resize(std::max(values.size(), matrix.size() + 1));
     std::copy(matrix.begin(), matrix.end(), values.begin() + 1);
-    effect->setEffectParam(DEVICE_OUT_SPEAKER, kCodeDom, values.data(),
-                           static_cast<int32_t>(matrix.size() + 1));
+    effect.set(DEVICE_OUT_SPEAKER, kCodeDom, values.data(),
+               static_cast<int32_t>(matrix.size() + 1));
+}
+
+/** Pushes a profile's list of the document, and commits. */
+int32_t applyProfile(ListWalk& list, EffectCalls& effect, bool isOrmelContent) {
+    const bool hasTunings = hasDeviceTunings();
+    const ProfileRules rules = {hasTunings, hasTunings && isSurroundOutput(), isOrmelContent};
+    list.begin();
+    while (!effect.haveFailed() && list.next()) {
+        pushProfileEntry(list.entry(), effect, rules);
+    }
+    return effect.commit();
+}
+
+/** Pushes a profile's built-in list, and commits; does nothing once a call has failed. */
+void applyBuiltIn(OrmSpatializerProfileId profile, EffectCalls& effect) {
+    if (effect.haveFailed()) {
+        return;
+    }
+    constexpr char kOperation[] = "setOrmelContentProfile";
+    std::vector<int32_t> list(array().getProfileParamsSize(profile) / sizeof(int32_t));
+    const bool keepsOutputMode = isSurroundOutput() && hasDeviceTunings();
+    array().getProfileParams(profile, list.data());
+    auto parser = readerOf<SpatializerParamParser>(list);
+    if (!parser.validate()) {
+        ALOGE("%s() Invalid data for profile parameter values.", kOperation);
+        return;
+    }
+    parser.begin();
+    while (!effect.haveFailed() && parser.next()) {
+        if (keepsOutputMode && isSpeakerOutputMode(parser)) {
+            ALOGD("%s(): Hardcoded dom parameter values skipped", kOperation);
+            enableOutputMode(effect);
+        } else {
+            effect.set(parser);
+        }
+    }
+    effect.commit();
+}
+
+/** Pushes a tuning device's list, and commits. */
+int32_t applyTuning(const std::string& device, EffectCalls& effect) {
+    ALOGD("%s(%s)", "loadTuningDevice", device.c_str());
+    if (!array().isXMLTuningValid(device)) {
+        return -EINVAL;
+    }
+    ListWalk list(array().getXMLTuningParams(device));
+    if (!list.validate()) {
+        return -EINVAL;
+    }
+    list.begin();
+    while (!effect.haveFailed() && list.next()) {
+        effect.set(list.entry());
+    }
+    return effect.commit();
 }
 
 }  // namespace
@@ -163,73 +290,44 @@ int32_t SpatializerParamCache::setProfile(OrmSpatializerProfileId profile, IEffe
                                           bool isOrmelContent) {
     ALOGD("%s(profile=%d, isOrmelContent=%d)", __func__, profile, isOrmelContent);
     array().setCurrentProfile(profile);
+    EffectCalls calls(effect);
     int32_t result = 0;
     if (array().isXMLProfileValid(profile)) {
-        EffectParamParser parser = readerOf(array().getXMLProfileParams(profile));
-        if (!parser.validate()) {
+        ListWalk list(array().getXMLProfileParams(profile));
+        if (!list.validate()) {
             ALOGE("%s() Invalid data for setting parameter values.", __func__);
             return -EINVAL;
         }
-        const bool hasTunings = isTuningAvailable();
-        const ProfileRules rules = {hasTunings, hasTunings && isSurroundOutput(), isOrmelContent};
-        parser.begin();
-        while (parser.next()) {
-            pushProfileEntry(parser, effect, rules);
-        }
-        result = effect->commitEffectParams(DEVICE_OUT_DEFAULT);
+        result = applyProfile(list, calls, isOrmelContent);
     }
     if (isOrmelContent) {
-        setOrmelContentProfile(ORM_SPATIALIZER_PROFILE_COMMON, effect);
-        setOrmelContentProfile(profile, effect);
+        applyBuiltIn(ORM_SPATIALIZER_PROFILE_COMMON, calls);
+        applyBuiltIn(profile, calls);
     }
-    return result;
+    return calls.haveFailed() ? -EINVAL : result;
 }
 
 void SpatializerParamCache::setOrmelContentProfile(OrmSpatializerProfileId profile,
                                                    IEffectOrm* effect) {
-    std::vector<int32_t> list(array().getProfileParamsSize(profile) / sizeof(int32_t));
-    const bool keepsOutputMode = isSurroundOutput() && isTuningAvailable();
-    array().getProfileParams(profile, list.data());
-    SpatializerParamParser parser(list.data(), static_cast<int>(list.size() * sizeof(int32_t)));
-    if (!parser.validate()) {
-        ALOGE("%s() Invalid data for profile parameter values.", __func__);
-        return;
-    }
-    parser.begin();
-    while (parser.next()) {
-        if (keepsOutputMode && isSpeakerOutputMode(parser)) {
-            ALOGD("%s(): Hardcoded dom parameter values skipped", __func__);
-            enableOutputMode(effect);
-        } else {
-            pushEntry(parser, effect);
-        }
-    }
-    effect->commitEffectParams(DEVICE_OUT_DEFAULT);
+    EffectCalls calls(effect);
+    applyBuiltIn(profile, calls);
 }
 
 int32_t SpatializerParamCache::loadTuning(IEffectOrm* effect) {
     ALOGD("%s", __func__);
+    EffectCalls calls(effect);
     int32_t result = 0;
     for (const Port port : kSupportedPorts) {
-        result = loadTuningDevice(array().getSelectedTuningDevice(port), effect);
+        if (!calls.haveFailed()) {
+            result = applyTuning(array().getSelectedTuningDevice(port), calls);
+        }
     }
     return result;
 }
 
 int32_t SpatializerParamCache::loadTuningDevice(const std::string& device, IEffectOrm* effect) {
-    ALOGD("%s(%s)", __func__, device.c_str());
-    if (!array().isXMLTuningValid(device)) {
-        return -EINVAL;
-    }
-    EffectParamParser parser = readerOf(array().getXMLTuningParams(device));
-    if (!parser.validate()) {
-        return -EINVAL;
-    }
-    parser.begin();
-    while (parser.next()) {
-        pushEntry(parser, effect);
-    }
-    return effect->commitEffectParams(DEVICE_OUT_DEFAULT);
+    EffectCalls calls(effect);
+    return applyTuning(device, calls);
 }
 
 int32_t SpatializerParamCache::setSelectedTuningDevice(int port, const std::string& device,
@@ -245,25 +343,30 @@ int32_t SpatializerParamCache::setSelectedTuningDevice(int port, const std::stri
     if (const int status = array().setSelectedTuningDevice(port, device); status != 0) {
         return status;
     }
+    EffectCalls calls(effect);
     if (port == PORT_INTERNAL_SPEAKER && isSurroundOutput()) {
-        updateMixMatrix(device, effect);
+        updateMixMatrix(device, calls);
     }
-    return loadTuningDevice(device, effect);
+    return calls.haveFailed() ? -EINVAL : applyTuning(device, calls);
 }
 
 int32_t SpatializerParamCache::setProfileGeqGains(const std::vector<int32_t>& gains,
                                                   IEffectOrm* effect) {
     const OrmSpatializerProfileId profile = array().getCurrentProfile();
     array().setProfileGeqGains(profile, gains);
+    EffectCalls calls(effect);
     GeqValues values{};
-    const auto count = readEffect(effect, DEVICE_OUT_DEFAULT, kCodeGebs, values);
+    const auto count = calls.get(DEVICE_OUT_DEFAULT, kCodeGebs, values);
+    if (calls.haveFailed()) {
+        return -EINVAL;
+    }
     if (count != static_cast<int32_t>(kGeqValues)) {
         ALOGE("%s(): could not get proper GEQ parameters!", __func__);
         return -EINVAL;
     }
     putGains(gains, values);
-    effect->setEffectParam(DEVICE_OUT_DEFAULT, kCodeGebs, values.data(), *count);
-    return effect->commitEffectParams(DEVICE_OUT_DEFAULT);
+    calls.set(DEVICE_OUT_DEFAULT, kCodeGebs, values.data(), *count);
+    return calls.commit();
 }
 
 std::vector<int32_t>& SpatializerParamCache::getProfileGeqGains() {
@@ -272,7 +375,7 @@ std::vector<int32_t>& SpatializerParamCache::getProfileGeqGains() {
 }
 
 bool SpatializerParamCache::isTuningAvailable() {
-    return array().getTuningCount() > 0;
+    return hasDeviceTunings();
 }
 
 bool SpatializerParamCache::isValidPort(int port) {

@@ -150,19 +150,36 @@ TEST_F(FrontTest, AnUndefinedProfileHasItsBuiltInListsOnly) {
 
 TEST_F(FrontTest, AMalformedListIsRefusedWhole) {
     Values tooShort = pack({set(2, "aoon", {1})});
-    tooShort[1] = 3;
+    tooShort[1] = 1000;
     for (const Values& list : {Values{}, Values{kAll}, tooShort}) {
         mArray.getXMLProfileParams(1) = list;
         mArray.getXMLTuningParams("d") = list;
         EXPECT_EQ(front.loadTuningDevice("d", &effect), -22);
         EXPECT_EQ(front.setProfile(1, &effect, true), -22);
         EXPECT_EQ(calls(), "");
-        EXPECT_EQ(text({log.take().back()}),
-                  "Cache 6 setProfile() Invalid data for setting parameter values.\n");
+        const std::string said = text(log.take());
+        const char* const counted =
+                "arser 6 validate() Expected 1000 parameters, found 2 parameters.\n";
+        EXPECT_EQ(said.find(counted) != said.npos, list == tooShort);
+        EXPECT_NE(said.find("Cache 6 setProfile() Invalid data for setting parameter values.\n"),
+                  said.npos);
     }
     mArray.getXMLProfileParams(1) = {kAll, 0};
     EXPECT_EQ(front.setProfile(1, &effect, false), 1);
     EXPECT_EQ(calls(), "all:commit\n");
+}
+
+TEST_F(FrontTest, AListThatLeadsBackEndsAfterAsManyEntriesAsItHasWords) {
+    Values circle = pack({set(2, "vbm", {})});
+    circle[1] = INT32_MAX;
+    circle.back() = -3;
+    mArray.getXMLProfileParams(1) = circle;
+    mArray.getXMLTuningParams("d") = circle;
+    const std::string expected = "2:vbm\n2:vbm\n2:vbm\n2:vbm\n2:vbm\nall:commit\n";
+    EXPECT_EQ(front.setProfile(1, &effect, false), 1);
+    EXPECT_EQ(calls(), expected);
+    EXPECT_EQ(front.loadTuningDevice("d", &effect), 2);
+    EXPECT_EQ(calls(), expected);
 }
 
 TEST_F(FrontTest, AnOperationGoesOnWithTheListItBeganWithWhateverTheEffectDoes) {
@@ -183,6 +200,40 @@ TEST_F(FrontTest, AnOperationGoesOnWithTheListItBeganWithWhateverTheEffectDoes) 
         EXPECT_GT(run(), 0);
         EXPECT_EQ(calls(), "2:vbm 4\n" + mode + "2:vbm 6\nall:commit\n");
     }
+}
+
+TEST_F(FrontTest, ANullEffectEndsAnOperationAtItsFirstUse) {
+    loadTunings("3");
+    mArray.getXMLProfileParams(1) = pack({set(8, "gebs", bands({})), set(2, "dom", {1})});
+    log.take();
+    // The operation, what it returns, what is said up to the first use.
+    const std::tuple<std::function<int32_t()>, int32_t, std::string> cases[] = {
+            {[&] { return front.setProfile(2, nullptr, false); }, 0,
+             "Cache 3 setProfile(profile=2, isOrmelContent=0)\n"},
+            {[&] { return front.setProfile(2, nullptr, true); }, -22,
+             "Cache 3 setProfile(profile=2, isOrmelContent=1)\n"
+             "Array 3 getProfileParams(profile = -1)\n"},
+            {[&] { return front.setProfile(1, nullptr, true); }, -22,
+             "Cache 3 setProfile(profile=1, isOrmelContent=1)\n"
+             "Array 3 getXMLProfileParams(profile = 1)\n"},
+            {[&] { return front.setOrmelContentProfile(3, nullptr), 0; }, 0,
+             "Array 3 getProfileParams(profile = 3)\n"},
+            {[&] { return front.loadTuning(nullptr); }, -22,
+             "Cache 3 loadTuning\nCache 3 loadTuningDevice(default_internal_speaker)\n"
+             "Array 3 getXMLTuningParams(device = default_internal_speaker)\n"},
+            {[&] { return front.loadTuningDevice("x", nullptr); }, -22,
+             "Cache 3 loadTuningDevice(x)\n"},
+            {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, -22,
+             "Cache 3 setSelectedTuningDevice(port=internal_speaker, device=long)\n"
+             "Array 3 setSelectedTuningDevice(port=internal_speaker, device=long)\n"},
+            {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, 0,
+             "Cache 3 setSelectedTuningDevice(port=internal_speaker, device=long)\n"},
+            {[&] { return front.setProfileGeqGains({4}, nullptr); }, -22, ""}};
+    for (const auto& [run, result, said] : cases) {
+        EXPECT_EQ(run(), result) << said;
+        EXPECT_EQ(text(log.take()), said);
+    }
+    EXPECT_EQ(mArray.getProfileGeqGains(1), Values{4});
 }
 
 TEST_F(FrontTest, TheBuiltInOutputModeOnlySwitchesTheEffectsOwnOn) {

@@ -7,8 +7,9 @@ namespace ormel {
 
 /**
  * The effect, as this library drives it. It is called on the thread of the front operation that
- * needs it, with no lock of this library held. Parameters are addressed by Android output device
- * (0x40000000 for all) and by code (KivParameter.h).
+ * needs it, with no lock of this library held, and may call the library from there. It must not
+ * throw: the library is built without the tables to unwind by. Parameters are addressed by Android
+ * output device (0x40000000 for all) and by code (KivParameter.h).
  *
  * The order of the operations is a binary contract with effects that are built elsewhere.
  */

@@ -25,6 +25,13 @@ namespace ormel {
  * The effect is called back on the same thread, with no lock held, and must not throw. It may call
  * any operation, loads included: an operation goes on with the list that it began with.
  *
+ * A null effect makes the first call to it fail. All that comes before happens as described
+ * (messages, current profile, stored gains and selection, a result of 0 where nothing is pushed);
+ * there the operation ends with -22, or setOrmelContentProfile() without a word.
+ *
+ * A list that a caller edited through a reference may lead back to words that were read before. No
+ * operation pushes more entries of a list than it has words; it commits then.
+ *
  * Statuses are 0, -22 for an invalid argument or list, or what the effect's commit returned. Only
  * commits count: what setEffectParam() returns is not looked at. A failed allocation ends the
  * process. Messages bear the tag "OrmSpatializerParamCache".
