@@ -16,6 +16,21 @@ namespace {
 constexpr size_t kMaxReserve = size_t{64} << 10;
 /** What endpoints get as virtual bass mode when the internal speaker's tuning gives none. */
 constexpr int kDefaultVirtualBassMode = 3;
+/** Entries of an intelligent-equalizer preset for a device: its number and its bands. */
+constexpr int32_t kPresetEntries = 2;
+
+/** Devices that an endpoint of a profile is translated for. */
+size_t deviceCountOf(Endpoint endpoint) {
+    switch (endpoint) {
+        case ENDPOINT_SPEAKER:
+            return 1;
+        case ENDPOINT_HEADPHONE:
+            return kHeadphoneDevices.size();
+        case ENDPOINT_OTHER:
+            break;
+    }
+    return 0;
+}
 
 /** The value of a port's name, without the entry that the map's own lookup would leave. */
 template <typename Map>
@@ -188,31 +203,34 @@ void DocumentLoad::readInternalSpeakerTuning() {
 
 void DocumentLoad::loadProfile(Profile& profile) {
     const int id = profile.getProfileId();
+    // Of profiles with one id the first list stands. The parts of a later one are the same objects,
+    // and no value decides how many entries they or the profile's own come to.
+    if (const auto earlier = mPasses.find(id); earlier != mPasses.end()) {
+        repeatPass(earlier->second);
+        profile.getValues().clear();
+    } else {
+        translateProfile(profile);
+    }
+    ALOGD("Profile %d, numParameters = %d", id, mPasses[id].entries);
+    mBudget.chargeMessage(0);
+    ++mProfileCount;
+}
+
+void DocumentLoad::translateProfile(Profile& profile) {
+    const int id = profile.getProfileId();
     // The word that heads a list is the mask of all devices here, and not the profile's id.
     SetParamCommand command(DEVICE_OUT_DEFAULT);
     command.mParams.reserve(std::min(mProfileListSize, kMaxReserve));
     translateForAllDevices(profile, command);
     profile.getValues().clear();
-    // Of profiles with one id the first list stands. The parts of a later one are the same objects,
-    // so translating them again could tell nothing new but how many entries they come to.
-    const auto pass = mPasses.find(id);
-    const bool isRepeated =
-            pass != mPasses.end() && pass->second.hadPreset == mPresetTranslator.hasSource();
-    const int32_t entries = command.mParamCount +
-                            (isRepeated ? repeatParts(pass->second) : translateParts(id, command));
-    ALOGD("Profile %d, numParameters = %d", id, entries);
-    mBudget.chargeMessage(0);
-    ++mProfileCount;
-    if (mProfileLists.count(id) == 0) {
-        mBudget.chargeEntries(1);
-        mProfileListSize = command.mParams.size();
-        mProfileLists[id] = takeList(command);
-    }
+    mPasses[id] = translateParts(id, command);
+    mBudget.chargeEntries(2);
+    mProfileListSize = command.mParams.size();
+    mProfileLists[id] = takeList(command);
 }
 
-int32_t DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
-    const int32_t entriesBefore = command.mParamCount;
-    ProfilePass pass = {mPresetTranslator.hasSource(), 0, nullptr};
+DocumentLoad::ProfilePass DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
+    ProfilePass pass;
     translateGeqPresets(profileId, command);
     for (ProfileEndpoint* const endpoint : mProfileEndpoints[profileId]) {
         if (mBudget.isSpent()) {
@@ -221,21 +239,25 @@ int32_t DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
         if (selectPreset(*endpoint)) {
             pass.lastSelecting = endpoint;
         }
+        if (!mPresetTranslator.hasSource()) {
+            pass.devicesWithoutPreset += deviceCountOf(endpoint->getEndpoint());
+        }
         translateEndpoint(*endpoint, command);
-        // No list is kept of a later profile with this id. It tells how many entries it would have,
-        // which depends on no value.
+        // No list is made of a later profile with this id.
         endpoint->getValues().clear();
     }
-    pass.entries = command.mParamCount - entriesBefore;
-    mPasses[profileId] = pass;
-    return pass.entries;
+    pass.entries = command.mParamCount;
+    return pass;
 }
 
-int32_t DocumentLoad::repeatParts(const ProfilePass& pass) {
+void DocumentLoad::repeatPass(ProfilePass& pass) {
+    if (mPresetTranslator.hasSource()) {
+        pass.entries += kPresetEntries * static_cast<int32_t>(pass.devicesWithoutPreset);
+        pass.devicesWithoutPreset = 0;
+    }
     if (pass.lastSelecting != nullptr) {
         selectPreset(*pass.lastSelecting);
     }
-    return pass.entries;
 }
 
 void DocumentLoad::translateGeqPresets(int profileId, SetParamCommand& command) {

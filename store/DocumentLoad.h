@@ -37,19 +37,21 @@ class DocumentLoad {
     void commit();
 
   private:
-    /** What the presets and endpoints of one profile id came to. */
+    /** What a profile came to the last time that its id was met. */
     struct ProfilePass {
-        /** Whether a preset was selected already when the pass began. */
-        bool hadPreset;
-        int32_t entries;
+        int32_t entries = 0;
+        /** Devices translated for while no preset was selected, so that they lack its entries. */
+        size_t devicesWithoutPreset = 0;
         /** The last endpoint that selected a preset, null when none did. */
-        const ProfileEndpoint* lastSelecting;
+        const ProfileEndpoint* lastSelecting = nullptr;
     };
 
     void readInternalSpeakerTuning();
     void loadProfile(Profile& profile);
-    int32_t translateParts(int profileId, SetParamCommand& command);
-    int32_t repeatParts(const ProfilePass& pass);
+    void translateProfile(Profile& profile);
+    ProfilePass translateParts(int profileId, SetParamCommand& command);
+    /** Does for another profile of an id what translating it would, but for the list. */
+    void repeatPass(ProfilePass& pass);
     void translateGeqPresets(int profileId, SetParamCommand& command);
     void translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand& command);
     bool selectPreset(const ProfileEndpoint& endpoint);

@@ -173,6 +173,15 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
                             1000) +
                      "</d>",
              "1000 0"},
+            {"a list of 34 MiB and the first profile's id once more",
+             "<d>\n<preset type='ieq' id='1'>\n<data>\n<bands>\n" +
+                     repeat("<band_ieq frequency='1' target='1'/>", 10000) +
+                     "</bands></data></preset>\n<profile id='1'>\n" +
+                     repeat("<endpoint_type id='headphone'>\n<include ieq_preset='1'/>"
+                            "</endpoint_type>",
+                            150) +
+                     "</profile><profile id='1'>\n</profile></d>",
+             "2 0"},
             {"rows without end",
              "<d>\n<tuning name='t'>\n<device_id id='d' endpoint_port='usb'/>\n<data>\n" + matrix +
                      "</data>\n</tuning>\n</d>",
