@@ -96,6 +96,14 @@ TEST_F(ArrayTest, KeepsListsThatALoadReplacesWhereAReferenceWasReturned) {
     EXPECT_EQ(&mArray.getXMLTuningParams("e"), &asked);
 }
 
+size_t heapInUse() {
+#ifdef __GLIBC__
+    return ::mallinfo2().uordblks;
+#else
+    return ::mallinfo().uordblks;
+#endif
+}
+
 TEST_F(ArrayTest, FreesListsThatALoadReplacesWhereNoReferenceWasReturned) {
     constexpr size_t kWords = 10000;
     const TempFile file(rowTwice(entry(0, "", Values(kWords, 1)).substr(2)));
@@ -103,7 +111,7 @@ TEST_F(ArrayTest, FreesListsThatALoadReplacesWhereNoReferenceWasReturned) {
         mArray.loadSpatializerXMLFile(file.path());
         EXPECT_TRUE(mArray.isXMLTuningValid("d"));
         log.take();
-        return ::mallinfo2().uordblks;
+        return heapInUse();
     };
     const size_t before = reload();
     for (int i = 0; i < 10; ++i) {

@@ -95,17 +95,17 @@ class FrontTest : public StoreTest {
 };
 
 TEST_F(FrontTest, AProfileIsAppliedEntryByEntry) {
-    mArray.getXMLProfileParams(1) =
-            pack({set(kAll, "mdle", {1}), set(2, "vbon", {3}), set(kAll, "aoon", {}),
-                  set(8, "gebs", bands(Values(20, 9))), set(2, "gebs", Values(40)),
-                  set(8, "dom", {1, 1, 2}), set(2, "dom", {1, 0, 1, 15})});
-    const std::string unchanged = "2:dom 1 0 1 15\n";
+    mArray.getXMLProfileParams(1) = pack(
+            {set(kAll, "mdle", {1}), set(2, "vbon", {3}), set(kAll, "aoon", {}),
+             set(8, "gebs", bands(Values(20, 9))), set(2, "gebs", Values(40)),
+             set(2, "gebs", Values(42)), set(8, "dom", {1, 1, 2}), set(2, "dom", {5, 0, 1, 15})});
+    const std::string unchanged = "2:dom 5 0 1 15\n";
     // Channels if there are tunings; the selected device; gains; the speaker's mode.
     const std::tuple<std::string, std::string, Values, std::string> cases[] = {
             {"", kOwn, {}, unchanged},
             {"2", "long", {1, 2}, unchanged},
-            {"3", kOwn, Values(25, 4), "2:dom 1 7 8 0\n"},
-            {"4", "long", {5}, "2:dom 1 6 6 6\n"},
+            {"3", kOwn, Values(25, 4), "2:dom 5 7 8 0\n"},
+            {"4", "long", {5}, "2:dom 5 6 6 6\n"},
             {"4", "none", {5}, unchanged}};
     effect.readStatus = -1;
     for (const auto& [channels, device, gains, mode] : cases) {

@@ -125,6 +125,7 @@ TEST_F(LoadTest, TheFirstOfWhatRepeatsStandsAndMissingPresetsAreTheLastOnes) {
   <endpoint_type id='speaker'> <include ieq_preset='2'/></endpoint_type></profile>
 <profile id='1'> <headphone-virtualizer-mode value='2'/>
   <endpoint_type id='speaker'> <include ieq_preset='9'/></endpoint_type>
+  <endpoint_type id='other'> <include ieq_preset='2'/></endpoint_type>
   <endpoint_type id='other'> <include ieq_preset='1'/></endpoint_type>
   <endpoint_type id='headphone'> <include ieq_preset='8'/></endpoint_type></profile>
 <profile id='1'> <headphone-virtualizer-mode value='3'/>
@@ -190,6 +191,30 @@ TEST_F(LoadTest, TheInternalSpeakersTuningShapesEveryProfile) {
         EXPECT_EQ(array.isXMLTuningValid(own), !stored.empty());
         EXPECT_TRUE(stored.empty() || entriesIn(array.getXMLTuningParams(own), "2:arsa") == stored);
     }
+}
+
+TEST_F(LoadTest, ASecondDocumentAddsToTheFirst) {
+    const std::string own = "default_internal_speaker";
+    const auto profile = [](int id, int mode) {
+        return "<profile id='" + std::to_string(id) + "'> <headphone-virtualizer-mode value='" +
+               std::to_string(mode) + "'/></profile>";
+    };
+    load(document(profile(0, 2) +
+                  "<tuning name='t' output_channels='4'> <device_id id='d' "
+                  "endpoint_port='usb'/><device_id id='" +
+                  own + "' endpoint_port='internal_speaker'/>" + mixMatrix("7, 8") + "</tuning>"));
+    load(document(profile(0, 3) + profile(1, 4) +
+                  tuning("name='t' output_channels='6'", "d", mixMatrix("9"))));
+    EXPECT_EQ((Values{mArray.getTuningProfileCount(), mArray.getTuningCount()}), (Values{3, 3}));
+    EXPECT_EQ(mArray.getOutputChannelCount(), 4);
+    EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(0), "all:hvm"), "all:hvm 2\n");
+    EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(1), "all:hvm"), "all:hvm 4\n");
+    EXPECT_EQ(entriesIn(mArray.getXMLTuningParams(own), "2:arsa"), "2:arsa 4\n");
+    EXPECT_EQ(entriesIn(mArray.getXMLTuningParams("d"), "2:arsa"), "2:arsa 6\n");
+    EXPECT_EQ(mArray.getXMLTuningMixMatrix(own), (Values{7, 8}));
+    EXPECT_EQ(mArray.getXMLTuningMixMatrix("d"), Values{9});
+    EXPECT_EQ(mArray.getAvailableTuningDevices(0), "d " + own);
+    EXPECT_EQ(mArray.getAvailableTuningDevices(5), "");
 }
 
 TEST_F(LoadTest, ADeviceTuningBecomesAListForTheDeviceOfItsPort) {
