@@ -2,6 +2,7 @@
 #include <dlfcn.h>
 #include <libxml/parser.h>
 #include <ormel/TagIterator.h>
+#include <ormel/TuningFileParser.h>
 
 #include <functional>
 #include <sstream>
@@ -176,10 +177,14 @@ TEST(TagIterator, TheLastOneCleansUp) {
         EXPECT_EQ(last->init("<a><b/></a>", true), 0);
         TagIterator().pushNode();
         EXPECT_EQ(TagIterator::mInstanceCount, 1);
+        // Loads are not counted, so that they tear nothing down under another user.
+        EXPECT_EQ(TuningFileParser().setTuningFile("<a><b/></a>", true), 0);
         EXPECT_EQ(gCleanups, before);
         last.reset();
         EXPECT_EQ(TagIterator::mInstanceCount, 0);
         ASSERT_EQ(gCleanups, before + 1);
+        EXPECT_EQ(TuningFileParser().setTuningFile("<a><b/></a>", true), 0);
+        EXPECT_EQ(gCleanups, before + 1);
     }
 }
 

@@ -126,6 +126,10 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
             {"invalid UTF-8", "<d>" + kProfile + "\xc3\x28</d>", "refused"},
             {"a NUL", "<d>" + kProfile + std::string(1, '\0') + "</d>", "refused"},
             {"an entity bomb in text", bomb + "<d>" + kProfile + "&a11;</d>", "refused"},
+            {"one long parameter entity over and over",
+             "<!DOCTYPE d [<!ENTITY % e '" + repeat("<!-- -->", 10000) + "'>" +
+                     repeat("%e;", 30000) + "]><d>" + kProfile + "</d>",
+             "refused"},
             {"an entity bomb in an attribute", bomb + "<d x='&a11;'>" + kProfile + "</d>",
              "refused"},
             {"an external entity",
@@ -137,6 +141,10 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
              "1 0"},
             {"a DTD from a pipe",
              "<!DOCTYPE d SYSTEM '" + pipe.path() + "'><d>" + kProfile + "</d>", "1 0"},
+            {"a catalog from a pipe",
+             "<?oasis-xml-catalog catalog='" + pipe.path() + "'?><!DOCTYPE d SYSTEM 's'><d>" +
+                     kProfile + "</d>",
+             "1 0"},
             {"a thousand levels", repeat("<d>\n", 1000) + repeat("</d>\n", 1000), "refused"},
             {"ten thousand attributes",
              "<d>" + kProfile + "<authorized_technologies>\n<global_setting " +
@@ -173,13 +181,13 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
                             1000) +
                      "</d>",
              "1000 0"},
-            {"a list of 34 MiB and the first profile's id once more",
+            {"a list of 9 MB and the first profile's id once more",
              "<d>\n<preset type='ieq' id='1'>\n<data>\n<bands>\n" +
-                     repeat("<band_ieq frequency='1' target='1'/>", 10000) +
+                     repeat("<band_ieq frequency='1' target='1'/>", 20000) +
                      "</bands></data></preset>\n<profile id='1'>\n" +
                      repeat("<endpoint_type id='headphone'>\n<include ieq_preset='1'/>"
                             "</endpoint_type>",
-                            150) +
+                            18) +
                      "</profile><profile id='1'>\n</profile></d>",
              "2 0"},
             {"rows without end",
@@ -207,9 +215,11 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
                      "</data>\n</tuning>\n</d>",
              "refused"},
     };
+    ::testing::internal::CaptureStderr();
     for (const auto& [what, document, expected] : cases) {
         EXPECT_EQ(outcome(TempFile(document).path()), expected) << what;
     }
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
     EXPECT_FALSE(mArray.isXMLProfileValid(7));
     EXPECT_EQ(outcome(::testing::TempDir()), "refused") << "a directory";
     const TempFile secretive("<d>" + kProfile + "</d>");

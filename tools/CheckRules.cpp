@@ -22,9 +22,9 @@ constexpr RuleRow kRules[] = {
          "The document is no well-formed XML. The library then goes by its built-in lists alone.",
          "Mend what the XML library complains of, the first complaint first."},
         {Rule::REFUSED, "refused", E,
-         "The library gives up reading the document and goes by its built-in lists alone: elements "
-         "without children make it read others over and over, or the values come to more than it "
-         "takes.",
+         "The library gives up reading the document, which costs more than its size allows, and "
+         "goes by its built-in lists alone. Elements without children make it read others over and "
+         "over; or values and names come to more than it takes.",
          "Give the elements around this line the children they should have, or split what is that "
          "large."},
         {Rule::SCHEMA, "schema", E, "The document does not keep to the schema of tuning documents.",

@@ -1,5 +1,6 @@
 #include "tuning/DocumentReader.h"
 
+#include <libxml/SAX2.h>
 #include <libxml/entities.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -219,6 +220,58 @@ class EventReader {
     bool mHasTooLongText = false;
 };
 
+/**
+ * Keeps libxml2 from doing more for a document's declarations than the budget allows: one long
+ * parameter entity can be referred to over and over, and be read anew each time.
+ */
+class DeclarationGuard {
+  public:
+    DeclarationGuard(const DocumentSource& source, DocumentBudget& budget)
+        : mSource(source), mBudget(budget) {}
+
+    /** libxml2's own, which makes a tree. The parser's private pointer must be a guard. */
+    static xmlSAXHandler handler() {
+        xmlSAXHandler handler = {};
+        xmlSAXVersion(&handler, 2);
+        handler.getParameterEntity = onParameterEntity;
+        handler.comment = onComment;
+        handler.processingInstruction = onInstruction;
+        return handler;
+    }
+
+  private:
+    static xmlEntity* onParameterEntity(void* self, const xmlChar* name) {
+        auto* const parser = static_cast<xmlParserCtxt*>(self);
+        auto& guard = *static_cast<DeclarationGuard*>(parser->_private);
+        xmlEntity* const entity = xmlSAX2GetParameterEntity(parser, name);
+        guard.mBudget.setDocumentSize(guard.mSource.getSize());
+        guard.mBudget.chargeSteps(1);
+        guard.mBudget.chargeText(entity == nullptr ? 0 : static_cast<size_t>(entity->length));
+        if (!guard.mBudget.isSpent()) {
+            return entity;
+        }
+        xmlStopParser(parser);
+        return nullptr;
+    }
+
+    // Among declarations these would be kept, and nobody reads them.
+
+    static void onComment(void* self, const xmlChar* text) {
+        if (static_cast<xmlParserCtxt*>(self)->inSubset == 0) {
+            xmlSAX2Comment(self, text);
+        }
+    }
+
+    static void onInstruction(void* self, const xmlChar* target, const xmlChar* data) {
+        if (static_cast<xmlParserCtxt*>(self)->inSubset == 0) {
+            xmlSAX2ProcessingInstruction(self, target, data);
+        }
+    }
+
+    const DocumentSource& mSource;
+    DocumentBudget& mBudget;
+};
+
 /** Copies libxml2's tree, references to entities in attributes expanded. */
 class TreeCopy {
   public:
@@ -343,7 +396,7 @@ class DocumentReader {
         xmlParserCtxt* running = nullptr;
         EventReader events(*document, running);
         xmlSAXHandler handler = EventReader::handler();
-        const bool isRead = parse(&handler, &events, running) != nullptr;
+        const bool isRead = parse(handler, &events, nullptr, running) != nullptr;
         mHasTooLongText = events.hasTooLongText();
         if (events.hasDocumentType()) {
             return readTree();
@@ -374,31 +427,37 @@ class DocumentReader {
     /**
      * Parses the source from where it is.
      *
-     * @param handler null for libxml2's own, which makes a tree
-     * @param running gets the parser before it starts
+     * @param handlerData what the handler is called with; the parser if null
+     * @param guard       the parser's private pointer
+     * @param running     gets the parser before it starts
      * @return the parser when the document is sound, else null
      */
-    Parser parse(xmlSAXHandler* handler, void* handlerData, xmlParserCtxt*& running) {
+    Parser parse(xmlSAXHandler& handler, EventReader* handlerData, DeclarationGuard* guard,
+                 xmlParserCtxt*& running) {
         const XmlErrors errors;
-        Parser parser(xmlCreateIOParserCtxt(handler, handlerData, readOn, nullptr, this,
+        Parser parser(xmlCreateIOParserCtxt(&handler, handlerData, readOn, nullptr, this,
                                             XML_CHAR_ENCODING_NONE));
         running = parser.get();
         if (parser == nullptr) {
             return nullptr;
         }
+        running->_private = guard;
         xmlCtxtUseOptions(running, 0);
         xmlParseDocument(running);
         mBudget.setDocumentSize(mSource.getSize());
         mError = errors.text();
-        const bool isSound = running->wellFormed != 0 && !errors.areFatal();
-        return isSound && mSource.getError().empty() ? std::move(parser) : nullptr;
+        const bool isSound =
+                running->wellFormed != 0 && !errors.areFatal() && mSource.getError().empty();
+        return isSound && !mBudget.isSpent() ? std::move(parser) : nullptr;
     }
 
     /** Declarations say what a document's attributes are, which takes libxml2's tree. */
     std::unique_ptr<Document> readTree() {
         mSource.rewind();
         xmlParserCtxt* running = nullptr;
-        const Parser parser = parse(nullptr, nullptr, running);
+        DeclarationGuard guard(mSource, mBudget);
+        xmlSAXHandler handler = DeclarationGuard::handler();
+        const Parser parser = parse(handler, nullptr, &guard, running);
         if (parser == nullptr) {
             return nullptr;
         }
