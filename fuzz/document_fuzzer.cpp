@@ -4,6 +4,8 @@
 #include <ormel/TuningFileParser.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <set>
 #include <vector>
 
 #include "Fuzz.h"

@@ -49,7 +49,7 @@ Endpoint tuningEndpointFromType(const std::string& type) {
 SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection;
 
 TuningFileParser::TuningFileParser()
-    : TuningFileParser(std::unique_ptr<TagIterator>(new TagIterator(mBudget))) {}
+    : mOwnIterator(new TagIterator(mBudget)), mIterator(*mOwnIterator) {}
 
 TuningFileParser::TuningFileParser(std::unique_ptr<TagIterator> iterator)
     : mOwnIterator(std::move(iterator)), mIterator(*mOwnIterator) {

@@ -74,7 +74,7 @@ std::vector<std::vector<int>> makeColumns(size_t count) {
 }  // namespace
 
 int NodeParseUtils::parseValue(TagIterator& iterator) {
-    static NeverDestroyed<std::vector<std::string>> names(1, "value");
+    static NeverDestroyed<std::vector<std::string>> names(size_t{1}, "value");
     const std::vector<std::string>& texts = readTexts(iterator, *names);
     if (texts.empty()) {
         return 0;
