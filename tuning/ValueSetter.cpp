@@ -102,16 +102,19 @@ std::vector<int> NodeParseUtils::parseMixMatrix(TagIterator& iterator) {
     return matrix;
 }
 
+ValueSetter::ValueSetter(std::string nodeName, std::vector<Parameter> params)
+    : mOwnRow(new OwnRow{std::move(nodeName), std::move(params)}) {}
+
 std::string ValueSetter::getNodeName() {
-    return mRow != nullptr ? mRow->nodeName : mNodeName;
+    return mRow != nullptr ? mRow->nodeName : mOwnRow->nodeName;
 }
 
 size_t ValueSetter::getParamCount() const {
-    return mRow != nullptr ? mRow->params.size() : mParams.size();
+    return mRow != nullptr ? mRow->params.size() : mOwnRow->params.size();
 }
 
 Parameter ValueSetter::getParam(size_t i) const {
-    return mRow != nullptr ? mRow->params[i] : mParams[i];
+    return mRow != nullptr ? mRow->params[i] : mOwnRow->params[i];
 }
 
 std::vector<Parameter> ValueSetter::getParams() const {

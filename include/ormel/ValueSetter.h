@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -47,19 +48,21 @@ class ValueSetter {
     size_t getParamCount() const;
 
   protected:
-    ValueSetter(std::string nodeName, std::vector<Parameter> params)
-        : mNodeName(std::move(nodeName)), mParams(std::move(params)) {}
+    ValueSetter(std::string nodeName, std::vector<Parameter> params);
     explicit ValueSetter(const SetterRow& row) : mRow(&row) {}
+    // No moves: a setter whose row was taken could not be asked for anything.
     ValueSetter(const ValueSetter&) = default;
-    ValueSetter(ValueSetter&&) = default;
     ValueSetter& operator=(const ValueSetter&) = default;
-    ValueSetter& operator=(ValueSetter&&) = default;
 
   private:
+    struct OwnRow {
+        std::string nodeName;
+        std::vector<Parameter> params;
+    };
+
+    /** Null for a setter that has a row of its own. */
     const SetterRow* mRow = nullptr;
-    // Empty for a setter that is made from a row.
-    std::string mNodeName;
-    std::vector<Parameter> mParams;
+    std::shared_ptr<const OwnRow> mOwnRow;
 };
 
 /** Stores the element's "value" attribute: a number, or 1 for "true" and 0 for "false". */
