@@ -21,6 +21,12 @@ add_executable(dump_lists support/dump_lists.cpp)
 target_link_libraries(dump_lists PRIVATE spatializerparamstorage ormel_options)
 ormel_runnable(ignored dump_lists)
 
+# For script/size. It has what the library links, so that a load finds that loaded.
+add_executable(load_costs support/load_costs.cpp)
+target_link_libraries(load_costs PRIVATE
+    kivparamstorage LibXml2::LibXml2 Android::log Android::utils ${CMAKE_DL_LIBS} ormel_options)
+target_link_options(load_costs PRIVATE LINKER:--no-as-needed)
+
 # Paths of a target's sources from the project's folder, those of its objects included, without
 # what is made in building.
 function(ormel_sources variable target)
@@ -61,11 +67,13 @@ function(ormel_write_targets folder)
     endforeach()
 endfunction()
 
-# Holds the source lists of Android.bp to this project's, which are known when all has been read.
-file(WRITE ${PROJECT_BINARY_DIR}/targets.txt "")
-cmake_language(DEFER DIRECTORY ${PROJECT_SOURCE_DIR}
-    CALL ormel_write_targets ${PROJECT_SOURCE_DIR})
-add_test(NAME android_bp
-    COMMAND ${CMAKE_COMMAND}
-        -D TARGETS=${PROJECT_BINARY_DIR}/targets.txt -D VERSION=${PROJECT_VERSION}
-        -P ${CMAKE_CURRENT_SOURCE_DIR}/android_bp_test.cmake)
+# Holds Android.bp to this project, whose sources are known when all has been read.
+if(TARGET ormel-tuning)
+    file(WRITE ${PROJECT_BINARY_DIR}/targets.txt "")
+    cmake_language(DEFER DIRECTORY ${PROJECT_SOURCE_DIR}
+        CALL ormel_write_targets ${PROJECT_SOURCE_DIR})
+    add_test(NAME android_bp
+        COMMAND ${CMAKE_COMMAND}
+            -D TARGETS=${PROJECT_BINARY_DIR}/targets.txt -D VERSION=${PROJECT_VERSION}
+            -P ${CMAKE_CURRENT_SOURCE_DIR}/android_bp_test.cmake)
+endif()

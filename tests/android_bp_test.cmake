@@ -1,13 +1,16 @@
 # Holds the source lists of Android.bp to those of this project's programs and libraries, and its
-# version to this project's: cmake -D TARGETS=FILE -D VERSION=VERSION -P android_bp_test.cmake. A
-# module's name is the target's, but for a prefix "lib" or "ormel_" or an ending "_host", since an
+# version and the flags of the library that ships to this project's:
+#     cmake -D TARGETS=FILE -D VERSION=VERSION -P android_bp_test.cmake
+# A module's name is the target's, but for a prefix "lib" or "ormel_" or an ending "_host", since an
 # Android tree has one space of names.
 cmake_minimum_required(VERSION 3.22)
+include(${CMAKE_CURRENT_LIST_DIR}/../cmake/Shipped.cmake)
 
 # Targets that an Android tree has no use for:
 set(only_here
     dump_lists       # script/test-arm's
     hostile          # script/hostile's
+    load_costs       # script/size's
     make_dictionary  # script/fuzz's
     ormel_bench      # measures against a host's libraries
     readme_effect)   # cut out of the README when this project is configured
@@ -29,6 +32,9 @@ endif()
 string(REGEX MATCHALL "\n[a-z_]+ {\n[^\n}][^\n]*(\n[^\n}][^\n]*)*" blocks "${text}")
 foreach(block IN LISTS blocks)
     string(REGEX MATCH "\n    name: \"([^\"]*)\"" ignored "${block}")
+    if(CMAKE_MATCH_1 STREQUAL ormel_shipped_defaults)
+        string(REGEX MATCHALL "-[^\"]+" shipped_flags "${block}")
+    endif()
     string(REGEX REPLACE "^(lib|ormel_)|_host$" "" name "${CMAKE_MATCH_1}")
     if(NOT block MATCHES "\n    srcs: <([^>]*)>")
         continue()
@@ -45,6 +51,13 @@ foreach(block IN LISTS blocks)
         endif()
     endforeach()
 endforeach()
+
+set(expected_flags ${ORMEL_SHIPPED_COMPILE_FLAGS} ${ORMEL_SHIPPED_LINK_FLAGS})
+list(SORT expected_flags)
+list(SORT shipped_flags)
+if(NOT shipped_flags STREQUAL expected_flags)
+    message(SEND_ERROR "Shipped with [${expected_flags}], in Android.bp with [${shipped_flags}]")
+endif()
 
 # Among a module's sources, ":NAME" stands for what is in the group of files.
 foreach(module IN LISTS modules)

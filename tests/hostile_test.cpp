@@ -238,6 +238,8 @@ TEST_F(HostileTest, IsAllThereOrNotAtAllWhereverItIsCut) {
     }
 }
 
+// The host's standard library looks at the run-time types of a locale's parts.
+#if defined(__GXX_RTTI) || !defined(__GLIBCXX__)
 /** Commas for the decimal point and between thousands. */
 class Commas : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
@@ -254,6 +256,7 @@ TEST_F(HostileTest, NumbersAreReadTheSameInEveryLocale) {
     EXPECT_EQ(effect.valuesOf(0x4000, "arod"), std::vector<std::vector<int32_t>>{{INT32_MIN}});
     EXPECT_EQ(effect.valuesOf(0x4000, "bmdt"), std::vector<std::vector<int32_t>>{{1}});
 }
+#endif
 
 TEST_F(HostileTest, LeavesTheBuiltInListsInService) {
     load("<d>");
