@@ -240,6 +240,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     RecordingEffect effect;
     const uint8_t settings = input.byte();
     effect.readStatus = (settings & 1) != 0 ? -1 : 0;
+    effect.answerValue = (settings & 32) != 0 ? 0 : 7;
     effect.answersCount = (settings & 2) != 0;
     effect.answerCount = settings;
     const std::string moves = (settings & 8) != 0 ? input.bytes(kMoves) : "";

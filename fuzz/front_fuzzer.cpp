@@ -73,8 +73,16 @@ void edit(Input& input, Words& list, Words& plainList) {
     }
 }
 
-/** Four channels. Profile 1 has 20 graphic-equalizer bands, profile 2 too few. */
-constexpr char kSurroundDocument[] = R"(<d>
+std::string geqPreset(int profile, int bands) {
+    std::string text = "<preset type='geq' id='" + std::to_string(profile) + "'>\n<data>\n<bands>";
+    for (int band = 1; band <= bands; ++band) {
+        text += "\n<b frequency='" + std::to_string(band) + "' gain='" +
+                std::to_string(100 + band) + "'/>";
+    }
+    return text + "\n</bands>\n</data>\n</preset>\n";
+}
+
+constexpr char kBegin[] = R"(<d>
  <format_version major="3" minor="4" maintenance="0"/>
  <preset id="0" name="off" type="ieq">
   <data>
@@ -83,39 +91,28 @@ constexpr char kSurroundDocument[] = R"(<d>
    </bands>
   </data>
  </preset>
+ <profile id="0" name="dynamic">
+  <endpoint_type id="speaker">
+   <include ieq_preset="0"/>
+   <virtualizer-enable value="2"/>
+  </endpoint_type>
+ </profile>
+)";
+
+constexpr char kSurround[] = R"(
  <profile id="1" name="movie">
   <endpoint_type id="speaker">
    <include ieq_preset="0"/>
-   <virtualizer-enable value="1"/>
+   <virtualizer-enable value="3"/>
   </endpoint_type>
   <endpoint_type id="headphone">
    <include ieq_preset="0"/>
-   <virtualizer-enable value="1"/>
+   <virtualizer-enable value="4"/>
   </endpoint_type>
  </profile>
- <preset id="1" name="movie" type="geq">
-  <data>
-   <bands>
-    <b frequency="1" gain="1"/><b frequency="2" gain="2"/><b frequency="3" gain="3"/>
-    <b frequency="4" gain="4"/><b frequency="5" gain="5"/><b frequency="6" gain="6"/>
-    <b frequency="7" gain="7"/><b frequency="8" gain="8"/><b frequency="9" gain="9"/>
-    <b frequency="10" gain="1"/><b frequency="11" gain="2"/><b frequency="12" gain="3"/>
-    <b frequency="13" gain="4"/><b frequency="14" gain="5"/><b frequency="15" gain="6"/>
-    <b frequency="16" gain="7"/><b frequency="17" gain="8"/><b frequency="18" gain="9"/>
-    <b frequency="19" gain="1"/><b frequency="20" gain="2"/>
-   </bands>
-  </data>
- </preset>
  <profile id="2" name="music">
   <surround-decoder-enable value="1"/>
  </profile>
- <preset id="2" name="music" type="geq">
-  <data>
-   <bands>
-    <b frequency="1" gain="1"/><b frequency="2" gain="2"/>
-   </bands>
-  </data>
- </preset>
  <tuning name="a" endpoint_type="speaker" output_channels="4">
   <device_id id="default_internal_speaker" endpoint_port="internal_speaker"/>
   <device_id id="default_headphone" endpoint_port="headphone"/>
@@ -146,28 +143,19 @@ constexpr char kSurroundDocument[] = R"(<d>
    <peak-value value="3"/>
   </data>
  </tuning>
-</d>
 )";
 
-/** Two channels. Shares names and ids with the first document, but not their values. */
-constexpr char kStereoDocument[] = R"(<d>
- <format_version major="3" minor="4" maintenance="0"/>
+/** Shares names and ids with the other, but not their values. */
+constexpr char kStereo[] = R"(
  <profile id="1" name="movie">
   <volume-modeler-enable value="1"/>
  </profile>
  <profile id="3" name="custom">
   <endpoint_type id="speaker">
    <include ieq_preset="0"/>
-   <virtualizer-enable value="1"/>
+   <virtualizer-enable value="5"/>
   </endpoint_type>
  </profile>
- <preset id="1" name="movie" type="geq">
-  <data>
-   <bands>
-    <b frequency="9" gain="9"/>
-   </bands>
-  </data>
- </preset>
  <tuning name="a" endpoint_type="speaker" output_channels="2">
   <device_id id="default_internal_speaker" endpoint_port="internal_speaker"/>
   <device_id id="default_bluetooth" endpoint_port="bluetooth"/>
@@ -179,8 +167,23 @@ constexpr char kStereoDocument[] = R"(<d>
    </output-mode>
   </data>
  </tuning>
-</d>
 )";
+
+constexpr char kEnd[] = "</d>\n";
+
+/** Profiles with the right number of graphic-equalizer bands, with more, and with fewer. */
+std::string surroundDocument() {
+    return std::string(kBegin) + kSurround + geqPreset(1, 20) + geqPreset(2, 21) +
+           geqPreset(0, 19) + kEnd;
+}
+
+std::string stereoDocument() {
+    return std::string(kBegin) + kStereo + geqPreset(1, 2) + kEnd;
+}
+
+std::string documentWithoutTunings() {
+    return std::string(kBegin) + geqPreset(0, 20) + kEnd;
+}
 
 template <typename Map>
 bool haveSameKeys(const Map& left, const Map& right) {
@@ -192,8 +195,9 @@ bool haveSameKeys(const Map& left, const Map& right) {
 class Stores {
   public:
     Stores() {
-        mDocument.write(kSurroundDocument);
-        mOtherDocument.write(kStereoDocument);
+        mDocument.write(surroundDocument());
+        mOtherDocuments[0].write(stereoDocument());
+        mOtherDocuments[1].write(documentWithoutTunings());
         require(loadPlainly(mDocument.path(), mLoaded));
         for (int32_t profile = -1; profile < 8; ++profile) {
             mLoaded.gains[profile] = {1, 2, 3};
@@ -224,10 +228,11 @@ class Stores {
         takeMessages();
     }
 
-    /** Loads the second document into both. */
-    void load() {
-        array().loadSpatializerXMLFile(mOtherDocument.path());
-        require(loadPlainly(mOtherDocument.path(), plain));
+    /** Loads a further document into both. */
+    void load(uint8_t number) {
+        const std::string path = mOtherDocuments[number % 2].path();
+        array().loadSpatializerXMLFile(path);
+        require(loadPlainly(path, plain));
         requireSameMessages(plain);
     }
 
@@ -258,7 +263,7 @@ class Stores {
     }
 
     MemoryFile mDocument;
-    MemoryFile mOtherDocument;
+    MemoryFile mOtherDocuments[2];
     PlainStore mLoaded;
 };
 
@@ -373,7 +378,7 @@ void runStoreOperation(uint8_t operation, Input& input, Stores& stores) {
         }
         case 14:
             if (mayTakeLong(input)) {
-                stores.load();
+                stores.load(input.byte());
             }
             break;
         default: {
