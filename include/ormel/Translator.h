@@ -122,7 +122,7 @@ class VirtualBassEnableTranslator : public SpecialTranslator {
                       bool mono) override;
 };
 
-/** VBSF, then VBMF: the low and high ends of the source and the mix frequency range. */
+/** VBSF, then VBMF: the low and the high "src" frequency, the low and the high mix frequency. */
 class VirtualBassTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {VIRTUAL_BASS_SRC_FREQ_LOW, VIRTUAL_BASS_SRC_FREQ_HIGH,
