@@ -54,7 +54,8 @@ constexpr size_t kGeqBands = 20;
  * - A returned reference is used after the lock is released. Parameter lists and mix matrices may
  *   be read through it at any time. Gains may be read unless setProfileGeqGains() sets the same
  *   profile's on another thread. Whoever writes through a reference keeps all other threads out of
- *   the store. copyProfileGeqGains() needs none of this.
+ *   the store, and does not do so from within an effect's operation. copyProfileGeqGains() needs
+ *   none of this.
  * - A child that is forked while another thread is inside an operation, such as a load, must not
  *   use the store: nobody in the child will release the lock.
  *

@@ -23,7 +23,8 @@ namespace ormel {
  * once gets their calls interleaved, unless their callers serialise them.
  *
  * The effect is called back on the same thread, with no lock held, and must not throw. It may call
- * any operation, loads included: an operation goes on with the list that it began with.
+ * any operation, loads included: an operation goes on with the list that it began with. But
+ * it must not write to a list through a reference meanwhile: that may be the one that is read.
  *
  * A null effect makes the first call to it fail. All that comes before happens as described
  * (messages, current profile, stored gains and selection, a result of 0 where nothing is pushed);
