@@ -75,6 +75,16 @@ std::string levels(size_t last, size_t fanout, const std::string& leaf) {
     return declarations;
 }
 
+/** The same for parameter entities, named p0 to p@p last. */
+std::string parameterLevels(size_t last, size_t fanout, const std::string& leaf) {
+    std::string declarations = "<!ENTITY % p0 '" + leaf + "'>";
+    for (size_t i = 1; i <= last; ++i) {
+        declarations += withNumber("<!ENTITY % p@ '", i) +
+                        times(fanout, withNumber("&#37;p@;", i - 1)) + "'>";
+    }
+    return declarations;
+}
+
 std::string name(size_t length) {
     return std::string(length, 'n');
 }
@@ -194,6 +204,24 @@ std::vector<HostileShape> entityShapes() {
         {"references to one long parameter entity", {
             {"<!DOCTYPE d [<!ENTITY % p '"}, {"<!--p-->", 50}, {"'>\n"}, {"%p;\n", 50},
             {"]><d>\n</d>"}}},
+        {"references to a parameter entity of comments", {
+            {"<!DOCTYPE d [<!ENTITY % p '" + times(5, "<!---->") + "'>\n"}, {"%p;\n", 100},
+            {"]><d>\n</d>"}}},
+        {"references to a parameter entity of declarations", {
+            {"<!DOCTYPE d [<!ENTITY % p '" + times(5, "<!ENTITY e \"1\">") + "'>\n"},
+            {"%p;\n", 100}, {"]><d>\n</d>"}}},
+        {"many levels of parameter entities", {
+            {"<!DOCTYPE d [" + parameterLevels(15, 2, "<!---->")}, {"<!---->", 100},
+            {"%p15;]><d>\n</d>"}}},
+        {"wide levels of parameter entities", {
+            {"<!DOCTYPE d [" + parameterLevels(4, 10, "<!---->")}, {"<!---->", 100},
+            {"%p4;]><d>\n</d>"}}},
+        // Where little else has been read, libxml2 sees too many references, and never ends.
+        {"wide levels of parameter entities ahead of all else", {
+            {"<!DOCTYPE d [" + parameterLevels(4, 10, "<!---->") + "%p4;]><d>"}, {"\n", 100},
+            {kEnd}}},
+        {"references to levels of parameter entities", {
+            {"<!DOCTYPE d [" + parameterLevels(2, 10, "")}, {"%p2;\n", 100}, {"]><d>\n</d>"}}},
         {"many comments in a DTD", {{"<!DOCTYPE d ["}, {"<!---->", 100}, {"]><d>\n</d>"}}},
         {"many entities", {
             {"<!DOCTYPE d ["}, {"<!ENTITY e@ '1'>", 50}, {"]><d>\n<profile>\n", 0, PROFILE},
