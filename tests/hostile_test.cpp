@@ -63,6 +63,16 @@ class Pipe {
     std::string mPath;
 };
 
+/** Parameter entities, each of which refers ten times to the one before it. */
+std::string parameterLevels(const std::string& names) {
+    std::string levels;
+    for (size_t i = 1; i < names.size(); ++i) {
+        levels += std::string("<!ENTITY % ") + names[i] + " '" +
+                  repeat(std::string("&#37;") + names[i - 1] + ";", 10) + "'>";
+    }
+    return levels;
+}
+
 /** A document of so many bytes, most of them in elements that mean nothing. */
 std::string padded(size_t size) {
     const std::string begin = "<d>" + kProfile;
@@ -129,6 +139,10 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
             {"one long parameter entity over and over",
              "<!DOCTYPE d [<!ENTITY % e '" + repeat("<!-- -->", 10000) + "'>" +
                      repeat("%e;", 30000) + "]><d>" + kProfile + "</d>",
+             "refused"},
+            {"more parameter entities than libxml2 bears, ahead of all else",
+             "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e;]><d>" +
+                     std::string(100000, '\n') + kProfile + "</d>",
              "refused"},
             {"an entity bomb in an attribute", bomb + "<d x='&a11;'>" + kProfile + "</d>",
              "refused"},

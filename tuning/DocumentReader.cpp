@@ -36,6 +36,9 @@ class XmlErrors {
     XmlErrors& operator=(const XmlErrors&) = delete;
     ~XmlErrors() { xmlSetStructuredErrorFunc(mContext, mHandler); }
 
+    /** Ends a parser at the first error that refuses its document. */
+    void watch(xmlParserCtxt* parser) { mParser = parser; }
+
     /** Whether something was said that a sound document does not cause. */
     bool areFatal() const { return mAreFatal; }
 
@@ -50,6 +53,7 @@ class XmlErrors {
         // A failed allocation may cost a part of the document and leave the rest well-formed.
         if (error->level == XML_ERR_FATAL || error->code == XML_ERR_NO_MEMORY) {
             errors.mAreFatal = true;
+            errors.endParser();
         }
         if (!errors.mText.empty() || error->level < XML_ERR_ERROR) {
             return;
@@ -62,6 +66,17 @@ class XmlErrors {
         errors.mText.append(words.substr(0, words.find_last_not_of('\n') + 1));
     }
 
+    /**
+     * libxml2 goes on after an error, and behind too many references to parameter entities it never
+     * ends. xmlStopParser() frees what the callers of an error handler still use.
+     */
+    void endParser() {
+        if (mParser != nullptr) {
+            mParser->instate = XML_PARSER_EOF;
+        }
+    }
+
+    xmlParserCtxt* mParser = nullptr;
     bool mAreFatal = false;
     std::string mText;
     xmlStructuredErrorFunc mHandler;
@@ -434,7 +449,7 @@ class DocumentReader {
      */
     Parser parse(xmlSAXHandler& handler, EventReader* handlerData, DeclarationGuard* guard,
                  xmlParserCtxt*& running) {
-        const XmlErrors errors;
+        XmlErrors errors;
         Parser parser(xmlCreateIOParserCtxt(&handler, handlerData, readOn, nullptr, this,
                                             XML_CHAR_ENCODING_NONE));
         running = parser.get();
@@ -442,6 +457,7 @@ class DocumentReader {
             return nullptr;
         }
         running->_private = guard;
+        errors.watch(running);
         xmlCtxtUseOptions(running, 0);
         xmlParseDocument(running);
         mBudget.setDocumentSize(mSource.getSize());
