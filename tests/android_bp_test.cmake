@@ -13,7 +13,8 @@ set(only_here
     load_costs       # script/size's
     make_dictionary  # script/fuzz's
     ormel_bench      # measures against a host's libraries
-    readme_effect)   # cut out of the README when this project is configured
+    readme_effect    # cut out of the README when this project is configured
+    try_mutator)     # tries a fuzzer's mutator where there is no fuzzer
 # libFuzzer, which an Android tree links, has a main of its own.
 set(not_there fuzz/replay.cpp)
 
