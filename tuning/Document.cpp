@@ -4,6 +4,13 @@ namespace ormel {
 
 using Piece = Document::Piece;
 
+DocumentBuilder::DocumentBuilder(Document& document) : mDocument(document) {
+    // Most documents have more, and growing costs an allocation each time.
+    mDocument.mNodes.reserve(512);
+    mDocument.mAttributes.reserve(512);
+    mDocument.mText.reserve(8192);
+}
+
 void DocumentBuilder::addNode(Kind kind, Piece name) {
     const auto index = static_cast<uint32_t>(mDocument.mNodes.size());
     if (isInElement()) {

@@ -72,7 +72,7 @@ static_assert(sizeof(Document::Node) == 24 && sizeof(Document::Attribute) == 16)
 /** Fills a document, node by node in document order. */
 class DocumentBuilder {
   public:
-    explicit DocumentBuilder(Document& document) : mDocument(document) {}
+    explicit DocumentBuilder(Document& document);
 
     /** Whether there is an open element, whose children come next. */
     bool isInElement() const { return !mOpen.empty(); }

@@ -84,6 +84,13 @@ std::vector<std::string> TuningFileParser::readAttributes(const std::vector<std:
     return texts;
 }
 
+std::string TuningFileParser::readAttribute(const std::vector<std::string>& name) {
+    std::vector<std::string>& texts = mIterator.getTextBuffer();
+    texts.clear();
+    mIterator.parseNodeWithName(name, texts);
+    return texts.empty() ? std::string() : texts.front();
+}
+
 void TuningFileParser::parseTuningFile() {
     // Two passes, so that versions and settings are known before anything depends on them.
     mIterator.pushNode();
@@ -137,21 +144,21 @@ void TuningFileParser::parseGlobalSetting() {
     constexpr char kCaller[] = "parseAuthorizedTechnologies";
     for (const std::string& name : mIterator.getAttrsName()) {
         if (name == "device_name") {
-            mHeader.deviceName = readAttribute(name);
+            mHeader.deviceName = readAttribute({name});
             ALOGD("%s, mDeviceName = %s", kCaller, mHeader.deviceName.c_str());
             mBudget.chargeMessage(mHeader.deviceName.size());
         } else if (name == "device_index") {
-            mHeader.deviceIndex = string2Int(readAttribute(name));
+            mHeader.deviceIndex = string2Int(readAttribute({name}));
             ALOGD("%s, mDeviceIndex = %d", kCaller, mHeader.deviceIndex);
             mBudget.chargeMessage(0);
         } else if (name == "tuning_version") {
-            mHeader.tuningVersion = string2Int(readAttribute(name));
+            mHeader.tuningVersion = string2Int(readAttribute({name}));
             ALOGD("%s, mTuningVersion = %d", kCaller, mHeader.tuningVersion);
             mBudget.chargeMessage(0);
         } else if (name == "virtual_bass_process") {
-            mHeader.virtualBassProcess = string2Int(readAttribute(name));
+            mHeader.virtualBassProcess = string2Int(readAttribute({name}));
         } else if (name == "altivo_game_system_gain") {
-            mHeader.gameSystemGain = string2Int(readAttribute(name));
+            mHeader.gameSystemGain = string2Int(readAttribute({name}));
         }
     }
 }
@@ -266,7 +273,7 @@ int TuningFileParser::parseProfileInclude() {
     mIterator.next();
     std::string presetName;
     if (mIterator.isCurValid() && mIterator.readName() == "include") {
-        presetName = readAttribute("preset");
+        presetName = readAttribute({"preset"});
     }
     mIterator.popNode();
     return getIeqPresetIdByName(presetName);
@@ -275,7 +282,8 @@ int TuningFileParser::parseProfileInclude() {
 void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ieqAmount,
                                             int defaultIeqPresetId) {
     mIterator.pushNode();
-    const std::string id = readAttribute("id");
+    static NeverDestroyed<Names> names(Names{"id"});
+    const std::string id = readAttribute(*names);
     int ieqPresetId = defaultIeqPresetId;
     if (!hasPrefix(mHeader.formatVersion, "3.2.")) {
         ALOGD("%s(): %s, parse the include ieq preset", __func__, id.c_str());
@@ -298,8 +306,8 @@ int TuningFileParser::parseEndpointInclude(int defaultIeqPresetId) {
     mIterator.pushNode();
     mIterator.childrenNext();
     if (mIterator.isCurValid() && mIterator.readName() == "include") {
-        presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute("preset"))
-                                     : string2Int(readAttribute("ieq_preset"));
+        presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute({"preset"}))
+                                     : string2Int(readAttribute({"ieq_preset"}));
     }
     mIterator.popNode();
     return presetId;

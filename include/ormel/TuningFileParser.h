@@ -117,7 +117,7 @@ class TuningFileParser {
     bool readParameter(std::string_view name, ParameterValues& values);
     void setParameter(Parameter param, int value, ParameterValues& values);
     std::vector<std::string> readAttributes(const std::vector<std::string>& names);
-    std::string readAttribute(const std::string& name) { return readAttributes({name}).front(); }
+    std::string readAttribute(const std::vector<std::string>& name);
     bool presetsAreNamed() const;
     void fillDeviceData();
     /** The objects of one kind of all documents. */
