@@ -410,7 +410,7 @@ class DocumentReader {
         }
         xmlParserCtxt* running = nullptr;
         EventReader events(*document, running);
-        xmlSAXHandler handler = EventReader::handler();
+        const xmlSAXHandler handler = EventReader::handler();
         const bool isRead = parse(handler, &events, nullptr, running) != nullptr;
         mHasTooLongText = events.hasTooLongText();
         if (events.hasDocumentType()) {
@@ -447,19 +447,19 @@ class DocumentReader {
      * @param running     gets the parser before it starts
      * @return the parser when the document is sound, else null
      */
-    Parser parse(xmlSAXHandler& handler, EventReader* handlerData, DeclarationGuard* guard,
+    Parser parse(const xmlSAXHandler& handler, EventReader* handlerData, DeclarationGuard* guard,
                  xmlParserCtxt*& running) {
         XmlErrors errors;
-        Parser parser(xmlCreateIOParserCtxt(&handler, handlerData, readOn, nullptr, this,
-                                            XML_CHAR_ENCODING_NONE));
+        Parser parser(xmlNewParserCtxt());
         running = parser.get();
         if (parser == nullptr) {
             return nullptr;
         }
+        *running->sax = handler;
+        running->userData = handlerData != nullptr ? static_cast<void*>(handlerData) : running;
         running->_private = guard;
         errors.watch(running);
-        xmlCtxtUseOptions(running, 0);
-        xmlParseDocument(running);
+        running->myDoc = xmlCtxtReadIO(running, readOn, nullptr, this, nullptr, nullptr, 0);
         mBudget.setDocumentSize(mSource.getSize());
         mError = errors.text();
         const bool isSound =
@@ -472,7 +472,7 @@ class DocumentReader {
         mSource.rewind();
         xmlParserCtxt* running = nullptr;
         DeclarationGuard guard(mSource, mBudget);
-        xmlSAXHandler handler = DeclarationGuard::handler();
+        const xmlSAXHandler handler = DeclarationGuard::handler();
         const Parser parser = parse(handler, nullptr, &guard, running);
         if (parser == nullptr) {
             return nullptr;
