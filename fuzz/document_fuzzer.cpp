@@ -131,13 +131,28 @@ constexpr char kEarlierDocument[] = R"(<d>
 </d>
 )";
 
+/** Prints which bounds make loads refuse their documents, each once and when it is met. */
+void reportBound(const std::string& error) {
+    static auto& reported = *new std::set<std::string>;
+    for (const char* const bound : {"too m", "a text of", "larger than"}) {
+        const std::string reason = error.substr(0, error.find(':'));
+        if (error.rfind(bound, 0) == 0 && reported.insert(reason).second) {
+            (void)std::fprintf(stderr, "refused: %s\n", reason.c_str());
+        }
+    }
+}
+
 /** Loads a document and says whether it was accepted. The messages are those of this load. */
 bool loads(const std::string& path) {
     takeMessages();
-    SpatializerParamArray::getInstance().loadSpatializerXMLFile(path);
+    auto& array = SpatializerParamArray::getInstance();
+    array.loadSpatializerXMLFile(path);
+    reportBound(array.getLoadError());
     const auto& messages = keptMessages();
-    return std::find(messages.begin(), messages.end(), "6Spatializer Tuning XML parses error!") ==
-           messages.end();
+    const bool isLoaded = std::find(messages.begin(), messages.end(),
+                                    "6Spatializer Tuning XML parses error!") == messages.end();
+    require(isLoaded == (array.getLoadOutcome() == SpatializerParamArray::LoadOutcome::LOADED));
+    return isLoaded;
 }
 
 /** A fresh store of the process, with the earlier document in it or with none. */
