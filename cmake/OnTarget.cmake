@@ -50,7 +50,7 @@ function(ormel_sources variable target)
 endfunction()
 
 # Appends a line for each program and library of a folder and those below it to targets.txt, such as
-# "ormel-tuning tools/Apply.cpp tools/main.cpp".
+# "tuning_text tools/text/Names.cpp tools/text/Text.cpp".
 function(ormel_write_targets folder)
     get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
     foreach(target IN LISTS targets)

@@ -11,10 +11,10 @@
 #include <utility>
 #include <vector>
 
-#include "Names.h"
 #include "Shown.h"
-#include "Store.h"
-#include "Text.h"
+#include "document/Store.h"
+#include "text/Names.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

@@ -7,7 +7,7 @@
 #include <limits>
 #include <utility>
 
-#include "ReadTrace.h"
+#include "document/ReadTrace.h"
 
 namespace ormel::tools {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "CheckRules.h"
-#include "XmlTree.h"
+#include "document/XmlTree.h"
 
 namespace ormel::tools {
 

@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "Text.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

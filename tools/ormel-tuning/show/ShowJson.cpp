@@ -1,8 +1,8 @@
 #include <optional>
 #include <utility>
 
-#include "Names.h"
 #include "Shown.h"
+#include "text/Names.h"
 
 namespace ormel::tools {
 

@@ -6,11 +6,11 @@
 #include <stdexcept>
 #include <string>
 
-#include "Apply.h"
-#include "CheckCommand.h"
-#include "Diff.h"
-#include "Plot.h"
-#include "Show.h"
+#include "apply/Apply.h"
+#include "check/CheckCommand.h"
+#include "diff/Diff.h"
+#include "plot/Plot.h"
+#include "show/Show.h"
 
 namespace {
 

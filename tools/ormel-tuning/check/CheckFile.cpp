@@ -7,8 +7,8 @@
 
 #include "CheckDocument.h"
 #include "CheckMeaning.h"
-#include "ReadTrace.h"
-#include "VersionRules.h"
+#include "document/ReadTrace.h"
+#include "document/VersionRules.h"
 
 namespace ormel::tools {
 

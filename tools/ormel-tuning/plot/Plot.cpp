@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "Gnuplot.h"
-#include "LoadedDocument.h"
-#include "Names.h"
-#include "Text.h"
+#include "document/LoadedDocument.h"
+#include "text/Names.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "CheckFile.h"
-#include "Json.h"
-#include "LibraryLog.h"
-#include "Text.h"
+#include "document/LibraryLog.h"
+#include "text/Json.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "DocumentObjects.h"
-#include "EntryOrigins.h"
-#include "Json.h"
-#include "LoadedDocument.h"
+#include "document/DocumentObjects.h"
+#include "document/EntryOrigins.h"
+#include "document/LoadedDocument.h"
+#include "text/Json.h"
 
 namespace ormel::tools {
 

@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Names.h"
-#include "Text.h"
+#include "text/Names.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

@@ -14,13 +14,13 @@
 #include <utility>
 #include <vector>
 
-#include "DocumentObjects.h"
-#include "Json.h"
-#include "LoadedDocument.h"
-#include "Names.h"
-#include "RecordingEffect.h"
-#include "Store.h"
-#include "Text.h"
+#include "document/DocumentObjects.h"
+#include "document/LoadedDocument.h"
+#include "document/RecordingEffect.h"
+#include "document/Store.h"
+#include "text/Json.h"
+#include "text/Names.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

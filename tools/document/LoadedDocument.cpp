@@ -3,10 +3,10 @@
 #include <set>
 #include <utility>
 
-#include "Names.h"
 #include "ReadTrace.h"
 #include "Store.h"
-#include "Text.h"
+#include "text/Names.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

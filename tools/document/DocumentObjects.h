@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Json.h"
 #include "LoadedDocument.h"
+#include "text/Json.h"
 
 namespace ormel::tools {
 

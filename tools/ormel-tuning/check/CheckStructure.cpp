@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "CheckMeaning.h"
-#include "Text.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

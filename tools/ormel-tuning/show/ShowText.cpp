@@ -7,9 +7,9 @@
 #include <sstream>
 #include <utility>
 
-#include "Names.h"
 #include "Shown.h"
-#include "Text.h"
+#include "text/Names.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

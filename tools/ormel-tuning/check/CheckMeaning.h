@@ -3,8 +3,8 @@
 
 #include "CheckDocument.h"
 #include "CheckRules.h"
-#include "ReadTrace.h"
-#include "VersionRules.h"
+#include "document/ReadTrace.h"
+#include "document/VersionRules.h"
 
 namespace ormel::tools {
 

@@ -6,7 +6,7 @@
 
 #include "CheckMeaning.h"
 #include "CheckText.h"
-#include "Text.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 

@@ -12,12 +12,12 @@
 #include <utility>
 #include <vector>
 
-#include "Json.h"
-#include "Names.h"
 #include "Operations.h"
-#include "RecordingEffect.h"
-#include "Store.h"
-#include "Text.h"
+#include "document/RecordingEffect.h"
+#include "document/Store.h"
+#include "text/Json.h"
+#include "text/Names.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 
