@@ -22,6 +22,7 @@ ptrdiff_t sizeOf(void* block) {
 void* counted(void* block) {
     if (gCounting && block != nullptr) {
         ++gUse.allocations;
+        ++gUse.blocks;
         gUse.bytes += sizeOf(block);
         gUse.peakBytes = std::max(gUse.peakBytes, gUse.bytes);
     }
@@ -29,7 +30,8 @@ void* counted(void* block) {
 }
 
 void countGone(void* block) {
-    if (gCounting) {
+    if (gCounting && block != nullptr) {
+        --gUse.blocks;
         gUse.bytes -= sizeOf(block);
     }
 }

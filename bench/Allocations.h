@@ -8,7 +8,8 @@ namespace ormel::bench {
 
 struct HeapUse {
     size_t allocations;
-    /** Negative when more was freed than allocated. */
+    /** Blocks still in use at the end. Like the bytes, negative when more was freed. */
+    ptrdiff_t blocks;
     ptrdiff_t bytes;
     ptrdiff_t peakBytes;
 };

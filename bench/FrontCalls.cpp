@@ -34,8 +34,32 @@ class WritingEffect : public KeepingEffect {
     List words;
 };
 
+/** Calls @p run as often as one time of a comparison takes. */
+double secondsOfRuns(const std::function<void()>& run) {
+    return secondsOf([&] {
+        for (int i = 0; i < kNullEffectRuns; ++i) {
+            run();
+        }
+    });
+}
+
 SpatializerParamArray& array() {
     return SpatializerParamArray::getInstance();
+}
+
+List builtInList(OrmSpatializerProfileId profile) {
+    List list(array().getProfileParamsSize(profile) / sizeof(int32_t));
+    array().getProfileParams(profile, list.data());
+    return list;
+}
+
+std::vector<List> selectedTunings() {
+    std::vector<List> lists;
+    lists.reserve(kSupportedPorts.size());
+    for (const Port port : kSupportedPorts) {
+        lists.push_back(array().getXMLTuningParams(array().getSelectedTuningDevice(port)));
+    }
+    return lists;
 }
 
 /** The codes in a list that the front does not decide on by itself. */
@@ -52,11 +76,17 @@ List questionsOn(const List& list) {
     return codes;
 }
 
-FrontCall makeFrontCall(std::string name, List questions, std::function<void(IEffectOrm*)> run) {
+/** @param lists what the operation reads */
+FrontCall makeFrontCall(std::string name, const std::vector<List>& lists, List questions,
+                        std::function<void(IEffectOrm*)> run) {
+    int32_t entries = 0;
+    for (const List& list : lists) {
+        entries += list.at(1);
+    }
     WritingEffect effect;
     run(&effect);
     check(effect.calls > 20, "calls of a front operation");
-    return {std::move(name), std::move(run), std::move(questions), effect.words};
+    return {std::move(name), std::move(run), entries, std::move(questions), effect.words};
 }
 
 void checkSameCalls(const FrontCall& call) {
@@ -72,19 +102,23 @@ void checkSameCalls(const FrontCall& call) {
 
 std::vector<FrontCall> makeFrontCalls() {
     const List profile = array().getXMLProfileParams(kProfile);
+    const List common = builtInList(ORM_SPATIALIZER_PROFILE_COMMON);
+    const List builtIn = builtInList(kProfile);
     const std::string device = array().getSelectedTuningDevice(PORT_INTERNAL_SPEAKER);
     using Cache = SpatializerParamCache;
     return {
-            makeFrontCall("setProfile", {},
+            makeFrontCall("setProfile", {profile}, {},
                           [](IEffectOrm* effect) { Cache().setProfile(kProfile, effect, false); }),
-            makeFrontCall("setProfile, maker's own content", questionsOn(profile),
+            makeFrontCall("setProfile, maker's own content", {profile, common, builtIn},
+                          questionsOn(profile),
                           [](IEffectOrm* effect) { Cache().setProfile(kProfile, effect, true); }),
             makeFrontCall(
-                    "setOrmelContentProfile", {},
+                    "setOrmelContentProfile", {builtIn}, {},
                     [](IEffectOrm* effect) { Cache().setOrmelContentProfile(kProfile, effect); }),
-            makeFrontCall("loadTuning", {}, [](IEffectOrm* effect) { Cache().loadTuning(effect); }),
+            makeFrontCall("loadTuning", selectedTunings(), {},
+                          [](IEffectOrm* effect) { Cache().loadTuning(effect); }),
             makeFrontCall(
-                    "loadTuningDevice", {},
+                    "loadTuningDevice", {array().getXMLTuningParams(device)}, {},
                     [device](IEffectOrm* effect) { Cache().loadTuningDevice(device, effect); }),
     };
 }
@@ -115,6 +149,14 @@ Comparison compareOnKeepingEffect(const FrontCall& call) {
             [&call, effect = std::make_shared<KeepingEffect>()] {
                 return secondsOf([&] { repeatCalls(call, effect.get()); });
             }};
+}
+
+Comparison compareOnNullEffect(const FrontCall& call) {
+    checkSameCalls(call);
+    const auto effect = std::make_shared<NullEffect>();
+    return {call.name + ", bare",
+            [&call, effect] { return secondsOfRuns([&] { call.run(effect.get()); }); },
+            [&call, effect] { return secondsOfRuns([&] { repeatCalls(call, effect.get()); }); }};
 }
 
 }  // namespace ormel::bench

@@ -16,6 +16,14 @@
 
 namespace ormel::bench {
 
+/** Does nothing. */
+class NullEffect : public IEffectOrm {
+  public:
+    int32_t setEffectParam(int32_t, int32_t, const int32_t*, int32_t) override { return 0; }
+    int32_t getEffectParam(int32_t, int32_t, int32_t*, int32_t*) override { return -1; }
+    int32_t commitEffectParams(int32_t) override { return 0; }
+};
+
 /**
  * Keeps its parameters' values by device and code, and locks them, as an effect must that is told
  * on one thread and processes on another.
@@ -55,6 +63,8 @@ class KeepingEffect : public IEffectOrm {
 struct FrontCall {
     std::string name;
     std::function<void(IEffectOrm*)> run;
+    /** Number of entries in the lists that it reads. */
+    int32_t entries;
     /** The parameters that it asks the shared store about. */
     std::vector<int32_t> questions;
     /** The calls that it makes, in the layout of a packed list; commits have a negative count. */
@@ -69,5 +79,11 @@ void repeatCalls(const FrontCall& call, IEffectOrm* effect);
 
 /** Compares an operation with its calls alone, each on a KeepingEffect of its own. */
 Comparison compareOnKeepingEffect(const FrontCall& call);
+
+/** Compares an operation with a bare loop over its calls, both on a NullEffect. */
+Comparison compareOnNullEffect(const FrontCall& call);
+
+/** How often the comparison on a NullEffect runs each for one time: once is too short. */
+constexpr int kNullEffectRuns = 100;
 
 }  // namespace ormel::bench

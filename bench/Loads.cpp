@@ -15,6 +15,12 @@
 #include "Allocations.h"
 #include "BenchDocument.h"
 
+// libxml2 seeds the hashes of its dictionaries by the time of day, through this. With one seed,
+// what is counted is the same in every run.
+extern "C" int rand_r(unsigned* /* seed */) noexcept {
+    return 1;
+}
+
 namespace ormel::bench {
 
 /** A file in the folder for temporary ones, gone with the object. */

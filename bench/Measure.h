@@ -29,7 +29,9 @@ class Comparison {
     void run(benchmark::State& state);
 
     const std::string& name() const { return mName; }
-    /** Medians, in seconds; not a number for what was filtered out. */
+    /** False for what was filtered out; the figures below are not numbers then. */
+    bool wasRun() const { return !mWorkTimes.empty(); }
+    /** Medians, in seconds. */
     double work() const;
     double floor() const;
     double ratio() const { return work() / floor(); }

@@ -7,6 +7,13 @@
 
 #include "Measure.h"
 
+// Has a name that valgrind can be told.
+extern "C" [[gnu::noinline]] void ormel_bench_counted(const std::function<void()>& work) {
+    work();
+    // Keeps the call above from being the function's last act, and so a jump out of it.
+    benchmark::ClobberMemory();
+}
+
 namespace ormel::bench {
 
 namespace {
@@ -42,6 +49,18 @@ std::string outputOfTask(const std::string& task, const std::string& argument) {
     const auto output = outputOf(commandOf(task, argument));
     check(output.has_value(), "a fresh process");
     return *output;
+}
+
+void doCounted(const std::function<void()>& work) {
+    ormel_bench_counted(work);
+}
+
+std::optional<double> instructionsOf(const std::string& task, const std::string& argument) {
+    constexpr char kCounter[] =
+            "valgrind --tool=callgrind --callgrind-out-file=/dev/null"
+            " --toggle-collect=ormel_bench_counted ";
+    const auto output = outputOf(kCounter + commandOf(task, argument) + " 2>&1");
+    return output.has_value() ? numberBehind("Collected :", *output) : std::nullopt;
 }
 
 }  // namespace ormel::bench

@@ -7,12 +7,14 @@
 #include <ormel/TagIterator.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <limits>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,6 +46,47 @@ void firstLoad(const std::string& path) {
     });
 }
 
+void countedParse(const std::string& path) {
+    parseOnly(kTablet);
+    doCounted([&] { parseOnly(path); });
+}
+
+void countedLoad(const std::string& path) {
+    loadIntoStore(kTablet);
+    SpatializerParamArray array;
+    doCounted([&] { array.loadSpatializerXMLFile(path); });
+    check(array.getTuningCount() > 0, "counted load");
+}
+
+/** Does @p run twice, since a function's first call looks for it. */
+void countSecond(const std::string& number,
+                 const std::function<void(const FrontCall&, IEffectOrm*)>& run) {
+    loadIntoStore(kTablet);
+    const FrontCall call = makeFrontCalls().at(std::stoul(number));
+    NullEffect effect;
+    run(call, &effect);
+    doCounted([&] { run(call, &effect); });
+}
+
+void countedCall(const std::string& number) {
+    countSecond(number, [](const FrontCall& call, IEffectOrm* effect) { call.run(effect); });
+}
+
+void countedLoop(const std::string& number) {
+    countSecond(number, repeatCalls);
+}
+
+/** Prints what a load leaves behind that is neither the store's nor libxml2's. */
+void heapOfFirstUse(const std::string& path) {
+    countXmlMemory();
+    parseOnly(path);
+    const HeapUse use = heapUseOf([&] {
+        SpatializerParamArray array;
+        array.loadSpatializerXMLFile(path);
+    });
+    std::printf("allocations %td\nbytes %td\n", use.blocks, use.bytes);
+}
+
 struct Task {
     const char* name;
     void (*run)(const std::string& argument);
@@ -53,6 +96,11 @@ struct Task {
 constexpr Task kTasks[] = {
     {"--first-parse", firstParse},
     {"--first-load", firstLoad},
+    {"--counted-parse", countedParse},
+    {"--counted-load", countedLoad},
+    {"--counted-call", countedCall},
+    {"--counted-loop", countedLoop},
+    {"--heap-of-first-use", heapOfFirstUse},
 };
 // clang-format on
 
@@ -143,6 +191,72 @@ void printAllocationRows(const std::vector<FrontCall>& calls) {
     }
 }
 
+/** A count, or that there is none. */
+std::string textOf(std::optional<double> count, int digits) {
+    if (!count.has_value()) {
+        return "not counted";
+    }
+    std::array<char, 32> text{};
+    (void)std::snprintf(text.data(), text.size(), "%.*f", digits, *count);
+    return text.data();
+}
+
+/** What work takes more than its floor, per unit of @p size. */
+std::optional<double> added(std::optional<double> work, std::optional<double> floor, double size) {
+    return work && floor ? std::optional((*work - *floor) / size) : std::nullopt;
+}
+
+/** Instructions, since a difference of two times is mostly their noise. */
+void printAddedPerByte(const std::vector<Document>& documents,
+                       const std::vector<Comparison>& loads) {
+    std::printf("\n%-44s %12s %12s %12s\n", "instructions per byte of the document", "load",
+                "tree parse", "added");
+    for (size_t i = 0; i < documents.size(); ++i) {
+        if (loads[i].wasRun()) {
+            const auto size = static_cast<double>(documents[i].size);
+            const auto load = instructionsOf("--counted-load", documents[i].path);
+            const auto parse = instructionsOf("--counted-parse", documents[i].path);
+            std::printf("%-44s %12s %12s %12s\n", documents[i].name.c_str(),
+                        textOf(added(load, 0, size), 1).c_str(),
+                        textOf(added(parse, 0, size), 1).c_str(),
+                        textOf(added(load, parse, size), 1).c_str());
+        }
+    }
+}
+
+void printAddedPerEntry(const std::vector<FrontCall>& calls, const std::vector<Comparison>& loops) {
+    std::printf(
+            "\nwhat a front call adds to a bare loop that makes its calls, on an effect that does"
+            " nothing\n%-44s %12s %12s %12s %12s\n",
+            "", "entries", "time ratio", "ns/entry", "instr./entry");
+    for (size_t i = 0; i < calls.size(); ++i) {
+        if (loops[i].wasRun()) {
+            const std::string number = std::to_string(i);
+            const double entries = calls[i].entries;
+            const auto instructions = added(instructionsOf("--counted-call", number),
+                                            instructionsOf("--counted-loop", number), entries);
+            const double seconds = (loops[i].work() - loops[i].floor()) / kNullEffectRuns;
+            std::printf("%-44s %12d %12.1f %12.1f %12s\n", calls[i].name.c_str(), calls[i].entries,
+                        loops[i].ratio(), seconds * 1e9 / entries, textOf(instructions, 0).c_str());
+        }
+    }
+}
+
+/** @param output lines of names and numbers */
+void printTableRow(const char* what, const std::string& output) {
+    std::printf("%-44s %12.0f %12.0f\n", what, numberBehind("allocations", output).value(),
+                numberBehind("bytes", output).value());
+}
+
+void printTableRows() {
+    std::printf("\n%-44s %12s %12s\n", "heap that static tables keep", "allocations", "bytes");
+    const auto loaded = outputOf(ORMEL_LOAD_COSTS " " ORMEL_LIBRARY);
+    check(loaded.has_value(), "loading the library");
+    printTableRow("after dlopen", *loaded);
+    printTableRow("added by the first load of a document",
+                  outputOfTask("--heap-of-first-use", kTablet));
+}
+
 // libxml2 prints errors through a C-style variadic function.
 // NOLINTNEXTLINE(cert-dcl50-cpp)
 void ignoreXmlError(void*, const char*, ...) {}
@@ -158,7 +272,8 @@ void run() {
     std::vector<Comparison> loads = compareAll(documents, compareLoad);
     std::vector<Comparison> firsts = {compareFirst(kTablet)};
     std::vector<Comparison> keeping = compareAll(calls, compareOnKeepingEffect);
-    for (std::vector<Comparison>* const comparisons : {&loads, &firsts, &keeping}) {
+    std::vector<Comparison> loops = compareAll(calls, compareOnNullEffect);
+    for (std::vector<Comparison>* const comparisons : {&loads, &firsts, &keeping, &loops}) {
         registerAll(*comparisons);
     }
     SilentReporter reporter;
@@ -172,6 +287,9 @@ void run() {
         printRow(calls[i].name + " / its calls alone", keeping[i].ratio(), 1.5);
     }
     printAllocationRows(calls);
+    printAddedPerEntry(calls, loops);
+    printAddedPerByte(documents, loads);
+    printTableRows();
 }
 
 /** Does the task of that name, if there is one. */
