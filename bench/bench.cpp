@@ -143,13 +143,10 @@ void printRow(const std::string& what, double figure, double reach) {
     }
 }
 
-void printLoadRows(const std::vector<Document>& documents, const std::vector<Comparison>& loads) {
-    std::map<std::string, double> perByte;
-    for (size_t i = 0; i < documents.size(); ++i) {
-        perByte[documents[i].name] = loads[i].work() / static_cast<double>(documents[i].size);
-        printRow("whole load / tree parse alone, " + documents[i].name, loads[i].ratio(), 0.85);
+void printLoadRows(const std::vector<Comparison>& loads) {
+    for (const Comparison& load : loads) {
+        printRow("whole load / tree parse alone, " + load.name(), load.ratio(), 0.85);
     }
-    printRow("load per byte, 10 MB / 100 KB", perByte["10 MB"] / perByte["100 KB"], 1.25);
 }
 
 void printHeapRows(const std::vector<Document>& documents) {
@@ -206,21 +203,33 @@ std::optional<double> added(std::optional<double> work, std::optional<double> fl
     return work && floor ? std::optional((*work - *floor) / size) : std::nullopt;
 }
 
-/** Instructions, since a difference of two times is mostly their noise. */
+/**
+ * Instructions, since the difference of two times is mostly their noise, and a long work is
+ * interrupted more often than a short one.
+ */
 void printAddedPerByte(const std::vector<Document>& documents,
                        const std::vector<Comparison>& loads) {
     std::printf("\n%-44s %12s %12s %12s\n", "instructions per byte of the document", "load",
                 "tree parse", "added");
+    std::map<std::string, double> perByte;
     for (size_t i = 0; i < documents.size(); ++i) {
-        if (loads[i].wasRun()) {
-            const auto size = static_cast<double>(documents[i].size);
-            const auto load = instructionsOf("--counted-load", documents[i].path);
-            const auto parse = instructionsOf("--counted-parse", documents[i].path);
-            std::printf("%-44s %12s %12s %12s\n", documents[i].name.c_str(),
-                        textOf(added(load, 0, size), 1).c_str(),
-                        textOf(added(parse, 0, size), 1).c_str(),
-                        textOf(added(load, parse, size), 1).c_str());
+        if (!loads[i].wasRun()) {
+            continue;
         }
+        const auto size = static_cast<double>(documents[i].size);
+        const auto load = instructionsOf("--counted-load", documents[i].path);
+        const auto parse = instructionsOf("--counted-parse", documents[i].path);
+        if (load.has_value()) {
+            perByte[documents[i].name] = *load / size;
+        }
+        std::printf("%-44s %12s %12s %12s\n", documents[i].name.c_str(),
+                    textOf(added(load, 0, size), 1).c_str(),
+                    textOf(added(parse, 0, size), 1).c_str(),
+                    textOf(added(load, parse, size), 1).c_str());
+    }
+    if (perByte.count("10 MB") > 0 && perByte.count("100 KB") > 0) {
+        printRow("instructions of a load per byte, 10 MB / 100 KB",
+                 perByte["10 MB"] / perByte["100 KB"], 1.25);
     }
 }
 
@@ -280,7 +289,7 @@ void run() {
     benchmark::RunSpecifiedBenchmarks(&reporter);
 
     std::printf("%-68s %8s %8s\n", "what, as a ratio to its floor", "ratio", "reach");
-    printLoadRows(documents, loads);
+    printLoadRows(loads);
     printRow("first load of a process / first tree parse, tablet example", firsts[0].ratio(), 1.0);
     printHeapRows(documents);
     for (size_t i = 0; i < calls.size(); ++i) {
