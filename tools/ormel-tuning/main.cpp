@@ -6,11 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "apply/Apply.h"
-#include "check/CheckCommand.h"
-#include "diff/Diff.h"
-#include "plot/Plot.h"
-#include "show/Show.h"
+#include "Commands.h"
 
 namespace {
 
@@ -29,10 +25,10 @@ int run(int argc, char** argv) {
     app.footer(kFooter);
     int status = 0;
     ormel::tools::addCheck(app, status);
-    ormel::tools::addShow(app, status);
-    ormel::tools::addApply(app, status);
+    ormel::tools::addShow(app);
+    ormel::tools::addApply(app);
     ormel::tools::addDiff(app, status);
-    ormel::tools::addPlot(app, status);
+    ormel::tools::addPlot(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -1,7 +1,3 @@
-#include "Apply.h"
-
-#include <CLI/CLI.hpp>
-
 #include <fstream>
 #include <iomanip>
 #include <iostream>
@@ -12,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "Commands.h"
 #include "Operations.h"
 #include "document/RecordingEffect.h"
 #include "document/Store.h"
@@ -161,7 +158,7 @@ void runApply(const ApplyOptions& options, std::ostream& out) {
 
 }  // namespace
 
-void addApply(CLI::App& app, int& /* status */) {
+void addApply(CLI::App& app) {
     CLI::App* const command = app.add_subcommand(
             "apply", "Show every call that a tuning document makes an effect get");
     const auto options = std::make_shared<ApplyOptions>();

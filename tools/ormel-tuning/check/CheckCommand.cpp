@@ -1,5 +1,3 @@
-#include "CheckCommand.h"
-
 #include <ormel/TagIterator.h>
 #include <unistd.h>
 
@@ -11,6 +9,7 @@
 #include <vector>
 
 #include "CheckFile.h"
+#include "Commands.h"
 #include "document/LibraryLog.h"
 #include "text/Json.h"
 #include "text/Text.h"

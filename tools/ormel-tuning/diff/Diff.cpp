@@ -1,8 +1,4 @@
-#include "Diff.h"
-
 #include <ormel/SpatializerParamCache.h>
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <iomanip>
@@ -14,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "Commands.h"
 #include "document/DocumentObjects.h"
 #include "document/LoadedDocument.h"
 #include "document/RecordingEffect.h"

@@ -1,8 +1,4 @@
-#include "Plot.h"
-
 #include <ormel/KivParameter.h>
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <memory>
@@ -13,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Commands.h"
 #include "Gnuplot.h"
 #include "document/LoadedDocument.h"
 #include "text/Names.h"
@@ -300,7 +297,7 @@ void plot(const PlotOptions& options) {
 
 }  // namespace
 
-void addPlot(CLI::App& app, int& /* status */) {
+void addPlot(CLI::App& app) {
     CLI::App* const command =
             app.add_subcommand("plot", "Draw the curves of a tuning document over frequency");
     const auto options = std::make_shared<PlotOptions>();

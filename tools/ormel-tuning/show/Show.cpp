@@ -1,7 +1,3 @@
-#include "Show.h"
-
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -11,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Commands.h"
 #include "Shown.h"
 #include "document/Store.h"
 #include "text/Names.h"
@@ -151,7 +148,7 @@ std::vector<std::string> listNames() {
 
 }  // namespace
 
-void addShow(CLI::App& app, int& /* status */) {
+void addShow(CLI::App& app) {
     CLI::App* const command = app.add_subcommand(
             "show", "Show what a tuning document becomes, and where each value comes from");
     const auto options = std::make_shared<ShowOptions>();
