@@ -3,7 +3,6 @@
 #include <ormel/KivParameter.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <cstring>
 #include <iterator>
@@ -42,12 +41,7 @@ int32_t numberOf(const std::string& name, const std::string& kind, const Names& 
 /** A number that a text is all of, in decimal, or in hex behind 0x. */
 std::optional<int32_t> wholeNumber(const std::string& text) {
     const bool isHex = text.compare(0, 2, "0x") == 0;
-    const char* const end = text.data() + text.size();
-    int32_t number = 0;
-    const auto [rest, error] =
-            std::from_chars(text.data() + (isHex ? 2 : 0), end, number, isHex ? 16 : 10);
-    const bool isNumber = error == std::errc() && rest == end;
-    return isNumber ? std::optional(number) : std::nullopt;
+    return isHex ? integerOf(text.substr(2), 16) : integerOf(text);
 }
 
 std::string hexText(int32_t number) {

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <sstream>
@@ -70,13 +71,35 @@ std::string joined(const std::vector<std::string>& texts, const std::string& sep
     return all;
 }
 
+std::string_view trimmed(std::string_view text) {
+    text = text.substr(0, text.find_last_not_of(kBlanks) + 1);
+    return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
+}
+
+std::string lowered(std::string_view text) {
+    std::string lower(text);
+    for (char& letter : lower) {
+        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    }
+    return lower;
+}
+
+std::optional<int32_t> integerOf(std::string_view text, int base) {
+    // from_chars knows no plus, and would take a minus behind one.
+    if (text.size() > 1 && text[0] == '+' && text[1] != '-') {
+        text.remove_prefix(1);
+    }
+    const char* const end = text.data() + text.size();
+    int32_t number = 0;
+    const auto [rest, error] = std::from_chars(text.data(), end, number, base);
+    return error == std::errc() && rest == end ? std::optional(number) : std::nullopt;
+}
+
 std::vector<std::string> partsOf(const std::string& text) {
     std::vector<std::string> parts;
     std::istringstream stream(text);
     for (std::string part; std::getline(stream, part, ',');) {
-        const size_t begin = part.find_first_not_of(' ');
-        const size_t end = part.find_last_not_of(' ');
-        parts.push_back(begin == std::string::npos ? "" : part.substr(begin, end - begin + 1));
+        parts.emplace_back(trimmed(part));
     }
     return parts;
 }
@@ -84,13 +107,11 @@ std::vector<std::string> partsOf(const std::string& text) {
 std::vector<int32_t> integersOf(const std::string& text) {
     std::vector<int32_t> numbers;
     for (const std::string& part : partsOf(text)) {
-        const char* const end = part.data() + part.size();
-        int32_t number = 0;
-        const auto [rest, error] = std::from_chars(part.data(), end, number);
-        if (error != std::errc() || rest != end) {
+        const std::optional<int32_t> number = integerOf(part);
+        if (!number.has_value()) {
             throw std::runtime_error("'" + part + "' is not an integer of 32 bits");
         }
-        numbers.push_back(number);
+        numbers.push_back(*number);
     }
     return numbers;
 }

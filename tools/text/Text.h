@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,18 @@ std::string printable(std::string text);
 
 /** The texts with @p separator between them. */
 std::string joined(const std::vector<std::string>& texts, const std::string& separator);
+
+/** What stands for blanks in a document's numbers. */
+constexpr std::string_view kBlanks = " \t\n\v\f\r";
+
+/** A text without the blanks around it. */
+std::string_view trimmed(std::string_view text);
+
+/** A text with the letters of ASCII in lower case. */
+std::string lowered(std::string_view text);
+
+/** The integer that a text is all of, its sign included; none where it does not fit 32 bits. */
+std::optional<int32_t> integerOf(std::string_view text, int base = 10);
 
 /** The integers of a comma list; any other text throws std::runtime_error, which names it. */
 std::vector<int32_t> integersOf(const std::string& text);

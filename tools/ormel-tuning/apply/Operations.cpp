@@ -16,18 +16,10 @@ namespace ormel::tools {
 
 namespace {
 
-constexpr char kBlanks[] = " \t\r";
-
-std::string trimmed(const std::string& text) {
-    const size_t begin = text.find_first_not_of(kBlanks);
-    const size_t end = text.find_last_not_of(kBlanks);
-    return begin == std::string::npos ? "" : text.substr(begin, end - begin + 1);
-}
-
 /** The first word of a trimmed text, and the rest without the blanks between. */
 std::pair<std::string, std::string> splitWord(const std::string& text) {
     const size_t end = std::min(text.find_first_of(kBlanks), text.size());
-    return {text.substr(0, end), trimmed(text.substr(end))};
+    return {text.substr(0, end), std::string(trimmed(text.substr(end)))};
 }
 
 Operation makeProfile(const std::string& arguments, const SpatializerParamArray& /* store */) {
@@ -153,7 +145,7 @@ std::vector<Operation> readScript(std::istream& script, const std::string& name,
     std::vector<Operation> operations;
     std::string text;
     for (int line = 1; std::getline(script, text); ++line) {
-        const std::string operation = trimmed(text);
+        const std::string operation(trimmed(text));
         if (operation.empty() || operation.front() == '#') {
             continue;
         }
