@@ -1,14 +1,16 @@
-// A document under check: its bytes, its elements, and what is wrong with it as XML.
+// A document under check: its elements, and what is wrong with it as XML.
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "CheckRules.h"
+#include "CheckSchema.h"
 #include "document/XmlTree.h"
 
 namespace ormel::tools {
@@ -23,48 +25,58 @@ struct DocumentAttribute {
 /** The elements of a well-formed document by their places in document order, the root's being 0. */
 class CheckDocument {
   public:
-    /** Takes a document's bytes. What keeps it from being read is appended to @p findings. */
-    CheckDocument(const std::string& text, Findings& findings);
+    /**
+     * Parses a document's bytes, and has it validated meanwhile. What keeps it from being read is
+     * appended to @p findings.
+     */
+    CheckDocument(const std::string& text, SchemaValidation& validation, Findings& findings);
 
     /** Whether it is well-formed. If it is not, there is nothing to be asked below. */
-    bool isReadable() const { return mDocument != nullptr; }
+    bool isReadable() const { return mIsReadable; }
 
-    xmlDoc* getTree() const { return mDocument.get(); }
     size_t size() const { return mElements.size(); }
-    std::string_view name(size_t element) const { return toText(mElements[element].node->name); }
+    std::string_view name(size_t element) const { return toText(mElements[element].name); }
     long line(size_t element) const { return mElements[element].line; }
     /** Place of the parent; the root is its own. */
     size_t parent(size_t element) const { return mElements[element].parent; }
     /** Place behind the last element below. */
     size_t end(size_t element) const { return mElements[element].end; }
     /** Whether nothing precedes it in its parent, not even whitespace. */
-    bool isFirstNode(size_t element) const { return mElements[element].node->prev == nullptr; }
+    bool isFirstNode(size_t element) const { return mElements[element].isFirstNode; }
     std::vector<DocumentAttribute> attributes(size_t element) const;
     /** The text of an attribute by its local name. */
     std::optional<std::string> attribute(size_t element, std::string_view name) const;
-
-    /** Place of a node's element, or of its nearest one above; of null the root's. */
-    size_t placeOf(const xmlNode* node) const;
 
     /** A finding about an element or one of its attributes. */
     Finding finding(Rule rule, size_t element, std::string what, std::string attribute = "") const;
 
   private:
+    class Reader;
+
+    // A document of 16 MiB has a million of each.
     struct Element {
-        xmlNode* node;
-        size_t parent;
-        size_t end;
-        long line;
+        const xmlChar* name;
+        uint32_t parent;
+        uint32_t end;
+        uint32_t line;
+        uint32_t firstAttribute;
+        bool isFirstNode;
+        bool hasNodes;
     };
-    struct TreeDeleter {
-        void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+    struct Attribute {
+        const xmlChar* name;
+        /** Where its text ends in that of all attributes. */
+        uint32_t textEnd;
+        bool isQualified;
     };
 
-    void number(const std::string& text);
-    void findOddities(Findings& findings) const;
+    void setLines(const std::string& text);
 
-    std::unique_ptr<xmlDoc, TreeDeleter> mDocument;
-    std::vector<Element> mElements;
+    bool mIsReadable = false;
+    XmlPointer<xmlDict> mNames;
+    std::deque<Element> mElements;
+    std::deque<Attribute> mAttributes;
+    std::string mTexts;
 };
 
 }  // namespace ormel::tools

@@ -4,6 +4,7 @@
 #include <memory>
 #include <set>
 #include <utility>
+#include <vector>
 
 #include "CheckDocument.h"
 #include "CheckMeaning.h"
@@ -14,10 +15,10 @@ namespace ormel::tools {
 
 namespace {
 
-/** What the layer of meaning has findings about, which the schema need not say again. */
-class Known {
+/** The places that the layer of meaning has findings about, which the schema need not repeat. */
+class ReportedPlaces {
   public:
-    Known(const Findings& findings, const CheckDocument& document) {
+    ReportedPlaces(const Findings& findings, const CheckDocument& document) {
         for (const Finding& finding : findings.all()) {
             if (finding.element == Finding::kNoElement) {
                 continue;
@@ -25,14 +26,14 @@ class Known {
             mElements.insert(finding.element);
             mAttributes.insert({finding.element, finding.attribute});
             if (finding.isWhole) {
-                mWholes.emplace_back(finding.element, document.end(finding.element));
+                mSubtrees.emplace_back(finding.element, document.end(finding.element));
             }
         }
-        std::sort(mWholes.begin(), mWholes.end());
+        std::sort(mSubtrees.begin(), mSubtrees.end());
     }
 
-    bool covers(const Finding& finding) const {
-        if (isInWhole(finding.element)) {
+    bool cover(const Finding& finding) const {
+        if (isInSubtree(finding.element)) {
             return true;
         }
         return finding.attribute.empty()
@@ -43,12 +44,12 @@ class Known {
 
   private:
     /** Subtrees lie in each other or apart, and there are few in each other. */
-    bool isInWhole(size_t element) const {
-        auto whole = std::upper_bound(mWholes.begin(), mWholes.end(),
-                                      std::make_pair(element, Finding::kNoElement));
-        for (int steps = 0; whole != mWholes.begin() && steps < 4; ++steps) {
-            --whole;
-            if (whole->first <= element && element < whole->second) {
+    bool isInSubtree(size_t element) const {
+        auto subtree = std::upper_bound(mSubtrees.begin(), mSubtrees.end(),
+                                        std::make_pair(element, Finding::kNoElement));
+        for (int steps = 0; subtree != mSubtrees.begin() && steps < 4; ++steps) {
+            --subtree;
+            if (subtree->first <= element && element < subtree->second) {
                 return true;
             }
         }
@@ -57,7 +58,7 @@ class Known {
 
     std::set<size_t> mElements;
     std::set<std::pair<size_t, std::string>> mAttributes;
-    std::vector<std::pair<size_t, size_t>> mWholes;
+    std::vector<std::pair<size_t, size_t>> mSubtrees;
 };
 
 void checkMeaning(const CheckDocument& document, ReadTrace& trace, Findings& findings) {
@@ -73,7 +74,6 @@ void checkMeaning(const CheckDocument& document, ReadTrace& trace, Findings& fin
 
 Findings checkFile(const std::string& path, const CheckSchema& schema) {
     const std::string text = readDocument(path);
-    // The reader frees its tree when it has read, so that the next one has the room.
     std::unique_ptr<ReadTrace> trace;
     long refusedAt = 0;
     try {
@@ -82,7 +82,8 @@ Findings checkFile(const std::string& path, const CheckSchema& schema) {
         refusedAt = refused.getLine();
     }
     Findings findings;
-    const CheckDocument document(text, findings);
+    SchemaValidation validation(schema);
+    const CheckDocument document(text, validation, findings);
     if (!document.isReadable()) {
         return findings;
     }
@@ -91,12 +92,10 @@ Findings checkFile(const std::string& path, const CheckSchema& schema) {
     } else if (trace->getElements().size() == document.size()) {
         checkMeaning(document, *trace, findings);
     }
-    Findings complaints;
-    schema.validate(document, complaints);
-    const Known known(findings, document);
-    for (const Finding& complaint : complaints.all()) {
-        if (!known.covers(complaint)) {
-            findings.add(complaint);
+    const ReportedPlaces reported(findings, document);
+    for (const Finding& found : validation.findings()) {
+        if (!reported.cover(found)) {
+            findings.add(document.finding(found.rule, found.element, found.what, found.attribute));
         }
     }
     return findings;

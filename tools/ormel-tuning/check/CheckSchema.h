@@ -1,19 +1,30 @@
 // The layer of `check` that holds documents to the schema.
 #pragma once
 
+#include <libxml/xmlschemas.h>
+
+#include <cstddef>
 #include <memory>
+#include <set>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
-#include "CheckDocument.h"
-
-// libxml2's own name.
-struct _xmlSchema;  // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+#include "CheckRules.h"
+#include "document/XmlTree.h"
 
 namespace ormel::tools {
 
-/** The text of schema/spatializer-tuning.xsd as it was when the tool was built. */
-std::string embeddedSchema();
+struct SchemaDeleter {
+    void operator()(xmlSchema* schema) const { xmlSchemaFree(schema); }
+    void operator()(xmlSchemaParserCtxt* parser) const { xmlSchemaFreeParserCtxt(parser); }
+    void operator()(xmlSchemaValidCtxt* validator) const { xmlSchemaFreeValidCtxt(validator); }
+    void operator()(xmlSchemaSAXPlugStruct* plug) const { xmlSchemaSAXUnplug(plug); }
+};
+
+template <typename Handle>
+using SchemaPointer = std::unique_ptr<Handle, SchemaDeleter>;
 
 /** A schema, ready for use. */
 class CheckSchema {
@@ -21,15 +32,41 @@ class CheckSchema {
     /** @param file path of a schema; empty for the one built in. Throws std::runtime_error. */
     explicit CheckSchema(const std::string& file);
 
-    /** Appends what the document does not keep to, an element's or attribute's first fault each. */
-    void validate(const CheckDocument& document, Findings& findings) const;
+    xmlSchema* get() const { return mSchema.get(); }
 
   private:
-    struct SchemaDeleter {
-        void operator()(_xmlSchema* schema) const;
-    };
+    SchemaPointer<xmlSchema> mSchema;
+};
 
-    std::unique_ptr<_xmlSchema, SchemaDeleter> mSchema;
+/** Holds one document to a schema while it is parsed, so that no tree of it is needed. */
+class SchemaValidation {
+  public:
+    explicit SchemaValidation(const CheckSchema& schema);
+
+    /**
+     * Passes on what a parser hands a SAX2 handler, in order. @p element is the place of the
+     * current element in document order.
+     */
+    template <typename Handler, typename... Arguments>
+    void pass(size_t element, Handler xmlSAXHandler::*handler, Arguments... arguments) {
+        mElement = element;
+        (mHandlers->*handler)(mContext, arguments...);
+    }
+
+    /** What the document does not keep to, an element's or attribute's first fault each. */
+    const std::vector<Finding>& findings() const { return mFindings.all(); }
+
+  private:
+    static void takeError(void* self, XmlError* error);
+    void add(std::string_view message);
+
+    const SchemaPointer<xmlSchemaValidCtxt> mValidator;
+    xmlSAXHandler* mHandlers = nullptr;
+    void* mContext = nullptr;
+    SchemaPointer<xmlSchemaSAXPlugStruct> mPlug;
+    size_t mElement = 0;
+    std::set<std::pair<size_t, std::string>> mFaulty;
+    Findings mFindings;
 };
 
 }  // namespace ormel::tools
