@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 
+#include <nlohmann/json.hpp>
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -19,8 +21,8 @@ using ::testing::HasSubstr;
 const std::string kTabletFile = "apply " ORMEL_EXAMPLES "/tablet-quad.xml ";
 const std::string kTablet = kTabletFile + "--profile movie ";
 /** Of version 3.2.2; the other one differs from it in what is read and in what is not. */
-const std::string kSmall = ORMEL_EXAMPLES "/../tests/tools/small.xml ";
-const std::string kChanged = ORMEL_EXAMPLES "/../tests/tools/changed.xml ";
+const std::string kSmall = ORMEL_EXAMPLES "/../tests/tools/small.xml";
+const std::string kChanged = ORMEL_EXAMPLES "/../tests/tools/changed.xml";
 
 /** Runs the tool. Its exit status, and what it writes to stdout and stderr. */
 std::pair<int, std::string> run(const std::string& arguments) {
@@ -75,12 +77,12 @@ TEST(ApplyTest, SaysWhatItCannotDo) {
             {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND",
              "ormel-tuning: stdin:4: unknown operation 'play'; there are profile, tuning, geq, "
              "device-proc, load-tuning"},
-            {"show " + kSmall + "--profile 2", "small.xml: no such list"},
-            {"show " + kSmall + "--device tv",
+            {"show " + kSmall + " --profile 2", "small.xml: no such list"},
+            {"show " + kSmall + " --device tv",
              "ormel-tuning: unknown device 'tv'; there are all_devices, speaker, wired_headphone, "
              "Bluetooth_A2DP, USB_device"},
-            {"diff " + kSmall + "x", "ormel-tuning: x: No such file or directory"},
-            {"plot " + kSmall + "-o curves.pdf", "curves.pdf: pictures are .svg or .png"},
+            {"diff " + kSmall + " x", "ormel-tuning: x: No such file or directory"},
+            {"plot " + kSmall + " -o curves.pdf", "curves.pdf: pictures are .svg or .png"},
     };
     for (const auto& [arguments, end] : failures) {
         const auto [status, output] = run(arguments);
@@ -106,8 +108,8 @@ END)");
 }
 
 TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
-    const std::string speaker = kSmall + "--profile 1 --device speaker";
-    const std::string wide = kSmall + "--device default_internal_speaker";
+    const std::string speaker = kSmall + " --profile 1 --device speaker";
+    const std::string wide = kSmall + " --device default_internal_speaker";
     const std::pair<std::string, std::string> cases[] = {
             {kSmall,
              "line 29     tuning wide 'n' low: endpoint speaker, mono false, output_channels 4, "
@@ -130,7 +132,7 @@ TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
              "          virtualizer_enable 1, endpoint speaker, orientation 1, output_mix_matrix "
              "15, 24, 16384, 0,\n"
              "          0, 16384, 11583, 11583, 8192, 8192, 16384, "},
-            {kSmall + "--profile 1 --device all_devices",
+            {kSmall + " --profile 1 --device all_devices",
              "    gebs       [3]  graphic equalizer bands: count, frequencies, gains  line 15\n"},
             {wide,
              "\n                    lines 29, 34, 35, 36, 37, 38\n"
@@ -173,8 +175,8 @@ TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
 TEST(DiffTest, ComparesWhatTheEffectGetsOrWhatTheDocumentsSay) {
     // The effect gets no graphic equalizer that is not 20 bands, and cares for no order.
     const std::tuple<std::string, int, std::string> cases[] = {
-            {kSmall + kSmall, 0, "no differences\n"},
-            {kSmall + kChanged, 1, R"(profile 1
+            {kSmall + ' ' + kSmall, 0, "no differences\n"},
+            {kSmall + ' ' + kChanged, 1, R"(profile 1
   speaker
     iebs  [5]  intelligent equalizer bands: count, frequencies, targets
           target at 1000 Hz: 32 -> 48
@@ -183,7 +185,7 @@ tuning device internal_speaker_night
   38 values in b only
 40 differences
 )"},
-            {"--document " + kChanged + kSmall, 1, R"(geq preset of profile 1
+            {"--document " + kChanged + ' ' + kSmall, 1, R"(geq preset of profile 1
     geq_gain  9 -> 8
 ieq preset 3
     ieq_target  [2]
@@ -200,6 +202,88 @@ tuning wide 'n' low
     }
 }
 
+using Json = nlohmann::json;
+
+/** What the tool answers --json with; discarded if that is no JSON. */
+Json jsonOf(const std::string& arguments) {
+    return Json::parse(run("2>/dev/null " + arguments).second, nullptr, false);
+}
+
+const std::string kScript = "apply " + kChanged + R"( --json --script - <<'END'
+device-proc deon, dom
+tuning internal_speaker=internal_speaker_night
+END)";
+
+const std::string kCheck =
+        "check --json " + kSmall + " " ORMEL_EXAMPLES "/../tests/check/misspelt-boolean.xml";
+
+TEST(JsonTest, SaysWhatIsInTheDocuments) {
+    const std::tuple<std::string, std::string, Json> cases[] = {
+            {"diff --json --document " + kChanged + ' ' + kSmall, "/differences", R"([
+    {"in": "geq preset of profile 1", "parameter": "geq_gain", "a": [9], "b": [8]},
+    {"in": "ieq preset 3", "parameter": "ieq_target", "a": [-16, 48], "b": [-16, 32]},
+    {"in": "tuning device internal_speaker_night", "parameter": "port",
+     "a": "internal_speaker", "b": null},
+    {"in": "tuning device internal_speaker_night", "parameter": "selected",
+     "a": "false", "b": null},
+    {"in": "tuning device internal_speaker_night", "parameter": "tuning",
+     "a": "wide 'n' low", "b": null},
+    {"in": "tuning wide 'n' low", "parameter": "virtual_bass_mode", "a": [1], "b": [3]}])"_json},
+            {"diff --json " + kSmall + ' ' + kChanged, "/a", kSmall},
+            {"diff --json " + kSmall + ' ' + kChanged, "/b", kChanged},
+            {"diff --json " + kSmall + ' ' + kChanged, "/differences/0", R"(
+    {"in": "profile 1", "device": "speaker", "code": "iebs",
+     "meaning": "intelligent equalizer bands: count, frequencies, targets",
+     "a": [2, 100, 1000, -16, 32], "b": [2, 100, 1000, -16, 48]})"_json},
+            {kScript, "/file", kChanged},
+            {kScript, "/operations/0", R"json(
+    {"operation": "setDeviceProcParams(deon, dom)", "calls": [], "returned": null})json"_json},
+            {kScript, "/operations/1/operation",
+             "setSelectedTuningDevice(internal_speaker, internal_speaker_night)"},
+            {kScript, "/operations/1/returned", 0},
+            // Nothing is set yet that could be read; -2 is ENOENT.
+            {kScript, "/operations/1/calls/0", R"(
+    {"call": "read", "device": "speaker", "deviceId": 2, "code": "dom",
+     "meaning": "output mode: virtualizer enable, endpoint, orientation, mix matrix",
+     "values": [], "status": -2})"_json},
+            {kScript, "/operations/1/calls/2", R"(
+    {"call": "set", "device": "speaker", "deviceId": 2, "code": "aobs",
+     "meaning": "audio optimizer bands: count, channels, frequencies, gains by channel",
+     "values": [1, 4, 50, 1, 2, 3, 4], "status": 0})"_json},
+            {kScript, "/operations/1/calls/39", R"(
+    {"call": "commit", "device": "all devices", "deviceId": 1073741824, "status": 0})"_json},
+            {kCheck, "/files/0/file", kSmall},
+            {kCheck, "/files/0/errors", 1},
+            {kCheck, "/files/0/warnings", 4},
+            {kCheck, "/files/1/findings/1", R"(
+    {"line": 10, "severity": "error", "id": "misspelt-boolean",
+     "element": "bass-extraction-enable", "attribute": "value",
+     "what": "\"no\" reads as 0; write false",
+     "remedy": "Write true or false, in small letters and without blanks."})"_json},
+            {kCheck, "/checked", 2},
+            {kCheck, "/errors", 5},
+            {kCheck, "/warnings", 4},
+            {"check --json --explain repeated-tuning", "", R"(
+    {"id": "repeated-tuning", "severity": "error",
+     "sentence": "Two tunings have one name. Devices of either get the first one.",
+     "remedy": "Give each tuning a name of its own."})"_json},
+    };
+    for (const auto& [arguments, place, expected] : cases) {
+        const Json json = jsonOf(arguments).value(Json::json_pointer(place), Json());
+        EXPECT_EQ(json, expected) << arguments << ' ' << place;
+    }
+}
+
+TEST(JsonTest, HasTheRulesThatTheTextHas) {
+    std::string text;
+    for (const Json& rule : jsonOf("check --rules --json")) {
+        EXPECT_EQ(rule.size(), 4U);
+        text += "- `" + rule.value("id", "") + "` (" + rule.value("severity", "") +
+                "): " + rule.value("sentence", "") + ' ' + rule.value("remedy", "") + '\n';
+    }
+    EXPECT_EQ(run("check --rules"), std::make_pair(0, text));
+}
+
 TEST(PlotTest, HasTheCurvesDrawn) {
     const std::string directory = ::testing::TempDir() + "ormel-plot";
     std::filesystem::create_directory(directory);
@@ -209,7 +293,7 @@ TEST(PlotTest, HasTheCurvesDrawn) {
     std::ofstream(program) << "#!/bin/sh\nexec /bin/cat\n";
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     ::setenv("PATH", directory.c_str(), 1);
-    EXPECT_EQ(run("plot " + kSmall + "-o " + picture), std::make_pair(0, std::string()));
+    EXPECT_EQ(run("plot " + kSmall + " -o " + picture), std::make_pair(0, std::string()));
     std::ifstream file(picture);
     const std::string drawn(std::istreambuf_iterator<char>(file), {});
     for (const char* const text : {
@@ -225,7 +309,7 @@ TEST(PlotTest, HasTheCurvesDrawn) {
         EXPECT_THAT(drawn, HasSubstr(text));
     }
     std::filesystem::remove_all(directory);
-    EXPECT_EQ(run("plot " + kSmall + "-o " + picture),
+    EXPECT_EQ(run("plot " + kSmall + " -o " + picture),
               std::make_pair(2, std::string("ormel-tuning: drawing takes gnuplot, which is not "
                                             "installed; Debian has it in gnuplot-nox\n")));
 }
