@@ -71,6 +71,26 @@ std::string joined(const std::vector<std::string>& texts, const std::string& sep
     return all;
 }
 
+void addToSections(const std::string& title, const std::string& text, Sections& sections) {
+    if (sections.empty() || sections.back().first != title) {
+        sections.emplace_back(title, "");
+    }
+    sections.back().second += text;
+}
+
+void printSections(const Sections& sections, std::ostream& out) {
+    std::string titles;
+    for (size_t i = 0; i < sections.size(); ++i) {
+        const auto& [title, text] = sections[i];
+        titles += (titles.empty() ? "" : ", ") + title;
+        if (i + 1 < sections.size() && sections[i + 1].second == text) {
+            continue;
+        }
+        out << (titles.empty() ? "" : "  " + titles + '\n') << text;
+        titles.clear();
+    }
+}
+
 std::string_view trimmed(std::string_view text) {
     text = text.substr(0, text.find_last_not_of(kBlanks) + 1);
     return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));

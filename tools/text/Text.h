@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ormel::tools {
@@ -42,6 +44,16 @@ std::string lowered(std::string_view text);
 
 /** The integer that a text is all of, its sign included; none where it does not fit 32 bits. */
 std::optional<int32_t> integerOf(std::string_view text, int base = 10);
+
+/** Texts under titles, in order. */
+using Sections = std::vector<std::pair<std::string, std::string>>;
+
+/** Appends a text to the last section if that has the title, else to a new one. */
+void addToSections(const std::string& title, const std::string& text, Sections& sections);
+
+/** Sections one after another with the same text share it; one without a title has no line for it.
+ */
+void printSections(const Sections& sections, std::ostream& out);
 
 /** The integers of a comma list; any other text throws std::runtime_error, which names it. */
 std::vector<int32_t> integersOf(const std::string& text);

@@ -18,6 +18,20 @@
 
 namespace ormel::tools {
 
+void to_json(Json& json, const EffectCall& call) {
+    constexpr const char* kKinds[] = {"set", "read", "commit"};
+    json = {{"call", kKinds[static_cast<size_t>(call.kind)]},
+            {"device", deviceText(call.device)},
+            {"deviceId", call.device}};
+    if (call.kind != EffectCall::Kind::COMMIT) {
+        const auto [letters, meaning] = codeText(call.code);
+        json["code"] = letters;
+        json["meaning"] = meaning;
+        json["values"] = call.values;
+    }
+    json["status"] = call.status;
+}
+
 namespace {
 
 /** Where lists of values begin, and the meanings of parameters. */
@@ -86,21 +100,6 @@ void print(const EffectCall& call, std::ostream& out) {
     }
 }
 
-Json toJson(const EffectCall& call) {
-    constexpr const char* kKinds[] = {"set", "read", "commit"};
-    Json json = {{"call", kKinds[static_cast<size_t>(call.kind)]},
-                 {"device", deviceText(call.device)},
-                 {"deviceId", call.device}};
-    if (call.kind != EffectCall::Kind::COMMIT) {
-        const auto [letters, meaning] = codeText(call.code);
-        json["code"] = letters;
-        json["meaning"] = meaning;
-        json["values"] = call.values;
-    }
-    json["status"] = call.status;
-    return json;
-}
-
 /** What came of one operation. */
 struct Outcome {
     std::string operation;
@@ -119,14 +118,9 @@ void print(const Outcome& outcome, std::ostream& out) {
     }
 }
 
-Json toJson(const Outcome& outcome) {
-    Json calls = Json::array();
-    for (const EffectCall& call : outcome.calls) {
-        calls.push_back(toJson(call));
-    }
-    Json json = {{"operation", outcome.operation}, {"calls", std::move(calls)}};
+void to_json(Json& json, const Outcome& outcome) {
+    json = {{"operation", outcome.operation}, {"calls", outcome.calls}};
     json["returned"] = outcome.status.has_value() ? Json(*outcome.status) : Json(nullptr);
-    return json;
 }
 
 /** Unusable arguments or documents throw before anything is written. */
@@ -146,7 +140,7 @@ void runApply(const ApplyOptions& options, std::ostream& out) {
         const std::optional<int32_t> status = operation.run(cache, effect);
         const Outcome outcome = {operation.text, effect.takeCalls(), status};
         if (options.json) {
-            operations.push_back(toJson(outcome));
+            operations.push_back(outcome);
         } else {
             print(outcome, out);
         }
@@ -163,30 +157,28 @@ void addApply(CLI::App& app) {
             "apply", "Show every call that a tuning document makes an effect get");
     const auto options = std::make_shared<ApplyOptions>();
     command->add_option("FILE", options->file, "Tuning document")->required();
-    CLI::Option* const profile = command->add_option(
-            "--profile", options->profile, joined(profileNames(), ", ") + ", or a number");
-    std::vector<CLI::Option*> steps = {profile};
-    steps.push_back(
-            command->add_flag("--ormel-content", options->ormelContent,
-                              "Apply the profile as for content in the maker's own encoding"));
-    steps.push_back(command->add_option("--tuning", options->tunings,
-                                        "Select a tuning device for a port first; may be repeated")
-                            ->type_name("PORT=DEVICE")
-                            ->allow_extra_args(false));
-    steps.push_back(
-            command->add_option("--geq", options->gains,
-                                "Set the profile's graphic-equalizer gains first, as 0,16,-8")
-                    ->type_name("GAINS"));
-    steps.push_back(command->add_option("--device-proc", options->deviceProc,
-                                        "Effect parameters that belong to the device processing, "
-                                        "as aoon,dom; they reach the effect whatever the content")
-                            ->type_name("CODES"));
+    command->add_option("--profile", options->profile,
+                        joined(profileNames(), ", ") + ", or a number");
+    command->add_flag("--ormel-content", options->ormelContent,
+                      "Apply the profile as for content in the maker's own encoding");
+    command->add_option("--tuning", options->tunings,
+                        "Select a tuning device for a port first; may be repeated")
+            ->type_name("PORT=DEVICE")
+            ->allow_extra_args(false);
+    command->add_option("--geq", options->gains,
+                        "Set the profile's graphic-equalizer gains first, as 0,16,-8")
+            ->type_name("GAINS");
+    command->add_option("--device-proc", options->deviceProc,
+                        "Effect parameters that belong to the device processing, as aoon,dom; they "
+                        "reach the effect whatever the content")
+            ->type_name("CODES");
     CLI::Option* const script =
             command->add_option("--script", options->script,
                                 "Do these operations instead, one a line; - reads standard input")
                     ->type_name("FILE");
-    for (CLI::Option* const step : steps) {
-        script->excludes(step);
+    for (const char* const step :
+         {"--profile", "--ormel-content", "--tuning", "--geq", "--device-proc"}) {
+        script->excludes(command->get_option(step));
     }
     command->add_flag("--verbose", options->verbose, "Print all messages of the library to stderr");
     command->add_flag("--json", options->json,

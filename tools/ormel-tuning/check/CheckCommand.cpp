@@ -16,6 +16,24 @@
 
 namespace ormel::tools {
 
+void to_json(Json& json, const RuleRow& row) {
+    json = {{"id", row.id},
+            {"severity", severityName(row.severity)},
+            {"sentence", row.sentence},
+            {"remedy", row.remedy}};
+}
+
+void to_json(Json& json, const Finding& finding) {
+    const RuleRow& row = rowOf(finding.rule);
+    json = {{"line", finding.line},
+            {"severity", severityName(row.severity)},
+            {"id", row.id},
+            {"element", finding.elementName},
+            {"attribute", finding.attribute},
+            {"what", finding.what},
+            {"remedy", row.remedy}};
+}
+
 namespace {
 
 constexpr int kFindings = 1;
@@ -95,21 +113,10 @@ void printText(const std::string& file, Findings& findings, const Style& style) 
 }
 
 Json jsonOf(const std::string& file, Findings& findings) {
-    Json list = Json::array();
-    for (const Finding& finding : findings.sorted()) {
-        const RuleRow& row = rowOf(finding.rule);
-        list.push_back({{"line", finding.line},
-                        {"severity", severityName(row.severity)},
-                        {"id", row.id},
-                        {"element", finding.elementName},
-                        {"attribute", finding.attribute},
-                        {"what", finding.what},
-                        {"remedy", row.remedy}});
-    }
     return {{"file", file},
             {"errors", findings.countOf(Severity::ERROR)},
             {"warnings", findings.countOf(Severity::WARNING)},
-            {"findings", std::move(list)}};
+            {"findings", findings.sorted()}};
 }
 
 std::string summaryOf(const Totals& totals) {
@@ -119,20 +126,13 @@ std::string summaryOf(const Totals& totals) {
            countText(totals.filesWithFindings, "file", "files");
 }
 
-Json jsonOf(const RuleRow& row) {
-    return {{"id", row.id},
-            {"severity", severityName(row.severity)},
-            {"sentence", row.sentence},
-            {"remedy", row.remedy}};
-}
-
 void explain(const CheckOptions& options) {
     const RuleRow* const row = findRule(options.explain);
     if (row == nullptr) {
         throw std::runtime_error("there is no rule '" + options.explain + "'; see check --rules");
     }
     if (options.json) {
-        printJson(jsonOf(*row), std::cout);
+        printJson(*row, std::cout);
         return;
     }
     std::cout << row->id << " (" << severityName(row->severity) << ")\n"
@@ -141,16 +141,13 @@ void explain(const CheckOptions& options) {
 
 /** A list in Markdown. */
 void printRules(const CheckOptions& options) {
-    Json rules = Json::array();
-    for (const RuleRow& row : allRules()) {
-        rules.push_back(jsonOf(row));
-        if (!options.json) {
-            std::cout << "- `" << row.id << "` (" << severityName(row.severity)
-                      << "): " << row.sentence << ' ' << row.remedy << '\n';
-        }
-    }
     if (options.json) {
-        printJson(rules, std::cout);
+        printJson(allRules(), std::cout);
+        return;
+    }
+    for (const RuleRow& row : allRules()) {
+        std::cout << "- `" << row.id << "` (" << severityName(row.severity) << "): " << row.sentence
+                  << ' ' << row.remedy << '\n';
     }
 }
 

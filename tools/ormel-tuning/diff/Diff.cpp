@@ -54,14 +54,18 @@ using Items = std::map<std::pair<int32_t, std::string>, Item>;
 /** The lists or objects of a document, by title. */
 using Groups = std::map<std::string, Items>;
 
+/** An item of two documents; null in the one that lacks it. */
 struct Difference {
-    std::string group;
-    // Null in the document that lacks the item.
-    const Item* left;
-    const Item* right;
+    const Item* left = nullptr;
+    const Item* right = nullptr;
 
     const Item& item() const { return left == nullptr ? *right : *left; }
+    bool isNone() const { return left != nullptr && right != nullptr && isSame(*left, *right); }
 };
+
+/** The differences in a list or an object, and in all of them by title. */
+using Differences = std::map<Items::key_type, Difference>;
+using GroupDifferences = std::map<std::string, Differences>;
 
 Items itemsOf(const RecordingEffect& effect) {
     Items items;
@@ -117,55 +121,48 @@ Groups effectGroups(const LoadedDocument& document) {
     return groups;
 }
 
-/** Calls @p visit with each key of either map and what the two maps have under it, or null. */
-template <typename Map, typename Visit>
-void forEachPair(const Map& left, const Map& right, Visit visit) {
-    auto a = left.begin();
-    auto b = right.begin();
-    while (a != left.end() || b != right.end()) {
-        const bool takesLeft = b == right.end() || (a != left.end() && a->first <= b->first);
-        const bool takesRight = a == left.end() || (b != right.end() && b->first <= a->first);
-        const auto& key = takesLeft ? a->first : b->first;
-        visit(key, takesLeft ? &a->second : nullptr, takesRight ? &b->second : nullptr);
-        std::advance(a, takesLeft ? 1 : 0);
-        std::advance(b, takesRight ? 1 : 0);
+template <typename Map, typename Predicate>
+void eraseIf(Map& map, Predicate isUnwanted) {
+    for (auto at = map.begin(); at != map.end();) {
+        at = isUnwanted(at->second) ? map.erase(at) : std::next(at);
     }
 }
 
-std::vector<Difference> differencesOf(const Groups& left, const Groups& right) {
-    static const Items kNone;
-    std::vector<Difference> differences;
-    const auto compareGroup = [&](const std::string& group, const Items* a, const Items* b) {
-        forEachPair(a == nullptr ? kNone : *a, b == nullptr ? kNone : *b,
-                    [&](const auto& /* key */, const Item* inLeft, const Item* inRight) {
-                        if (inLeft == nullptr || inRight == nullptr || !isSame(*inLeft, *inRight)) {
-                            differences.push_back({group, inLeft, inRight});
-                        }
-                    });
+GroupDifferences differencesOf(const Groups& left, const Groups& right) {
+    GroupDifferences all;
+    const auto add = [&all](const Groups& groups, const Item* Difference::*side) {
+        for (const auto& [group, items] : groups) {
+            for (const auto& [key, item] : items) {
+                all[group][key].*side = &item;
+            }
+        }
     };
-    forEachPair(left, right, compareGroup);
-    return differences;
+    add(left, &Difference::left);
+    add(right, &Difference::right);
+    for (auto& [group, differences] : all) {
+        eraseIf(differences, [](const Difference& difference) { return difference.isNone(); });
+    }
+    eraseIf(all, [](const Differences& differences) { return differences.empty(); });
+    return all;
 }
 
-Json toJson(const Item* item) {
+/** null without an item. */
+Json jsonOf(const Item* item) {
     if (item == nullptr) {
         return nullptr;
     }
     return item->text.empty() ? Json(item->values) : Json(item->text);
 }
 
-Json toJson(const Difference& difference) {
+Json jsonOf(const std::string& group, const Difference& difference) {
     const Item& item = difference.item();
-    Json json = {{"in", difference.group}};
+    Json json = {{"in", group}};
     if (item.code != 0) {
-        json["device"] = item.part;
-        json["code"] = item.name;
-        json["meaning"] = item.meaning;
+        json.update({{"device", item.part}, {"code", item.name}, {"meaning", item.meaning}});
     } else {
         json["parameter"] = item.name;
     }
-    json["a"] = toJson(difference.left);
-    json["b"] = toJson(difference.right);
+    json.update({{"a", jsonOf(difference.left)}, {"b", jsonOf(difference.right)}});
     return json;
 }
 
@@ -280,48 +277,31 @@ std::string describe(const Difference& difference, const Style& style) {
 }
 
 /** The differences of one group; devices with the same ones share them. */
-void printGroup(const std::vector<Difference>& differences, const Style& style, std::ostream& out) {
-    std::vector<std::pair<std::string, std::string>> parts;
-    for (const Difference& difference : differences) {
-        const std::string& part = difference.item().part;
-        if (parts.empty() || parts.back().first != part) {
-            parts.emplace_back(part, "");
-        }
-        parts.back().second += describe(difference, style);
+void printGroup(const Differences& differences, const Style& style, std::ostream& out) {
+    Sections sections;
+    for (const auto& [key, difference] : differences) {
+        addToSections(difference.item().part, describe(difference, style), sections);
     }
-    std::string title;
-    for (size_t i = 0; i < parts.size(); ++i) {
-        title += (title.empty() ? "" : ", ") + parts[i].first;
-        if (i + 1 < parts.size() && parts[i + 1].second == parts[i].second) {
-            continue;
-        }
-        out << (title.empty() ? "" : "  " + title + '\n') << parts[i].second;
-        title.clear();
-    }
+    printSections(sections, out);
 }
 
-void print(const std::vector<Difference>& differences, const Groups& left, const Groups& right,
+void print(const GroupDifferences& all, const Groups& left, const Groups& right,
            std::ostream& out) {
     const Style style;
-    for (auto begin = differences.begin(); begin != differences.end();) {
-        const auto end = std::find_if(begin, differences.end(), [begin](const Difference& other) {
-            return other.group != begin->group;
-        });
-        const auto size = static_cast<size_t>(end - begin);
-        const std::string count = countText(size, "value", "values") + " in ";
-        out << style.heading(begin->group) << '\n';
-        if (left.count(begin->group) == 0) {
+    size_t total = 0;
+    for (const auto& [group, differences] : all) {
+        total += differences.size();
+        const std::string count = countText(differences.size(), "value", "values") + " in ";
+        out << style.heading(group) << '\n';
+        if (left.count(group) == 0) {
             out << "  " << style.added(count + "b only") << '\n';
-        } else if (right.count(begin->group) == 0) {
+        } else if (right.count(group) == 0) {
             out << "  " << style.removed(count + "a only") << '\n';
         } else {
-            printGroup({begin, end}, style, out);
+            printGroup(differences, style, out);
         }
-        begin = end;
     }
-    out << (differences.empty() ? "no differences"
-                                : countText(differences.size(), "difference", "differences"))
-        << '\n';
+    out << (total == 0 ? "no differences" : countText(total, "difference", "differences")) << '\n';
 }
 
 struct DiffOptions {
@@ -338,18 +318,19 @@ bool diff(const DiffOptions& options, std::ostream& out) {
     const auto groupsOf = options.ofObjects ? objectGroups : effectGroups;
     const Groups leftGroups = groupsOf(left);
     const Groups rightGroups = groupsOf(right);
-    const std::vector<Difference> differences = differencesOf(leftGroups, rightGroups);
+    const GroupDifferences all = differencesOf(leftGroups, rightGroups);
     if (!options.json) {
-        print(differences, leftGroups, rightGroups, out);
-        return !differences.empty();
+        print(all, leftGroups, rightGroups, out);
+        return !all.empty();
     }
     Json list = Json::array();
-    for (const Difference& difference : differences) {
-        list.push_back(toJson(difference));
+    for (const auto& [group, differences] : all) {
+        for (const auto& [key, difference] : differences) {
+            list.push_back(jsonOf(group, difference));
+        }
     }
-    printJson(Json{{"a", options.left}, {"b", options.right}, {"differences", std::move(list)}},
-              out);
-    return !differences.empty();
+    printJson({{"a", options.left}, {"b", options.right}, {"differences", list}}, out);
+    return !all.empty();
 }
 
 }  // namespace

@@ -132,7 +132,7 @@ void show(const ShowOptions& options, std::ostream& out) {
                                                       : options.file + ": no such list");
     }
     if (options.json) {
-        printJson(toJson(shown), out);
+        printJson(shown, out);
     } else {
         printText(shown, out);
     }

@@ -115,22 +115,11 @@ std::string describe(const ShownEntry& shown, const Style& style) {
 void print(const ShownList& shown, const Style& style, std::ostream& out) {
     const std::string count = countText(shown.entries.size(), "entry", "entries");
     out << style.heading(shown.title + ": " + count) << '\n';
-    std::vector<std::pair<int32_t, std::string>> sections;
+    Sections sections;
     for (const ShownEntry& entry : shown.entries) {
-        if (sections.empty() || sections.back().first != entry.entry.device) {
-            sections.emplace_back(entry.entry.device, "");
-        }
-        sections.back().second += describe(entry, style);
+        addToSections(deviceText(entry.entry.device), describe(entry, style), sections);
     }
-    std::string devices;
-    for (size_t i = 0; i < sections.size(); ++i) {
-        devices += (devices.empty() ? "" : ", ") + deviceText(sections[i].first);
-        if (i + 1 < sections.size() && sections[i + 1].second == sections[i].second) {
-            continue;
-        }
-        out << "  " << devices << '\n' << sections[i].second;
-        devices.clear();
-    }
+    printSections(sections, out);
 }
 
 /** A field as "name value". */

@@ -32,6 +32,6 @@ struct Shown {
 
 void printText(const Shown& shown, std::ostream& out);
 
-Json toJson(const Shown& shown);
+void to_json(Json& json, const Shown& shown);
 
 }  // namespace ormel::tools
