@@ -8,12 +8,67 @@
 #include <vector>
 
 #include "Commands.h"
-#include "Shown.h"
+#include "ShowText.h"
+#include "document/DocumentObjects.h"
+#include "document/EntryOrigins.h"
+#include "document/LoadedDocument.h"
 #include "document/Store.h"
+#include "text/Json.h"
 #include "text/Names.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
+
+void to_json(Json& json, const Shape& shape) {
+    json = Json::object();
+    for (const auto& [name, value] : shape.fields) {
+        json[name] = value;
+    }
+    if (!shape.columns.empty()) {
+        json["bands"] = Json::array();
+    }
+    for (const Shape::Column& column : shape.columns) {
+        for (size_t band = 0; band < column.values.size(); ++band) {
+            json["bands"][band][column.name] = column.values[band];
+        }
+    }
+    if (!shape.rest.empty()) {
+        json[shape.restName] = shape.rest;
+    }
+}
+
+void to_json(Json& json, const Entry& entry) {
+    const auto [letters, meaning] = codeText(entry.code);
+    json = {{"device", deviceText(entry.device)},
+            {"deviceId", entry.device},
+            {"code", letters},
+            {"meaning", meaning},
+            {"values", entry.values}};
+    if (const auto shape = shapeOf(entry.code, entry.values); shape.has_value()) {
+        json["structure"] = *shape;
+    }
+}
+
+void to_json(Json& json, const Origin& origin) {
+    json = {{"parameter", parameterName(origin.param)}, {"origin", nameOf(origin.kind)}};
+    if (origin.kind == Origin::Kind::LINE) {
+        json["line"] = origin.line;
+    }
+}
+
+void to_json(Json& json, const DocumentObject& object) {
+    json = {{"object", object.title}};
+    if (object.line != 0) {
+        json["line"] = object.line;
+    }
+    json.update(object.fields);
+    if (object.values != nullptr) {
+        Json& values = json["values"] = Json::object();
+        for (const auto& [param, list] : object.values->getValues()) {
+            values[parameterName(param)] = list;
+        }
+    }
+}
 
 namespace {
 
@@ -83,34 +138,30 @@ class Selection {
     std::optional<int32_t> mDevice;
 };
 
-ShownList shownList(const EffectList& list, const std::vector<Origins>& origins,
-                    const Selection& selection) {
-    ShownList shown = {titleOf(list), list.kind == EffectList::Kind::BUILT_IN, {}};
+/** The list's entries that are selected, with what stands behind each. */
+Json shownList(const EffectList& list, const std::vector<Origins>& origins,
+               const Selection& selection) {
+    Json entries = Json::array();
     for (size_t i = 0; i < list.entries.size(); ++i) {
         if (selection.has(list.entries[i])) {
-            shown.entries.push_back({list.entries[i], origins.empty() ? Origins() : origins[i]});
+            Json& entry = entries.emplace_back(list.entries[i]);
+            entry["from"] = origins.empty() ? Origins() : origins[i];
         }
     }
-    return shown;
+    const bool isBuiltIn = list.kind == EffectList::Kind::BUILT_IN;
+    return {{"list", titleOf(list)}, {"builtIn", isBuiltIn}, {"entries", entries}};
 }
 
 void addDocument(const LoadedDocument& document, const std::vector<EffectList>& lists,
-                 const Selection& selection, Shown& shown) {
+                 const Selection& selection, Json& shown) {
+    shown["file"] = document.file();
     if (selection.hasObjects()) {
-        shown.objects = objectsOf(document);
+        shown["objects"] = objectsOf(document);
     }
     const EntryOrigins origins(document);
     for (const EffectList& list : lists) {
         if (selection.has(list)) {
-            shown.lists.push_back(shownList(list, origins.originsOf(list), selection));
-        }
-    }
-}
-
-void addBuiltIn(const Selection& selection, Shown& shown) {
-    for (const EffectList& list : builtInLists(*makeStore())) {
-        if (selection.has(list)) {
-            shown.lists.push_back(shownList(list, {}, selection));
+            shown["lists"].push_back(shownList(list, origins.originsOf(list), selection));
         }
     }
 }
@@ -122,20 +173,22 @@ void show(const ShowOptions& options, std::ostream& out) {
         lists = document.emplace(options.file).lists();
     }
     const Selection selection(options, lists);
-    Shown shown = {options.file, {}, {}};
+    Json shown = {{"file", nullptr}, {"objects", Json::array()}, {"lists", Json::array()}};
     if (document.has_value()) {
         addDocument(*document, lists, selection, shown);
+    } else {
+        shown.erase("file");
     }
-    addBuiltIn(selection, shown);
-    if (shown.objects.empty() && shown.lists.empty()) {
+    for (const EffectList& list : builtInLists(*makeStore())) {
+        if (selection.has(list)) {
+            shown["lists"].push_back(shownList(list, {}, selection));
+        }
+    }
+    if (shown["objects"].empty() && shown["lists"].empty()) {
         throw std::runtime_error(options.file.empty() ? "that takes a FILE"
                                                       : options.file + ": no such list");
     }
-    if (options.json) {
-        printJson(shown, out);
-    } else {
-        printText(shown, out);
-    }
+    options.json ? printJson(shown, out) : printText(shown, out);
 }
 
 std::vector<std::string> listNames() {

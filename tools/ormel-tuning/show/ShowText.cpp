@@ -1,14 +1,16 @@
+#include "ShowText.h"
+
+#include <ormel/ParameterValues.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <iomanip>
 #include <iterator>
-#include <optional>
 #include <set>
 #include <sstream>
-#include <utility>
+#include <string>
+#include <vector>
 
-#include "Shown.h"
-#include "text/Names.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
@@ -27,14 +29,14 @@ constexpr int kBandNameWidth = 16;
 constexpr size_t kObjectColumn = 12;
 
 /** "lines 12, 40; version rule". */
-std::string originText(const Origins& origins) {
+std::string originText(const Json& origins) {
     std::set<long> lines;
     std::set<std::string> others;
-    for (const Origin& origin : origins) {
-        if (origin.kind == Origin::Kind::LINE) {
-            lines.insert(origin.line);
+    for (const Json& origin : origins) {
+        if (origin.contains("line")) {
+            lines.insert(origin["line"].get<long>());
         } else {
-            others.insert(nameOf(origin.kind));
+            others.insert(origin["origin"]);
         }
     }
     std::vector<std::string> numbers;
@@ -48,49 +50,45 @@ std::string originText(const Origins& origins) {
     return joined(parts, "; ");
 }
 
-void printRow(const std::string& name, const std::vector<int32_t>& values, size_t begin,
-              std::ostream& out) {
-    const size_t end = std::min(values.size(), begin + kBandsPerLine);
+/** "name value", an endpoint being better known by its name. */
+std::string fieldText(const std::string& name, const Json& value) {
+    if (value.is_array()) {
+        return name + ' ' + listText(value);
+    }
+    const bool isEndpoint = name == "endpoint" && value.is_number();
+    const std::string word = isEndpoint ? endpointName(value.get<int>()) : "";
+    const std::string text = !word.empty()       ? word
+                             : value.is_string() ? value.get<std::string>()
+                                                 : value.dump();
+    return name + ' ' + (text.empty() ? "-" : printable(text));
+}
+
+/** A line of a table, of the value of that name in each band. */
+void printRow(const std::string& name, const Json& bands, size_t begin, std::ostream& out) {
     out << std::string(kValueColumn, ' ') << std::left << std::setw(kBandNameWidth) << name
         << std::right;
-    for (size_t i = begin; i < end; ++i) {
-        out << std::setw(kBandWidth) << values[i];
+    for (size_t i = begin; i < std::min(bands.size(), begin + kBandsPerLine); ++i) {
+        out << std::setw(kBandWidth) << bands[i][name].get<int32_t>();
     }
     out << '\n';
 }
 
-/** Text for a named value, an endpoint being better known by its name. */
-std::string fieldText(const std::string& name, int32_t value) {
-    const std::string word = name == "endpoint" ? endpointName(value) : "";
-    return name + ' ' + (word.empty() ? std::to_string(value) : word);
-}
-
-void printShape(const Shape& shape, std::ostream& out) {
-    const std::string indent(kValueColumn, ' ');
+void printStructure(const Json& structure, std::ostream& out) {
     std::vector<std::string> fields;
-    for (const auto& [name, value] : shape.fields) {
-        fields.push_back(fieldText(name, value));
-    }
-    if (!shape.rest.empty()) {
-        fields.push_back(shape.restName + ' ' + listText(shape.rest));
-    }
-    if (!fields.empty()) {
-        out << indent << wrapped(joined(fields, ", "), kValueColumn) << '\n';
-    }
-    const size_t bands = shape.columns.empty() ? 0 : shape.columns.front().values.size();
-    for (size_t begin = 0; begin < bands; begin += kBandsPerLine) {
-        for (const Shape::Column& column : shape.columns) {
-            printRow(column.name, column.values, begin, out);
+    for (const auto& [name, value] : structure.items()) {
+        if (name != "bands") {
+            fields.push_back(fieldText(name, value));
         }
     }
-}
-
-void printValues(const Entry& entry, std::ostream& out) {
-    if (const auto shape = shapeOf(entry.code, entry.values); shape.has_value()) {
-        printShape(*shape, out);
-    } else if (entry.values.size() > 1) {
-        out << std::string(kValueColumn, ' ') << wrapped(listText(entry.values), kValueColumn)
+    if (!fields.empty()) {
+        out << std::string(kValueColumn, ' ') << wrapped(joined(fields, ", "), kValueColumn)
             << '\n';
+    }
+    const Json bands = structure.value("bands", Json::array());
+    for (size_t begin = 0; begin < bands.size(); begin += kBandsPerLine) {
+        for (const auto& [name, value] : bands[begin].items()) {
+            printRow(name, bands, begin, out);
+        }
     }
 }
 
@@ -101,70 +99,69 @@ std::string meaningText(const std::string& meaning, const std::string& origin, c
     return wrapped(meaning, kMeaningColumn) + (origin.empty() ? "" : gap + style.faint(origin));
 }
 
-std::string describe(const ShownEntry& shown, const Style& style) {
-    const auto [letters, meaning] = codeText(shown.entry.code);
+std::string describe(const Json& entry, const Style& style) {
+    const std::vector<int32_t> values = entry["values"];
     std::ostringstream out;
-    out << "    " << std::left << std::setw(5) << letters << std::right << std::setw(kValueWidth)
-        << valueText(shown.entry.values) << "  "
-        << meaningText(meaning, originText(shown.origins), style) << '\n';
-    printValues(shown.entry, out);
+    out << "    " << std::left << std::setw(5) << entry["code"].get<std::string>() << std::right
+        << std::setw(kValueWidth) << valueText(values) << "  "
+        << meaningText(entry["meaning"], originText(entry["from"]), style) << '\n';
+    if (entry.contains("structure")) {
+        printStructure(entry["structure"], out);
+    } else if (values.size() > 1) {
+        out << std::string(kValueColumn, ' ') << wrapped(listText(values), kValueColumn) << '\n';
+    }
     return out.str();
 }
 
 /** The entries by device. Devices one after another whose entries are the same share them. */
-void print(const ShownList& shown, const Style& style, std::ostream& out) {
-    const std::string count = countText(shown.entries.size(), "entry", "entries");
-    out << style.heading(shown.title + ": " + count) << '\n';
+void printList(const Json& list, const Style& style, std::ostream& out) {
+    const Json& entries = list["entries"];
+    out << style.heading(list["list"].get<std::string>() + ": " +
+                         countText(entries.size(), "entry", "entries"))
+        << '\n';
     Sections sections;
-    for (const ShownEntry& entry : shown.entries) {
-        addToSections(deviceText(entry.entry.device), describe(entry, style), sections);
+    for (const Json& entry : entries) {
+        addToSections(entry["device"], describe(entry, style), sections);
     }
     printSections(sections, out);
 }
 
-/** A field as "name value". */
-std::string fieldText(const std::string& name, const Json& value) {
-    const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
-    return name + ' ' + (text.empty() ? "-" : printable(text));
-}
-
-std::string fieldsText(const DocumentObject& object) {
+void printObject(const Json& object, const Style& style, std::ostream& out) {
     std::vector<std::string> fields;
-    for (const auto& [name, value] : object.fields.items()) {
-        fields.push_back(fieldText(name, value));
-    }
-    // What a tuning's start tag gives as well, and much depends on.
-    for (const Parameter param : {OUTPUT_CHANNELS, ORIENTATION}) {
-        const auto* const values = object.values;
-        if (values != nullptr && values->getValues().count(param) > 0) {
-            const Json json = firstOr0(values->getValues().at(param));
-            fields.push_back(fieldText(parameterName(param), json));
+    for (const auto& [name, value] : object.items()) {
+        if (name != "object" && name != "line" && name != "values") {
+            fields.push_back(fieldText(name, value));
         }
     }
-    return joined(fields, ", ");
-}
-
-void print(const DocumentObject& object, const Style& style, std::ostream& out) {
-    const std::string fields = fieldsText(object);
-    std::string line = object.line == 0 ? "" : "line " + std::to_string(object.line);
+    // What a tuning's start tag gives as well, and much depends on.
+    const Json values = object.value("values", Json::object());
+    for (const Parameter param : {OUTPUT_CHANNELS, ORIENTATION}) {
+        if (const auto found = values.find(parameterName(param)); found != values.end()) {
+            fields.push_back(
+                    fieldText(parameterName(param), firstOr0(found->get<std::vector<int>>())));
+        }
+    }
+    std::string line = object.contains("line") ? "line " + object["line"].dump() : "";
     line.resize(std::max(line.size() + 1, kObjectColumn), ' ');
     out << style.faint(line)
-        << wrapped(printable(object.title) + (fields.empty() ? "" : ": " + fields), kObjectColumn)
+        << wrapped(printable(object["object"]) + (fields.empty() ? "" : ": ") +
+                           joined(fields, ", "),
+                   kObjectColumn)
         << '\n';
 }
 
 }  // namespace
 
-void printText(const Shown& shown, std::ostream& out) {
+void printText(const Json& shown, std::ostream& out) {
     const Style style;
-    for (const DocumentObject& object : shown.objects) {
-        print(object, style, out);
+    for (const Json& object : shown["objects"]) {
+        printObject(object, style, out);
     }
-    bool isFirst = shown.objects.empty();
-    for (const ShownList& list : shown.lists) {
-        out << (isFirst ? "" : "\n");
-        print(list, style, out);
-        isFirst = false;
+    const char* gap = shown["objects"].empty() ? "" : "\n";
+    for (const Json& list : shown["lists"]) {
+        out << gap;
+        printList(list, style, out);
+        gap = "\n";
     }
 }
 
