@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <iterator>
 #include <optional>
 #include <sstream>
@@ -25,23 +24,15 @@ constexpr std::pair<int32_t, const char*> kDeviceNames[] = {
         {DEVICE_OUT_USB_DEVICE, "USB device"},
 };
 
-template <typename Names>
-int32_t numberOf(const std::string& name, const std::string& kind, const Names& names) {
-    std::string known;
-    int32_t number = 0;
-    for (const char* const candidate : names) {
-        if (name == candidate) {
-            return number;
-        }
-        known.append(number++ == 0 ? "" : ", ").append(candidate);
-    }
-    throw std::runtime_error("unknown " + kind + " '" + name + "'; there are " + known);
-}
-
 /** A number that a text is all of, in decimal, or in hex behind 0x. */
 std::optional<int32_t> wholeNumber(const std::string& text) {
     const bool isHex = text.compare(0, 2, "0x") == 0;
     return isHex ? integerOf(text.substr(2), 16) : integerOf(text);
+}
+
+std::string withoutBlanks(std::string name) {
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
 }
 
 std::string hexText(int32_t number) {
@@ -52,27 +43,31 @@ std::string hexText(int32_t number) {
 
 }  // namespace
 
+size_t indexOf(const std::string& name, const std::string& kind,
+               const std::vector<std::string>& names) {
+    const auto found = std::find(names.begin(), names.end(), name);
+    if (found == names.end()) {
+        throw std::runtime_error("unknown " + kind + " '" + name + "'; there are " +
+                                 joined(names, ", "));
+    }
+    return static_cast<size_t>(found - names.begin());
+}
+
 OrmSpatializerProfileId profileOf(const std::string& text) {
     const std::optional<int32_t> number = wholeNumber(text);
-    return number.has_value() ? *number : numberOf(text, "profile", kProfileNames);
+    return number.has_value() ? *number
+                              : static_cast<int32_t>(indexOf(text, "profile", profileNames()));
 }
 
 Port portOf(const std::string& text) {
-    return static_cast<Port>(numberOf(text, "port", kPortNames));
+    return static_cast<Port>(indexOf(text, "port", {std::begin(kPortNames), std::end(kPortNames)}));
 }
 
 int32_t deviceOf(const std::string& text) {
-    const std::vector<std::string> names = deviceNames();
-    std::string underscored = text;
-    std::replace(underscored.begin(), underscored.end(), ' ', '_');
-    const auto found = std::find(names.begin(), names.end(), underscored);
-    if (found != names.end()) {
-        return kDeviceNames[found - names.begin()].first;
-    }
     if (const std::optional<int32_t> number = wholeNumber(text); number.has_value()) {
         return *number;
     }
-    throw std::runtime_error("unknown device '" + text + "'; there are " + joined(names, ", "));
+    return kDeviceNames[indexOf(withoutBlanks(text), "device", deviceNames())].first;
 }
 
 int32_t codeOf(const std::string& letters) {
@@ -93,8 +88,7 @@ std::vector<std::string> profileNames() {
 std::vector<std::string> deviceNames() {
     std::vector<std::string> names;
     for (const auto& [number, name] : kDeviceNames) {
-        std::replace_copy(name, name + std::strlen(name), std::back_inserter(names.emplace_back()),
-                          ' ', '_');
+        names.push_back(withoutBlanks(name));
     }
     return names;
 }

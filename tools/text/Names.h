@@ -4,14 +4,21 @@
 #include <ormel/Parameter.h>
 #include <ormel/SpatializerParamArray.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace ormel::tools {
 
-// By name, a profile and a device by its number as well. Any other text throws std::runtime_error,
-// which says what names there are.
+/**
+ * Index of a name among all of its kind. One that is not there throws std::runtime_error, which
+ * says what there is.
+ */
+size_t indexOf(const std::string& name, const std::string& kind,
+               const std::vector<std::string>& names);
+
+// By name, a profile and a device by its number as well. Any other text throws like indexOf().
 OrmSpatializerProfileId profileOf(const std::string& text);
 Port portOf(const std::string& text);
 /** An Android output device; the blanks of its name may be given as underscores. */

@@ -53,28 +53,28 @@ struct ApplyOptions {
     bool json = false;
 };
 
-std::vector<Operation> readScriptFile(const std::string& file, const SpatializerParamArray& store) {
+std::vector<Operation> readScriptFile(const std::string& file) {
     if (file == "-") {
-        return readScript(std::cin, "stdin", store);
+        return readScript(std::cin, "stdin");
     }
     requireReadable(file);
     std::ifstream script(file);
-    return readScript(script, file, store);
+    return readScript(script, file);
 }
 
-std::vector<Operation> planOf(const ApplyOptions& options, const SpatializerParamArray& store) {
+std::vector<Operation> planOf(const ApplyOptions& options) {
     if (!options.script.empty()) {
-        return readScriptFile(options.script, store);
+        return readScriptFile(options.script);
     }
     std::vector<Operation> plan;
     if (!options.deviceProc.empty()) {
         plan.push_back(deviceProcOperation(options.deviceProc));
     }
     for (const std::string& tuning : options.tunings) {
-        plan.push_back(tuningOperation(tuning, store));
+        plan.push_back(tuningOperation(tuning));
     }
     if (!options.gains.empty()) {
-        plan.push_back(geqOperation(options.gains, options.profile));
+        plan.push_back(profileGeqOperation(options.gains, options.profile));
     }
     plan.push_back(profileOperation(options.profile, options.ormelContent));
     plan.push_back(loadTuningOperation());
@@ -131,12 +131,11 @@ void runApply(const ApplyOptions& options, std::ostream& out) {
     if (options.script.empty()) {
         profileOf(options.profile);
     }
-    SpatializerParamArray& store = processStore();
-    load(options.file, store, options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN);
+    load(options.file, processStore(), options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN);
     SpatializerParamCache cache;
     RecordingEffect effect;
     Json operations = Json::array();
-    for (const Operation& operation : planOf(options, store)) {
+    for (const Operation& operation : planOf(options)) {
         const std::optional<int32_t> status = operation.run(cache, effect);
         const Outcome outcome = {operation.text, effect.takeCalls(), status};
         if (options.json) {

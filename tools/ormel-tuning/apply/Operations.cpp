@@ -22,7 +22,7 @@ std::pair<std::string, std::string> splitWord(const std::string& text) {
     return {text.substr(0, end), std::string(trimmed(text.substr(end)))};
 }
 
-Operation makeProfile(const std::string& arguments, const SpatializerParamArray& /* store */) {
+Operation makeProfile(const std::string& arguments) {
     const auto [profile, content] = splitWord(arguments);
     if (!content.empty() && content != "ormel-content") {
         throw std::runtime_error("'" + content + "' behind the profile is not 'ormel-content'");
@@ -30,15 +30,7 @@ Operation makeProfile(const std::string& arguments, const SpatializerParamArray&
     return profileOperation(profile, !content.empty());
 }
 
-Operation makeGeq(const std::string& arguments, const SpatializerParamArray& /* store */) {
-    return geqOperation(arguments);
-}
-
-Operation makeDeviceProc(const std::string& arguments, const SpatializerParamArray& /* store */) {
-    return deviceProcOperation(arguments);
-}
-
-Operation makeLoadTuning(const std::string& arguments, const SpatializerParamArray& /* store */) {
+Operation makeLoadTuning(const std::string& arguments) {
     if (!arguments.empty()) {
         throw std::runtime_error("'" + arguments + "' behind load-tuning, which takes nothing");
     }
@@ -48,28 +40,24 @@ Operation makeLoadTuning(const std::string& arguments, const SpatializerParamArr
 struct ScriptWord {
     const char* word;
     const char* arguments;
-    Operation (*make)(const std::string& arguments, const SpatializerParamArray& store);
+    Operation (*make)(const std::string& arguments);
 };
 
 constexpr ScriptWord kScriptWords[] = {
         {"profile", "PROFILE [ormel-content]", makeProfile},
         {"tuning", "PORT=DEVICE", tuningOperation},
-        {"geq", "GAINS", makeGeq},
-        {"device-proc", "CODES", makeDeviceProc},
+        {"geq", "GAINS", geqOperation},
+        {"device-proc", "CODES", deviceProcOperation},
         {"load-tuning", "", makeLoadTuning},
 };
 
-Operation makeOperation(const std::string& line, const SpatializerParamArray& store) {
+Operation makeOperation(const std::string& line) {
     const auto [word, arguments] = splitWord(line);
-    for (const ScriptWord& known : kScriptWords) {
-        if (word == known.word) {
-            return known.make(arguments, store);
-        }
-    }
     std::vector<std::string> words;
-    std::transform(std::begin(kScriptWords), std::end(kScriptWords), std::back_inserter(words),
-                   [](const ScriptWord& known) { return known.word; });
-    throw std::runtime_error("unknown operation '" + word + "'; there are " + joined(words, ", "));
+    for (const ScriptWord& known : kScriptWords) {
+        words.emplace_back(known.word);
+    }
+    return kScriptWords[indexOf(word, "operation", words)].make(arguments);
 }
 
 }  // namespace
@@ -83,16 +71,16 @@ Operation profileOperation(const std::string& profile, bool ormelContent) {
             }};
 }
 
-Operation tuningOperation(const std::string& choice, const SpatializerParamArray& store) {
+Operation tuningOperation(const std::string& choice) {
     const size_t equals = choice.find('=');
     if (equals == std::string::npos) {
         throw std::runtime_error("'" + choice + "' is not PORT=DEVICE");
     }
     const Port port = portOf(choice.substr(0, equals));
     const std::string device = choice.substr(equals + 1);
+    SpatializerParamArray& store = SpatializerParamArray::getInstance();
     if (!store.isValidTuningDevice(port, device)) {
-        const std::string available =
-                SpatializerParamArray::getInstance().getAvailableTuningDevices(port);
+        const std::string available = store.getAvailableTuningDevices(port);
         throw std::runtime_error("unknown tuning device '" + device + "' for port " +
                                  kPortNames[port] + "; there " +
                                  (available.empty() ? "is none" : "are " + available));
@@ -111,7 +99,7 @@ Operation geqOperation(const std::string& gains) {
             }};
 }
 
-Operation geqOperation(const std::string& gains, const std::string& profile) {
+Operation profileGeqOperation(const std::string& gains, const std::string& profile) {
     Operation operation = geqOperation(gains);
     const OrmSpatializerProfileId id = profileOf(profile);
     operation.run = [id, setGains = std::move(operation.run)](SpatializerParamCache& cache,
@@ -140,8 +128,7 @@ Operation loadTuningOperation() {
             }};
 }
 
-std::vector<Operation> readScript(std::istream& script, const std::string& name,
-                                  const SpatializerParamArray& store) {
+std::vector<Operation> readScript(std::istream& script, const std::string& name) {
     std::vector<Operation> operations;
     std::string text;
     for (int line = 1; std::getline(script, text); ++line) {
@@ -150,7 +137,7 @@ std::vector<Operation> readScript(std::istream& script, const std::string& name,
             continue;
         }
         try {
-            operations.push_back(makeOperation(operation, store));
+            operations.push_back(makeOperation(operation));
         } catch (const std::runtime_error& error) {
             throw std::runtime_error(name + ":" + std::to_string(line) + ": " + error.what());
         }
