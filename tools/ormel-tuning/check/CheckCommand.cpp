@@ -104,10 +104,11 @@ void printText(const std::string& file, Findings& findings, const Style& style) 
                   << (isError ? style.removed(severity) : style.heading(severity)) << ": "
                   << textOf(finding) << ' ' << style.faint("[" + std::string(row.id) + "]") << '\n';
     }
-    for (const RuleRow& row : allRules()) {
-        if (const size_t count = findings.countOf(row.rule); count > Findings::kMaxPerRule) {
+    for (size_t rule = 0; rule < std::size(kRules); ++rule) {
+        const size_t count = findings.countOf(static_cast<Rule>(rule));
+        if (count > Findings::kMaxPerRule) {
             std::cout << printable(file) << ": " << count - Findings::kMaxPerRule << " more ["
-                      << row.id << "]\n";
+                      << kRules[rule].id << "]\n";
         }
     }
 }
@@ -142,10 +143,10 @@ void explain(const CheckOptions& options) {
 /** A list in Markdown. */
 void printRules(const CheckOptions& options) {
     if (options.json) {
-        printJson(allRules(), std::cout);
+        printJson(kRules, std::cout);
         return;
     }
-    for (const RuleRow& row : allRules()) {
+    for (const RuleRow& row : kRules) {
         std::cout << "- `" << row.id << "` (" << severityName(row.severity) << "): " << row.sentence
                   << ' ' << row.remedy << '\n';
     }

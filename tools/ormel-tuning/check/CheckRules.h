@@ -3,56 +3,17 @@
 
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <vector>
 
 namespace ormel::tools {
 
-/** In the order of the table. */
+/** By the rows of the table. */
 enum class Rule : size_t {
-    COMPRESSED,
-    ENCODING,
-    NOT_WELL_FORMED,
-    REFUSED,
-    SCHEMA,
-    ENTITY_REFERENCE,
-    UNKNOWN_ELEMENT,
-    UNKNOWN_ATTRIBUTE,
-    UNREAD_ELEMENT,
-    LOST_FIRST_CHILD,
-    CHILDLESS,
-    TUNING_WITHOUT_DATA,
-    WRONG_SECTION,
-    MISSING_ATTRIBUTE,
-    NOT_A_NUMBER,
-    MISSPELT_BOOLEAN,
-    OUT_OF_RANGE,
-    ROW_CUT,
-    SHORT_COLUMN,
-    UNEQUAL_COLUMNS,
-    GEQ_BAND_COUNT,
-    BAND_DEPTH,
-    IEQ_BAND_NAME,
-    INCLUDE_POSITION,
-    UNKNOWN_PRESET,
-    UNKNOWN_PRESET_TYPE,
-    LATE_IEQ,
-    OVERWRITTEN,
-    REPEATED_VALUE,
-    REPEATED_PROFILE,
-    REPEATED_ENDPOINT,
-    REPEATED_PRESET,
-    REPEATED_DEVICE,
-    REPEATED_TUNING,
-    UNKNOWN_ENDPOINT,
-    UNKNOWN_PORT,
-    UNSUPPORTED_PORT,
-    MISSING_DEFAULT_DEVICE,
-    MIX_MATRIX_LENGTH,
-    CHANNELS_NOT_SENT,
+#define ORMEL_CHECK_RULE(name, id, severity, sentence, remedy) name,
+#include "CheckRules.inc"
 };
-
-constexpr size_t kRuleCount = static_cast<size_t>(Rule::CHANNELS_NOT_SENT) + 1;
 
 enum class Severity { ERROR, WARNING };
 
@@ -60,7 +21,6 @@ enum class Severity { ERROR, WARNING };
 const char* severityName(Severity severity);
 
 struct RuleRow {
-    Rule rule;
     /** Stable: builds and documents refer to it. */
     const char* id;
     Severity severity;
@@ -70,10 +30,15 @@ struct RuleRow {
     const char* remedy;
 };
 
-/** Every rule, in the order of the enumeration. */
-const std::vector<RuleRow>& allRules();
+inline constexpr RuleRow kRules[] = {
+#define ORMEL_CHECK_RULE(name, id, severity, sentence, remedy) \
+    {id, Severity::severity, sentence, remedy},
+#include "CheckRules.inc"
+};
 
-const RuleRow& rowOf(Rule rule);
+inline const RuleRow& rowOf(Rule rule) {
+    return kRules[static_cast<size_t>(rule)];
+}
 
 /** The rule of an id, null for any other text. */
 const RuleRow* findRule(const std::string& id);
@@ -115,7 +80,7 @@ class Findings {
 
   private:
     std::vector<Finding> mFindings;
-    std::array<size_t, kRuleCount> mCounts{};
+    std::array<size_t, std::size(kRules)> mCounts{};
 };
 
 }  // namespace ormel::tools
