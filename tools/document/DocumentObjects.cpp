@@ -1,6 +1,8 @@
 #include "DocumentObjects.h"
 
 #include <map>
+#include <string>
+#include <type_traits>
 #include <utility>
 
 #include "ReadTrace.h"
@@ -26,23 +28,31 @@ class ObjectList {
     explicit ObjectList(const ReadTrace& trace) : mTrace(trace) {}
 
     template <typename Object>
-    void add(const Object& object, const std::string& title, Json fields) {
+    void add(const Object& object, const std::string& title, const Json& fields) {
         const int count = ++mCounts[title];
-        mObjects.push_back({count == 1 ? title : title + " (" + std::to_string(count) + ")",
-                            mTrace.lineOf(object), std::move(fields), parametersOf(object)});
+        Json& json = mObjects.emplace_back();
+        json["object"] = count == 1 ? title : title + " (" + std::to_string(count) + ")";
+        json["line"] = mTrace.lineOf(object);
+        json.update(fields);
+        if constexpr (std::is_base_of_v<ParameterValues, Object>) {
+            json["values"] = Json::object();
+            for (const auto& [param, values] : object.getValues()) {
+                json["values"][parameterName(param)] = values;
+            }
+        }
     }
 
-    void addHeader(Json fields) { mObjects.push_back({"document", 0, std::move(fields), nullptr}); }
+    void addHeader(const Json& fields) {
+        mObjects.push_back({{"object", "document"}});
+        mObjects.back().update(fields);
+    }
 
-    std::vector<DocumentObject> take() { return std::move(mObjects); }
+    Json take() { return std::move(mObjects); }
 
   private:
-    static const ParameterValues* parametersOf(const ParameterValues& object) { return &object; }
-    static const ParameterValues* parametersOf(const DeviceTuning& /* object */) { return nullptr; }
-
     const ReadTrace& mTrace;
     std::map<std::string, int> mCounts;
-    std::vector<DocumentObject> mObjects;
+    Json mObjects = Json::array();
 };
 
 bool isSelected(const DeviceTuning& binding, SpatializerParamArray& store) {
@@ -56,7 +66,7 @@ bool isSelected(const DeviceTuning& binding, SpatializerParamArray& store) {
 
 }  // namespace
 
-std::vector<DocumentObject> objectsOf(const LoadedDocument& document) {
+Json objectsOf(const LoadedDocument& document) {
     const DeviceData& objects = document.objects();
     ObjectList list(document.trace());
     list.addHeader(headerOf(document));

@@ -77,18 +77,18 @@ Items itemsOf(const RecordingEffect& effect) {
     return items;
 }
 
-Items itemsOf(const DocumentObject& object) {
+Items itemsOf(const Json& object) {
     Items items;
-    for (const auto& [name, field] : object.fields.items()) {
-        const std::string text = field.is_string() ? field.get<std::string>() : field.dump();
-        items[{0, name}] = {"", name, "", 0, {}, printable(text)};
-    }
-    if (object.values == nullptr) {
-        return items;
-    }
-    for (const auto& [param, values] : object.values->getValues()) {
-        if (!values.empty()) {
-            items[{0, parameterName(param)}] = {"", parameterName(param), "", 0, values};
+    for (const auto& [name, field] : object.items()) {
+        if (name == "values") {
+            for (const auto& [param, values] : field.items()) {
+                if (!values.empty()) {
+                    items[{0, param}] = {"", param, "", 0, values};
+                }
+            }
+        } else if (name != "object" && name != "line") {
+            const std::string text = field.is_string() ? field.get<std::string>() : field.dump();
+            items[{0, name}] = {"", name, "", 0, {}, printable(text)};
         }
     }
     return items;
@@ -96,8 +96,8 @@ Items itemsOf(const DocumentObject& object) {
 
 Groups objectGroups(const LoadedDocument& document) {
     Groups groups;
-    for (const DocumentObject& object : objectsOf(document)) {
-        groups.emplace(printable(object.title), itemsOf(object));
+    for (const Json& object : objectsOf(document)) {
+        groups.emplace(printable(object["object"]), itemsOf(object));
     }
     return groups;
 }

@@ -56,20 +56,6 @@ void to_json(Json& json, const Origin& origin) {
     }
 }
 
-void to_json(Json& json, const DocumentObject& object) {
-    json = {{"object", object.title}};
-    if (object.line != 0) {
-        json["line"] = object.line;
-    }
-    json.update(object.fields);
-    if (object.values != nullptr) {
-        Json& values = json["values"] = Json::object();
-        for (const auto& [param, list] : object.values->getValues()) {
-            values[parameterName(param)] = list;
-        }
-    }
-}
-
 namespace {
 
 constexpr char kObjects[] = "objects";
