@@ -44,7 +44,7 @@ inline void setUp() {
     xmlSetGenericErrorFunc(nullptr, ignoreXmlError);
 }
 
-/** The messages of the store and its front that keepMessages() kept. */
+/** The messages that keepMessages() kept. */
 inline std::vector<std::string>& keptMessages() {
     static auto& messages = *new std::vector<std::string>;
     return messages;
@@ -55,11 +55,13 @@ inline std::vector<std::string> takeMessages() {
     return std::exchange(keptMessages(), {});
 }
 
-/** From now on keeps what the store and its front say. */
+/** From now on keeps what the store, its front and the reading of a document say. */
 inline void keepMessages() {
     __android_log_set_logger([](const __android_logger_data* data, const char* message) {
-        if (std::strncmp(data->tag, "OrmSpatializerParam", 19) == 0 &&
-            std::strcmp(data->tag, "OrmSpatializerParamParser") != 0) {
+        if (std::strcmp(data->tag, "OrmSpatializerParamArray") == 0 ||
+            std::strcmp(data->tag, "OrmSpatializerParamCache") == 0 ||
+            std::strcmp(data->tag, "TuningFileParser") == 0 ||
+            std::strcmp(data->tag, "ValueSetter") == 0) {
             keptMessages().push_back(std::to_string(data->priority) + message);
         }
     });
@@ -113,15 +115,18 @@ class MemoryFile {
     ~MemoryFile() { ::close(mFd); }
 
     void write(const std::string& content) {
+        mContent = content;
         require(::ftruncate(mFd, 0) == 0);
         require(::pwrite(mFd, content.data(), content.size(), 0) ==
                 static_cast<ssize_t>(content.size()));
     }
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(mFd); }
+    const std::string& content() const { return mContent; }
 
   private:
     int mFd;
+    std::string mContent;
 };
 
 /** An effect that touches every value that it is handed, and answers what it is told to. */

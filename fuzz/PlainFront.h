@@ -15,12 +15,61 @@
 
 namespace ormel::fuzz {
 
-/** Does with a plain store what SpatializerParamCache does with the process's. */
+/**
+ * Does with a plain store what SpatializerParamCache does with the process's. Where there is no
+ * effect, its first use ends the operation with -22.
+ */
 class PlainFront {
   public:
-    PlainFront(PlainStore& store, IEffectOrm& effect) : mStore(store), mEffect(effect) {}
+    PlainFront(PlainStore& store, IEffectOrm* effect) : mStore(store), mEffect(effect) {}
 
     int32_t setProfile(int32_t profile, bool isOrmelContent) {
+        return untilNoEffect([&] { return applyProfile(profile, isOrmelContent); });
+    }
+
+    void setOrmelContentProfile(int32_t profile) {
+        untilNoEffect([&] {
+            applyBuiltIn(profile);
+            return 0;
+        });
+    }
+
+    int32_t loadTuning() {
+        return untilNoEffect([&] { return applyTunings(); });
+    }
+
+    int32_t loadTuningDevice(const std::string& device) {
+        return untilNoEffect([&] { return applyTuning(device); });
+    }
+
+    int32_t setSelectedTuningDevice(int32_t port, const std::string& device) {
+        return untilNoEffect([&] { return selectTuning(port, device); });
+    }
+
+    int32_t setProfileGeqGains(const Words& gains) {
+        return untilNoEffect([&] { return applyGains(gains); });
+    }
+
+  private:
+    struct NoEffect {};
+
+    template <typename Operation>
+    static int32_t untilNoEffect(Operation operation) {
+        try {
+            return operation();
+        } catch (const NoEffect&) {
+            return -EINVAL;
+        }
+    }
+
+    IEffectOrm& effect() {
+        if (mEffect == nullptr) {
+            throw NoEffect();
+        }
+        return *mEffect;
+    }
+
+    int32_t applyProfile(int32_t profile, bool isOrmelContent) {
         mStore.say(3, "setProfile(profile=" + std::to_string(profile) +
                               ", isOrmelContent=" + (isOrmelContent ? "1)" : "0)"));
         mStore.currentProfile = profile;
@@ -37,16 +86,16 @@ class PlainFront {
             for (int32_t i = 0; i < reader.sizeInWords() && reader.next(entry); ++i) {
                 pushProfileEntry(entry, isOrmelContent);
             }
-            result = mEffect.commitEffectParams(kAllDevices);
+            result = effect().commitEffectParams(kAllDevices);
         }
         if (isOrmelContent) {
-            setOrmelContentProfile(-1);
-            setOrmelContentProfile(profile);
+            applyBuiltIn(-1);
+            applyBuiltIn(profile);
         }
         return result;
     }
 
-    void setOrmelContentProfile(int32_t profile) {
+    void applyBuiltIn(int32_t profile) {
         mStore.say(3, "getProfileParams(profile = " + std::to_string(profile) + ")");
         PlainReader reader(builtInList(profile));
         if (!reader.validate()) {
@@ -65,22 +114,22 @@ class PlainFront {
             int32_t count = kDomRoom;
             if (read(kSpeaker, kDom, buffer, count) && buffer[0] == 0) {
                 buffer[0] = 1;
-                mEffect.setEffectParam(kSpeaker, kDom, buffer.data(), count);
+                effect().setEffectParam(kSpeaker, kDom, buffer.data(), count);
             }
         }
-        mEffect.commitEffectParams(kAllDevices);
+        effect().commitEffectParams(kAllDevices);
     }
 
-    int32_t loadTuning() {
+    int32_t applyTunings() {
         mStore.say(3, "loadTuning");
         int32_t result = 0;
         for (const int32_t port : {0, 3, 4, 5}) {
-            result = loadTuningDevice(mStore.selectedDevices[port]);
+            result = applyTuning(mStore.selectedDevices[port]);
         }
         return result;
     }
 
-    int32_t loadTuningDevice(const std::string& device) {
+    int32_t applyTuning(const std::string& device) {
         mStore.say(3, "loadTuningDevice(" + device + ")");
         if (mStore.tuningLists.count(device) == 0) {
             return -EINVAL;
@@ -95,10 +144,10 @@ class PlainFront {
         for (int32_t i = 0; i < reader.sizeInWords() && reader.next(entry); ++i) {
             push(entry);
         }
-        return mEffect.commitEffectParams(kAllDevices);
+        return effect().commitEffectParams(kAllDevices);
     }
 
-    int32_t setSelectedTuningDevice(int32_t port, const std::string& device) {
+    int32_t selectTuning(int32_t port, const std::string& device) {
         const char* const name = portName(port);
         if (name == nullptr) {
             return -EINVAL;
@@ -120,10 +169,10 @@ class PlainFront {
         if (port == 0 && mStore.outputChannels >= 3) {
             updateMixMatrix(device);
         }
-        return loadTuningDevice(device);
+        return applyTuning(device);
     }
 
-    int32_t setProfileGeqGains(const Words& gains) {
+    int32_t applyGains(const Words& gains) {
         mStore.gains[mStore.currentProfile] = gains;
         Words buffer(kGeqWords);
         int32_t count = kGeqWords;
@@ -132,11 +181,10 @@ class PlainFront {
             return -EINVAL;
         }
         putGains(buffer);
-        mEffect.setEffectParam(kAllDevices, kGebs, buffer.data(), kGeqWords);
-        return mEffect.commitEffectParams(kAllDevices);
+        effect().setEffectParam(kAllDevices, kGebs, buffer.data(), kGeqWords);
+        return effect().commitEffectParams(kAllDevices);
     }
 
-  private:
     static constexpr int32_t kAllDevices = 0x40000000;
     static constexpr int32_t kSpeaker = 2;
     static constexpr int32_t kVbon = 0x6e6f6276;
@@ -170,13 +218,13 @@ class PlainFront {
     }
 
     void push(const PlainEntry& entry) {
-        mEffect.setEffectParam(entry.device, entry.code, entry.values.data(), entry.count);
+        effect().setEffectParam(entry.device, entry.code, entry.values.data(), entry.count);
     }
 
     /** Reads from the effect; false if it fails or gives a count that is out of range. */
     bool read(int32_t device, int32_t code, Words& buffer, int32_t& count) {
         const int32_t room = count;
-        return mEffect.getEffectParam(device, code, buffer.data(), &count) == 0 && count >= 0 &&
+        return effect().getEffectParam(device, code, buffer.data(), &count) == 0 && count >= 0 &&
                count <= room;
     }
 
@@ -245,11 +293,11 @@ class PlainFront {
         mStore.say(3, "setSelectedTuningDevice(): Update the mix matrix with tuning " + device);
         buffer.resize(1);
         buffer.insert(buffer.end(), matrix.begin(), matrix.end());
-        mEffect.setEffectParam(kSpeaker, kDom, buffer.data(), static_cast<int32_t>(buffer.size()));
+        effect().setEffectParam(kSpeaker, kDom, buffer.data(), static_cast<int32_t>(buffer.size()));
     }
 
     PlainStore& mStore;
-    IEffectOrm& mEffect;
+    IEffectOrm* const mEffect;
 };
 
 }  // namespace ormel::fuzz

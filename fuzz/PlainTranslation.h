@@ -1,14 +1,12 @@
 // A plain load of a tuning document's objects into a store.
 #pragma once
 
-#include <ormel/DeviceData.h>
-#include <ormel/TuningFileParser.h>
-
 #include <cstdint>
 #include <map>
 #include <string>
 
 #include "PlainList.h"
+#include "PlainReading.h"
 #include "PlainStore.h"
 #include "PlainTranslators.h"
 
@@ -17,16 +15,16 @@ namespace ormel::fuzz {
 /** Does with the objects of one document what the library's load does. */
 class PlainLoad {
   public:
-    PlainLoad(DeviceData& data, PlainStore& store) : mData(data), mStore(store) {}
+    PlainLoad(PlainDocument& document, PlainStore& store) : mDocument(document), mStore(store) {}
 
     /** @return false, with part of the work done, when there is too much of it */
     bool run() {
         takeInternalSpeaker();
-        for (Profile* const profile : mData.getProfiles()) {
-            loadProfile(*profile);
+        for (Profile& profile : mDocument.profiles) {
+            loadProfile(profile);
         }
-        for (DeviceTuning* const binding : mData.getDeviceTunings()) {
-            loadTuning(*binding);
+        for (const DeviceTuning& binding : mDocument.deviceTunings) {
+            loadTuning(binding);
         }
         nameMissingDevices();
         return mWordCount <= kMaxWords;
@@ -34,9 +32,9 @@ class PlainLoad {
 
   private:
     Tuning* findTuning(const std::string& name) const {
-        for (Tuning* const tuning : mData.getTunings()) {
-            if (tuning->getName() == name) {
-                return tuning;
+        for (Tuning& tuning : mDocument.tunings) {
+            if (tuning.getName() == name) {
+                return &tuning;
             }
         }
         return nullptr;
@@ -44,9 +42,9 @@ class PlainLoad {
 
     /** The tuning of the first binding of the internal speaker's selected device. */
     Tuning* findInternalSpeaker() const {
-        for (const DeviceTuning* const binding : mData.getDeviceTunings()) {
-            if (binding->getDevice() == mStore.selectedDevices[0]) {
-                return findTuning(binding->getTuning());
+        for (const DeviceTuning& binding : mDocument.deviceTunings) {
+            if (binding.getDevice() == mStore.selectedDevices[0]) {
+                return findTuning(binding.getTuning());
             }
         }
         return nullptr;
@@ -86,15 +84,15 @@ class PlainLoad {
         PlainList list;
         list.device = 0x40000000;
         add(list, profile, 2);
-        for (GeqPreset* const preset : mData.getGeqPresets()) {
-            if (preset->getProfileId() == id) {
-                add(list, *preset, 2);
-                mStore.gains.emplace(id, preset->getValues()[GEQ_GAIN]);
+        for (GeqPreset& preset : mDocument.geqPresets) {
+            if (preset.getProfileId() == id) {
+                add(list, preset, 2);
+                mStore.gains.emplace(id, preset.getValues()[GEQ_GAIN]);
             }
         }
-        for (ProfileEndpoint* const endpoint : mData.getProfileEndpoints()) {
-            if (endpoint->getProfileId() == id) {
-                addEndpoint(list, *endpoint);
+        for (ProfileEndpoint& endpoint : mDocument.profileEndpoints) {
+            if (endpoint.getProfileId() == id) {
+                addEndpoint(list, endpoint);
             }
         }
         mStore.say(3, "Profile " + std::to_string(id) +
@@ -121,9 +119,9 @@ class PlainLoad {
 
     /** Keeps the preset selected before when there is none with this id. */
     void selectPreset(int32_t id) {
-        for (IeqPreset* const preset : mData.getIeqPresets()) {
-            if (preset->getPresetId() == id) {
-                mPreset = preset;
+        for (IeqPreset& preset : mDocument.ieqPresets) {
+            if (preset.getPresetId() == id) {
+                mPreset = &preset;
                 return;
             }
         }
@@ -180,7 +178,7 @@ class PlainLoad {
     /** A short document that repeats its profiles can come to any length. */
     static constexpr size_t kMaxWords = size_t{4} << 20;
 
-    DeviceData& mData;
+    PlainDocument& mDocument;
     PlainStore& mStore;
     Words mMixMatrix;
     Words mVirtualBassMode;
@@ -193,11 +191,12 @@ class PlainLoad {
  *
  * @return false, with part of the document in @p store, when it is too long to be translated here
  */
-inline bool loadPlainly(const std::string& path, PlainStore& store) {
-    store.say(3, "loadSpatializerXMLFile(" + path + ")");
-    TuningFileParser parser;
-    require(parser.setTuningFile(path, false) == 0 && parser.getDeviceData() != nullptr);
-    return PlainLoad(*parser.getDeviceData(), store).run();
+inline bool loadPlainly(const MemoryFile& file, PlainStore& store) {
+    store.say(3, "loadSpatializerXMLFile(" + file.path() + ")");
+    const Tree tree = readTree(file.content());
+    require(rootOf(tree) != nullptr);
+    PlainDocument document = PlainReading(tree, store).read();
+    return PlainLoad(document, store).run();
 }
 
 }  // namespace ormel::fuzz

@@ -161,7 +161,7 @@ class StartingStore {
     explicit StartingStore(bool hasEarlier) : mHasEarlier(hasEarlier) {
         mFile.write(kEarlierDocument);
         if (hasEarlier) {
-            require(loadPlainly(mFile.path(), mPlain));
+            require(loadPlainly(mFile, mPlain));
             mPlain.messages.clear();
         }
     }
@@ -193,7 +193,7 @@ class StartingStore {
 void runFronts(PlainStore& plain, RecordingEffect& effect) {
     RecordingEffect plainEffect = effect;
     SpatializerParamCache cache;
-    PlainFront front(plain, plainEffect);
+    PlainFront front(plain, &plainEffect);
     for (int profile = -1; profile < 5; ++profile) {
         const bool isOrmelContent = (profile & 1) != 0;
         require(cache.setProfile(profile, &effect, isOrmelContent) ==
@@ -213,17 +213,17 @@ void runFronts(PlainStore& plain, RecordingEffect& effect) {
 }
 
 /** Loads a document into the store and plainly, and compares; twice if it is accepted. */
-void compareWithPlain(const std::string& path, StartingStore& start, size_t displacement,
+void compareWithPlain(const MemoryFile& file, StartingStore& start, size_t displacement,
                       RecordingEffect& effect) {
     auto& array = SpatializerParamArray::getInstance();
     PlainStore plain = start.plain();
     start.make();
-    if (!loads(path)) {
+    if (!loads(file.path())) {
         requireSame(array, plain);
         return;
     }
     StartingStore::forget();
-    if (!loadPlainly(path, plain)) {
+    if (!loadPlainly(file, plain)) {
         return;
     }
     requireSameMessages(plain);
@@ -231,7 +231,7 @@ void compareWithPlain(const std::string& path, StartingStore& start, size_t disp
 
     const std::vector<char> displaced(displacement);
     start.make();
-    require(loads(path));
+    require(loads(file.path()));
     StartingStore::forget();
     requireSame(array, plain);
     runFronts(plain, effect);
@@ -270,6 +270,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     static StartingStore starts[] = {StartingStore(false), StartingStore(true)};
     StartingStore& start = starts[(settings & 64) != 0 ? 1 : 0];
-    compareWithPlain(file.path(), start, size * 7 % 4096, effect);
+    compareWithPlain(file, start, size * 7 % 4096, effect);
     return 0;
 }

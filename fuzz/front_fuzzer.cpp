@@ -39,12 +39,14 @@ int32_t value(Input& input) {
     return small == 0xff ? input.word() : small;
 }
 
-void readAnswer(Input& input, TouchingEffect& effect) {
+/** @return whether there is an effect */
+bool readAnswer(Input& input, TouchingEffect& effect) {
     const uint8_t settings = input.byte();
     effect.readStatus = (settings & 1) != 0 ? -5 : 0;
     effect.answerValue = (settings & 2) != 0 ? input.word() : 0;
     effect.answersCount = (settings & 4) != 0;
     effect.answerCount = (settings & 8) != 0 ? input.word() : input.byte();
+    return (settings & 0x70) != 0x70;
 }
 
 Words gains(Input& input) {
@@ -66,10 +68,6 @@ void edit(Input& input, Words& list, Words& plainList) {
         }
         edited->resize(edited->size() - cut % edited->size());
         (*edited)[place % edited->size()] = word;
-        // With backward counts, entries are read again up to the announced number of times.
-        if (edited->size() > 1) {
-            (*edited)[1] = std::min((*edited)[1], static_cast<int32_t>(edited->size()));
-        }
     }
 }
 
@@ -198,7 +196,7 @@ class Stores {
         mDocument.write(surroundDocument());
         mOtherDocuments[0].write(stereoDocument());
         mOtherDocuments[1].write(documentWithoutTunings());
-        require(loadPlainly(mDocument.path(), mLoaded));
+        require(loadPlainly(mDocument, mLoaded));
         for (int32_t profile = -1; profile < 8; ++profile) {
             mLoaded.gains[profile] = {1, 2, 3};
         }
@@ -230,9 +228,9 @@ class Stores {
 
     /** Loads a further document into both. */
     void load(uint8_t number) {
-        const std::string path = mOtherDocuments[number % 2].path();
-        array().loadSpatializerXMLFile(path);
-        require(loadPlainly(path, plain));
+        const MemoryFile& document = mOtherDocuments[number % 2];
+        array().loadSpatializerXMLFile(document.path());
+        require(loadPlainly(document, plain));
         requireSameMessages(plain);
     }
 
@@ -270,52 +268,53 @@ class Stores {
 /** Runs an operation of the front on both stores and compares. */
 void runFrontOperation(uint8_t operation, Input& input, PlainStore& plain) {
     SpatializerParamCache cache;
-    RecordingEffect effect;
-    readAnswer(input, effect);
-    RecordingEffect plainEffect = effect;
-    PlainFront front(plain, plainEffect);
+    RecordingEffect recorder;
+    const bool isThere = readAnswer(input, recorder);
+    RecordingEffect plainRecorder = recorder;
+    IEffectOrm* const effect = isThere ? &recorder : nullptr;
+    PlainFront front(plain, isThere ? &plainRecorder : nullptr);
     switch (operation) {
         case 0: {
             const int32_t profile = number(input);
             const bool isOrmelContent = (input.byte() & 1) != 0;
-            require(cache.setProfile(profile, &effect, isOrmelContent) ==
+            require(cache.setProfile(profile, effect, isOrmelContent) ==
                     front.setProfile(profile, isOrmelContent));
             break;
         }
         case 1: {
             const int32_t profile = number(input);
-            cache.setOrmelContentProfile(profile, &effect);
+            cache.setOrmelContentProfile(profile, effect);
             front.setOrmelContentProfile(profile);
             break;
         }
         case 2:
-            require(cache.loadTuning(&effect) == front.loadTuning());
+            require(cache.loadTuning(effect) == front.loadTuning());
             break;
         case 3: {
             const std::string& device = nameOf(input.byte());
-            require(cache.loadTuningDevice(device, &effect) == front.loadTuningDevice(device));
+            require(cache.loadTuningDevice(device, effect) == front.loadTuningDevice(device));
             break;
         }
         case 4: {
             const int32_t port = number(input);
             const std::string& device = nameOf(input.byte());
-            require(cache.setSelectedTuningDevice(port, device, &effect) ==
+            require(cache.setSelectedTuningDevice(port, device, effect) ==
                     front.setSelectedTuningDevice(port, device));
             break;
         }
         case 5: {
             const Words values = gains(input);
-            require(cache.setProfileGeqGains(values, &effect) == front.setProfileGeqGains(values));
+            require(cache.setProfileGeqGains(values, effect) == front.setProfileGeqGains(values));
             break;
         }
         default: {
             const Words values = plain.gains[plain.currentProfile];
-            require(cache.setProfileGeqGains(cache.getProfileGeqGains(), &effect) ==
+            require(cache.setProfileGeqGains(cache.getProfileGeqGains(), effect) ==
                     front.setProfileGeqGains(values));
             break;
         }
     }
-    require(effect.calls == plainEffect.calls);
+    require(recorder.calls == plainRecorder.calls);
     requireSameMessages(plain);
 }
 

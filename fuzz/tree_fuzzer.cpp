@@ -1,36 +1,15 @@
 // The block that a document is read into, held against libxml2's own tree, node by node.
-#include <libxml/parser.h>
-#include <libxml/tree.h>
-
 #include <map>
-#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "Fuzz.h"
+#include "PlainXml.h"
 #include "tuning/DocumentReader.h"
 
 namespace ormel::fuzz {
 
 namespace {
-
-struct TreeDeleter {
-    void operator()(xmlDoc* tree) const { xmlFreeDoc(tree); }
-};
-using Tree = std::unique_ptr<xmlDoc, TreeDeleter>;
-
-struct TextDeleter {
-    void operator()(xmlChar* text) const { xmlFree(text); }
-};
-using Text = std::unique_ptr<xmlChar, TextDeleter>;
-
-std::string_view toText(const xmlChar* characters) {
-    return characters == nullptr ? "" : reinterpret_cast<const char*>(characters);
-}
-
-bool hasChildren(const xmlNode* node) {
-    return node->type == XML_ELEMENT_NODE && node->children != nullptr;
-}
 
 /** The nodes of a tree in document order, the children of references left out. */
 std::vector<const xmlNode*> nodesOf(const xmlNode* root) {
@@ -57,8 +36,7 @@ void compareAttributes(const Document& document, const Document::Node& ours,
     for (; attr != nullptr; attr = attr->next, ++attribute) {
         require(++count <= ours.attributeCount);
         require(document.text(attribute->name) == toText(attr->name));
-        require(document.text(attribute->text) ==
-                toText(Text(xmlGetProp(theirs, attr->name)).get()));
+        require(document.text(attribute->text) == textOf(theirs, attr));
     }
     require(count == ours.attributeCount);
 }
@@ -112,9 +90,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     DocumentBudget budget;
     std::string error;
     const auto document = readDocument(text, true, budget, error);
-    const fuzz::Tree tree(
-            xmlReadMemory(text.data(), static_cast<int>(text.size()), "noname.xml", nullptr, 0));
-    const xmlNode* const root = tree == nullptr ? nullptr : xmlDocGetRootElement(tree.get());
+    const fuzz::Tree tree = fuzz::readTree(text);
+    const xmlNode* const root = fuzz::rootOf(tree);
     fuzz::require((document == nullptr) == !error.empty());
     if (document != nullptr) {
         fuzz::require(root != nullptr && document->hasRoot());
