@@ -19,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+#include "AllocatedBytes.h"
+
 namespace ormel::fuzz {
 
 /** Ends the process where something that must hold does not. */
@@ -58,6 +60,7 @@ inline std::vector<std::string> takeMessages() {
 /** From now on keeps what the store, its front and the reading of a document say. */
 inline void keepMessages() {
     __android_log_set_logger([](const __android_logger_data* data, const char* message) {
+        const AllocatedBytes::Pause pause;
         if (std::strcmp(data->tag, "OrmSpatializerParamArray") == 0 ||
             std::strcmp(data->tag, "OrmSpatializerParamCache") == 0 ||
             std::strcmp(data->tag, "TuningFileParser") == 0 ||

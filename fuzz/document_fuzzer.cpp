@@ -8,6 +8,7 @@
 #include <set>
 #include <vector>
 
+#include "DocumentCost.h"
 #include "Fuzz.h"
 #include "PlainFront.h"
 #include "PlainStore.h"
@@ -143,15 +144,17 @@ void reportBound(const std::string& error) {
 }
 
 /** Loads a document and says whether it was accepted. The messages are those of this load. */
-bool loads(const std::string& path) {
+bool loads(const MemoryFile& file) {
     takeMessages();
     auto& array = SpatializerParamArray::getInstance();
-    array.loadSpatializerXMLFile(path);
+    const uint64_t bytes = bytesAllocatedBy([&] { array.loadSpatializerXMLFile(file.path()); });
     reportBound(array.getLoadError());
     const auto& messages = keptMessages();
     const bool isLoaded = std::find(messages.begin(), messages.end(),
                                     "6Spatializer Tuning XML parses error!") == messages.end();
     require(isLoaded == (array.getLoadOutcome() == SpatializerParamArray::LoadOutcome::LOADED));
+    requireLittleWork(file.content(), array.getLoadBudget(), isLoaded);
+    requireLittleMemory(file.content(), array.getLoadBudget(), bytes);
     return isLoaded;
 }
 
@@ -170,7 +173,7 @@ class StartingStore {
     void make() {
         if (sMade != this) {
             freshStore();
-            require(!mHasEarlier || loads(mFile.path()));
+            require(!mHasEarlier || loads(mFile));
         }
         sMade = this;
     }
@@ -218,7 +221,7 @@ void compareWithPlain(const MemoryFile& file, StartingStore& start, size_t displ
     auto& array = SpatializerParamArray::getInstance();
     PlainStore plain = start.plain();
     start.make();
-    if (!loads(file.path())) {
+    if (!loads(file)) {
         requireSame(array, plain);
         return;
     }
@@ -231,7 +234,7 @@ void compareWithPlain(const MemoryFile& file, StartingStore& start, size_t displ
 
     const std::vector<char> displaced(displacement);
     start.make();
-    require(loads(file.path()));
+    require(loads(file));
     StartingStore::forget();
     requireSame(array, plain);
     runFronts(plain, effect);

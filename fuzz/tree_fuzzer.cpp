@@ -1,8 +1,10 @@
 // The block that a document is read into, held against libxml2's own tree, node by node.
 #include <map>
+#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "DocumentCost.h"
 #include "Fuzz.h"
 #include "PlainXml.h"
 #include "tuning/DocumentReader.h"
@@ -89,10 +91,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string text = input.rest();
     DocumentBudget budget;
     std::string error;
-    const auto document = readDocument(text, true, budget, error);
+    std::unique_ptr<Document> document;
+    const uint64_t bytes =
+            fuzz::bytesAllocatedBy([&] { document = readDocument(text, true, budget, error); });
     const fuzz::Tree tree = fuzz::readTree(text);
     const xmlNode* const root = fuzz::rootOf(tree);
     fuzz::require((document == nullptr) == !error.empty());
+    fuzz::requireLittleWork(text, budget, document != nullptr);
+    fuzz::requireLittleMemory(text, budget, bytes);
     if (document != nullptr) {
         fuzz::require(root != nullptr && document->hasRoot());
         fuzz::compare(*document, root);
