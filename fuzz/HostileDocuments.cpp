@@ -513,6 +513,9 @@ std::vector<HostileShape> massShapes() {
         {"undeclared prefixes", {
             {kRoot + "<authorized_technologies>\n"}, {"<global_setting q:device_name=''/>\n", 50},
             {"</authorized_technologies>\n"}, {"<q:profile/>\n", 50}, {kEnd}}},
+        {"messages about one long namespace", {
+            {"<d xmlns:p='"}, {"p", 25}, {"' xmlns:q='"}, {"p", 25}, {"'>"},
+            {"<a p:x='' q:x=''/>", 50}, {"</d>"}}},
         {"many namespaces", {{"<d"}, {" xmlns:p@='p@'", 100}, {">\n</d>"}}},
         {"a namespace on every element", {{kRoot}, {"<n xmlns='n@'/>\n", 100}, {kEnd}}},
         {"many names", {{kRoot + kTuning, 0, TUNING}, {"<n@/>\n", 100}, {kTuningEnd}}},

@@ -144,6 +144,20 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
              "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e;]><d>" +
                      std::string(100000, '\n') + kProfile + "</d>",
              "refused"},
+            {"a thousand default attributes",
+             "<!DOCTYPE d [<!ATTLIST a" + numbered(" a", " CDATA ''", 1000) + ">]><d>" +
+                     repeat("<a/>", 1000) + kProfile + "</d>",
+             "refused"},
+            {"a few default attributes",
+             "<!DOCTYPE d [<!ATTLIST a x CDATA '1' xmlns:p CDATA 'p'>]><d>" +
+                     repeat("<a p:y='1'/>", 1000) + kProfile + "</d>",
+             "1 0"},
+            {"messages about one long namespace",
+             "<d xmlns:p='" + std::string(100000, 'p') + "' xmlns:q='" + std::string(100000, 'p') +
+                     "'>" + repeat("<a p:x='' q:x=''/>", 1000) + kProfile + "</d>",
+             "refused"},
+            {"messages about unknown prefixes",
+             "<d>" + repeat("<p:a/>", 100000) + kProfile + "</d>", "1 0"},
             {"an entity bomb in an attribute", bomb + "<d x='&a11;'>" + kProfile + "</d>",
              "refused"},
             {"an external entity",

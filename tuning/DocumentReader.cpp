@@ -6,6 +6,7 @@
 #include <libxml/tree.h>
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 #include <string_view>
 #include <type_traits>
@@ -29,7 +30,11 @@ std::string_view toText(const xmlChar* characters) {
 /** Takes what libxml2 has to say while this lives, on this thread. */
 class XmlErrors {
   public:
-    XmlErrors() : mHandler(xmlStructuredError), mContext(xmlStructuredErrorContext) {
+    XmlErrors(const DocumentSource& source, DocumentBudget& budget)
+        : mSource(source),
+          mBudget(budget),
+          mHandler(xmlStructuredError),
+          mContext(xmlStructuredErrorContext) {
         xmlSetStructuredErrorFunc(this, note);
     }
     XmlErrors(const XmlErrors&) = delete;
@@ -50,15 +55,23 @@ class XmlErrors {
 
     static void note(void* self, XmlError* error) {
         auto& errors = *static_cast<XmlErrors*>(self);
+        const char* const message = error->message == nullptr ? "out of memory" : error->message;
+        // Any number of errors that refuse nothing can quote one long name. Messages are cut, the
+        // texts that go into them are not.
+        errors.mBudget.setDocumentSize(errors.mSource.getSize());
+        const char* const texts[] = {message, error->str1, error->str2, error->str3};
+        for (const char* const text : texts) {
+            errors.mBudget.chargeText(text == nullptr ? 0 : std::strlen(text));
+        }
         // A failed allocation may cost a part of the document and leave the rest well-formed.
-        if (error->level == XML_ERR_FATAL || error->code == XML_ERR_NO_MEMORY) {
+        if (error->level == XML_ERR_FATAL || error->code == XML_ERR_NO_MEMORY ||
+            errors.mBudget.isSpent()) {
             errors.mAreFatal = true;
             errors.endParser();
         }
         if (!errors.mText.empty() || error->level < XML_ERR_ERROR) {
             return;
         }
-        const char* const message = error->message == nullptr ? "out of memory" : error->message;
         const std::string_view words = std::string_view(message).substr(0, kMaxMessage);
         if (error->line > 0) {
             errors.mText = "line " + std::to_string(error->line) + ": ";
@@ -76,6 +89,8 @@ class XmlErrors {
         }
     }
 
+    const DocumentSource& mSource;
+    DocumentBudget& mBudget;
     xmlParserCtxt* mParser = nullptr;
     bool mAreFatal = false;
     std::string mText;
@@ -236,8 +251,9 @@ class EventReader {
 };
 
 /**
- * Keeps libxml2 from doing more for a document's declarations than the budget allows: one long
- * parameter entity can be referred to over and over, and be read anew each time.
+ * Keeps libxml2 from doing more for a document's declarations than the budget allows. One long
+ * parameter entity can be referred to over and over, and be read anew each time. An element's
+ * default attributes are compared with one another wherever the element stands.
  */
 class DeclarationGuard {
   public:
@@ -249,6 +265,8 @@ class DeclarationGuard {
         xmlSAXHandler handler = {};
         xmlSAXVersion(&handler, 2);
         handler.getParameterEntity = onParameterEntity;
+        handler.attributeDecl = onAttributeDecl;
+        handler.startElementNs = onStart;
         handler.comment = onComment;
         handler.processingInstruction = onInstruction;
         return handler;
@@ -257,16 +275,34 @@ class DeclarationGuard {
   private:
     static xmlEntity* onParameterEntity(void* self, const xmlChar* name) {
         auto* const parser = static_cast<xmlParserCtxt*>(self);
-        auto& guard = *static_cast<DeclarationGuard*>(parser->_private);
         xmlEntity* const entity = xmlSAX2GetParameterEntity(parser, name);
-        guard.mBudget.setDocumentSize(guard.mSource.getSize());
-        guard.mBudget.chargeSteps(1);
-        guard.mBudget.chargeText(entity == nullptr ? 0 : static_cast<size_t>(entity->length));
-        if (!guard.mBudget.isSpent()) {
-            return entity;
+        const size_t length = entity == nullptr ? 0 : static_cast<size_t>(entity->length);
+        return of(parser).pay(parser, 1, length) ? entity : nullptr;
+    }
+
+    static void onAttributeDecl(void* self, const xmlChar* element, const xmlChar* name, int type,
+                                int kind, const xmlChar* text, xmlEnumeration* values) {
+        auto* const parser = static_cast<xmlParserCtxt*>(self);
+        xmlSAX2AttributeDecl(parser, element, name, type, kind, text, values);
+        if (text != nullptr) {
+            DeclarationGuard& guard = of(parser);
+            guard.pay(parser, ++guard.mDefaults[xmlDictLookup(parser->dict, element, -1)], 0);
         }
-        xmlStopParser(parser);
-        return nullptr;
+    }
+
+    static void onStart(void* self, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+                        int namespaceCount, const xmlChar** namespaces, int attributeCount,
+                        int defaultCount, const xmlChar** attributes) {
+        auto* const parser = static_cast<xmlParserCtxt*>(self);
+        xmlSAX2StartElementNs(parser, name, prefix, uri, namespaceCount, namespaces, attributeCount,
+                              defaultCount, attributes);
+        // Ending the parser frees the attributes' texts.
+        DeclarationGuard& guard = of(parser);
+        if (const size_t count = guard.countDefaults(parser->dict, name, prefix); count > 0) {
+            const size_t others =
+                    static_cast<size_t>(namespaceCount) + static_cast<size_t>(attributeCount);
+            guard.pay(parser, count * (count + others), 0);
+        }
     }
 
     // Among declarations these would be kept, and nobody reads them.
@@ -283,8 +319,34 @@ class DeclarationGuard {
         }
     }
 
+    static DeclarationGuard& of(xmlParserCtxt* parser) {
+        return *static_cast<DeclarationGuard*>(parser->_private);
+    }
+
+    /** Ends the parser when that is too much. @return whether it is not */
+    bool pay(xmlParserCtxt* parser, size_t steps, size_t textBytes) {
+        mBudget.setDocumentSize(mSource.getSize());
+        mBudget.chargeSteps(steps);
+        mBudget.chargeText(textBytes);
+        if (mBudget.isSpent()) {
+            xmlStopParser(parser);
+        }
+        return !mBudget.isSpent();
+    }
+
+    /** Default attributes that were declared for an element. */
+    size_t countDefaults(xmlDict* names, const xmlChar* name, const xmlChar* prefix) const {
+        if (mDefaults.empty()) {
+            return 0;
+        }
+        const auto found = mDefaults.find(xmlDictQLookup(names, prefix, name));
+        return found == mDefaults.end() ? 0 : found->second;
+    }
+
     const DocumentSource& mSource;
     DocumentBudget& mBudget;
+    /** By the element's name, prefix included, as it stands in the parser's dictionary. */
+    std::map<const xmlChar*, size_t> mDefaults;
 };
 
 /** Copies libxml2's tree, references to entities in attributes expanded. */
@@ -449,7 +511,7 @@ class DocumentReader {
      */
     Parser parse(const xmlSAXHandler& handler, EventReader* handlerData, DeclarationGuard* guard,
                  xmlParserCtxt*& running) {
-        XmlErrors errors;
+        XmlErrors errors(mSource, mBudget);
         Parser parser(xmlNewParserCtxt());
         running = parser.get();
         if (parser == nullptr) {
