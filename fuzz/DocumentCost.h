@@ -29,7 +29,8 @@ inline void requireLittleWork(const std::string& text, const DocumentBudget& bud
                               bool isAccepted) {
     constexpr uint64_t kTimesWhenRefused = 4;
     const uint64_t bound = DocumentBudget::kWorkPerByte * text.size() + DocumentBudget::kWorkBase;
-    require(!isAccepted || !budget.isSpent());
+    require(!isAccepted || (!budget.isSpent() && budget.getWorkLimit() == bound));
+    require(!isAccepted || budget.getHolderBytes() <= DocumentBudget::kMaxHolderBytes);
     require(budget.getWork() <= (isAccepted ? 1 : kTimesWhenRefused) * bound);
 }
 

@@ -41,6 +41,8 @@ inline void ignoreXmlError(void* /* context */, const char* /* format */, ...) {
 inline void setUp() {
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
     __android_log_set_logger([](const __android_logger_data*, const char*) {});
+    // The first one to go tears libxml2 down once.
+    TagIterator{};
     static const auto& cursor = *new TagIterator;
     static_cast<void>(cursor);
     xmlSetGenericErrorFunc(nullptr, ignoreXmlError);

@@ -18,6 +18,7 @@ namespace ormel::fuzz {
 struct Source {
     ParameterValues& object;
     int32_t endpoint;
+    bool mono;
 
     Words& operator[](Parameter param) { return object.getValues()[param]; }
     bool accepts(Parameter param) const { return object.getValidParams().count(param) != 0; }
@@ -124,10 +125,13 @@ inline void addRegulator(PlainList& list, Source& v) {
     }
 }
 
-/** Without the mono case, which the load never asks for. */
 inline void addOutputMode(PlainList& list, Source& v) {
     if (!v.accepts(VIRTUALIZER_ENABLE)) {
         return;
+    }
+    if (v.endpoint == 0 && v.mono) {
+        v[VIRTUALIZER_ENABLE] = {0};
+        v[ORIENTATION] = {1};
     }
     const Words matrix = v.endpoint == 0 ? v[OUTPUT_MIX_MATRIX] : Words{};
     list.add("dom", {v[VIRTUALIZER_ENABLE], {v.endpoint}, v[ORIENTATION], matrix});
@@ -256,8 +260,9 @@ inline const std::vector<Row>& rows() {
 }
 
 /** Adds the entries of every row with a source that the object accepts. */
-inline void translate(PlainList& list, ParameterValues& object, int32_t endpoint) {
-    Source source{object, endpoint};
+inline void translate(PlainList& list, ParameterValues& object, int32_t endpoint,
+                      bool mono = false) {
+    Source source{object, endpoint, mono};
     for (const Row& row : rows()) {
         const bool applies =
                 std::any_of(row.sources.begin(), row.sources.end(),

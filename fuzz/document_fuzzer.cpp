@@ -1,4 +1,4 @@
-// Tuning documents. The store must hold what a plain translation of the objects gives, whatever the
+// Tuning documents. The store must hold what a plain reading of the document gives, whatever the
 // heap is like, and the front must work on it like the plain one. Refused documents change nothing.
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/TuningFileParser.h>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "DocumentCost.h"
+#include "DocumentParts.h"
 #include "Fuzz.h"
 #include "PlainFront.h"
 #include "PlainStore.h"
@@ -18,43 +19,15 @@ namespace ormel::fuzz {
 
 namespace {
 
-template <typename Objects>
-void compareAll(const Objects& objects) {
-    for (const auto* const object : objects) {
-        require(object->equals(*object) &&
-                object->equals(**objects.begin()) == (*objects.begin())->equals(*object));
-    }
-}
-
-template <typename Objects>
-size_t dumpAll(const Objects& objects) {
-    size_t length = 0;
-    for (auto* const object : objects) {
-        object->setDirty(object->isDirty() && object->getId() != -1);
-        length += object->toString().size();
-    }
-    return length;
-}
-
-/** Sets what can be set of the objects to what it is already. */
-void setAll(DeviceData& data) {
-    for (IeqPreset* const preset : data.getIeqPresets()) {
-        preset->setName(preset->getName());
-    }
-    for (Profile* const profile : data.getProfiles()) {
-        profile->setName(profile->getName());
-        profile->setSelectedGeqPreset(profile->getSelectedGeqPreset());
-    }
-    for (Tuning* const tuning : data.getTunings()) {
-        const Endpoint endpoint = tuning->getEndpoint();
-        tuning->setEndpoint(endpointName(endpoint));
-        require(tuning->getEndpoint() == endpoint);
-    }
-}
+/** A caller's own walker. */
+class Walker : public TagIterator {
+  public:
+    using TagIterator::getElementsBefore;
+};
 
 /** Moves a cursor as no reader would, a move for every byte, and reads wherever it comes to. */
 void walk(const std::string& moves, const std::string& text) {
-    TagIterator cursor;
+    Walker cursor;
     cursor.init(text, true);
     for (const char move : moves) {
         switch (static_cast<uint8_t>(move) % 8) {
@@ -79,29 +52,9 @@ void walk(const std::string& moves, const std::string& text) {
         require(cursor.getAttrsName().size() == texts.size() && numbers.size() == texts.size());
         require(cursor.isElementNode() || texts.empty());
         require(cursor.isCurValid() || cursor.getNodeName().empty());
+        require(cursor.isCurValid() || cursor.getElementsBefore() == 0);
     }
-}
-
-/** Reads the document from memory, as other callers of the parser do, and looks at all of it. */
-void inspect(const std::string& text) {
-    TuningFileParser parser;
-    const int status = parser.setTuningFile(text, true);
-    DeviceData* const data = parser.getDeviceData();
-    require((status == 0) == (data != nullptr) && (status == 0) == parser.isParsed());
-    if (data == nullptr) {
-        return;
-    }
-    require(static_cast<size_t>(parser.getNumOfProfiles()) == data->getProfiles().size());
-    compareAll(data->getGeqPresets());
-    compareAll(data->getProfiles());
-    compareAll(data->getProfileEndpoints());
-    data->setSignature(data->getFormatVersion() + data->getToolVersion() + data->getDeviceName());
-    data->validateData();
-    setAll(*data);
-    const size_t length = dumpAll(data->getIeqPresets()) + dumpAll(data->getGeqPresets()) +
-                          dumpAll(data->getProfiles()) + dumpAll(data->getProfileEndpoints()) +
-                          dumpAll(data->getTunings()) + dumpAll(data->getDeviceTunings());
-    require(length > 0 || data->getProfiles().empty());
+    readParameters(cursor);
 }
 
 /** Bytes of a walk. */
@@ -268,7 +221,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         walk(moves, text);
     }
     if ((settings & 4) != 0) {
-        inspect(text);
+        inspect(text, (settings & 16) != 0, std::make_unique<Walker>());
     }
 
     static StartingStore starts[] = {StartingStore(false), StartingStore(true)};

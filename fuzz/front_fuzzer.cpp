@@ -2,6 +2,8 @@
 // and must make the same calls, give the same results and messages, and leave the same state.
 #include <ormel/SpatializerParamCache.h>
 
+#include <cerrno>
+#include <cstring>
 #include <vector>
 
 #include "Fuzz.h"
@@ -226,8 +228,16 @@ class Stores {
         takeMessages();
     }
 
-    /** Loads a further document into both. */
+    /** Loads a further document into both, or one that cannot be read. */
     void load(uint8_t number) {
+        if (number % 4 > 1) {
+            const std::string path = number % 4 == 2 ? "/" : "/proc/self/mem";
+            array().loadSpatializerXMLFile(path);
+            plain.say(3, "loadSpatializerXMLFile(" + path + ")");
+            plain.say(6, "Spatializer Tuning XML parses error!");
+            requireSameMessages(plain);
+            return;
+        }
         const MemoryFile& document = mOtherDocuments[number % 2];
         array().loadSpatializerXMLFile(document.path());
         require(loadPlainly(document, plain));
@@ -337,7 +347,12 @@ void runStoreOperation(uint8_t operation, Input& input, Stores& stores) {
         }
         case 8: {
             const int32_t port = number(input);
-            array.isValidTuningDevice(port, nameOf(input.byte()));
+            const std::string& device = nameOf(input.byte());
+            const auto available = plain.availableDevices.find(device);
+            require(array.isValidTuningDevice(port, device) ==
+                    (portName(port) != nullptr && available != plain.availableDevices.end() &&
+                     available->second == portName(port)));
+            require(array.setSelectedTuningDevice(port | 7, device) == -EINVAL);
             if (plain.selectedDevices.count(port) != 0 || mayTakeLong(input)) {
                 require(array.getSelectedTuningDevice(port) == plain.selectedDevices[port]);
             }
@@ -351,8 +366,9 @@ void runStoreOperation(uint8_t operation, Input& input, Stores& stores) {
         }
         case 10: {
             const int32_t profile = number(input);
-            std::vector<char> list(array.getProfileParamsSize(profile));
-            array.getProfileParams(profile, list.data());
+            std::vector<char> list(array.getProfileParamsSize(profile) + 1);
+            require(array.getProfileParams(profile, list.data()) == 0 && list.back() == 0);
+            require(array.getProfileParams(profile, nullptr) == -EINVAL);
             break;
         }
         case 11: {
@@ -381,7 +397,7 @@ void runStoreOperation(uint8_t operation, Input& input, Stores& stores) {
             }
             break;
         default: {
-            require(!cache.isValidPort(-1));
+            require(!cache.isValidPort(-1) && TouchingEffect().reservedEffectOperation() == 0);
             require(cache.isTuningAvailable() == (array.getTuningCount() > 0));
             std::string dump;
             array.dump(dump, number(input));
@@ -390,6 +406,19 @@ void runStoreOperation(uint8_t operation, Input& input, Stores& stores) {
         }
     }
     takeMessages();
+}
+
+/** Dumps from inside a load, which holds the lock, and so gets no more than that. */
+void dumpDuringLoad() {
+    static auto& array = SpatializerParamArray::getInstance();
+    static auto& text = *new std::string;
+    __android_log_set_logger([](const __android_logger_data*, const char* message) {
+        if (std::strcmp(message, "Spatializer Tuning XML parses error!") == 0) {
+            array.dump(text, 0);
+        }
+    });
+    array.loadSpatializerXMLFile("");
+    require(text.find("could not lock") != std::string::npos);
 }
 
 constexpr int kMaxOperations = 32;
@@ -410,6 +439,7 @@ void runOperation(Input& input, Stores& stores) {
 
 extern "C" int LLVMFuzzerInitialize(int* /* argc */, char*** /* argv */) {
     ormel::fuzz::setUp();
+    ormel::fuzz::dumpDuringLoad();
     ormel::fuzz::keepMessages();
     return 0;
 }

@@ -1,6 +1,7 @@
 // Both list readers on the same bytes: they must agree on every field and every result.
 #include <kivparamstorage/EffectParamParser.h>
 #include <ormel/KivEffect.h>
+#include <ormel/KivParameter.h>
 #include <ormel/SetParamCommand.h>
 #include <ormel/SpatializerParamParser.h>
 
@@ -52,6 +53,17 @@ void readList(std::vector<int32_t>& words, int size, IEffectOrm& effect) {
     }
 }
 
+/** The code of a name is the name in lower case, read as a number, if it is short enough. */
+void requireCode(const std::string& name) {
+    int32_t code = 0;
+    for (size_t i = 0; name.size() <= 4 && i < name.size(); ++i) {
+        const char letter =
+                name[i] >= 'A' && name[i] <= 'Z' ? static_cast<char>(name[i] + 32) : name[i];
+        std::memcpy(reinterpret_cast<char*>(&code) + i, &letter, 1);
+    }
+    require(kivCodeOfName(name) == code);
+}
+
 /** Hands the shared store the bytes as they are, and then as what a command makes of its words. */
 void sendToStore(const std::vector<int32_t>& words, size_t size) {
     constexpr size_t kMaxAdded = 8;
@@ -86,6 +98,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t settings = input.byte();
     const std::string bytes = input.rest();
     std::vector<int32_t> words = toWords(bytes);
+    requireCode(bytes.substr(0, settings % 8));
     TouchingEffect effect;
     readList(words, static_cast<int>(bytes.size()) - settings % 4, effect);
     // Seldom, because the shared store keeps whatever it is given.

@@ -1,0 +1,220 @@
+// Looks at all parts of a document that callers can, and compares them with a plain reading.
+#pragma once
+
+#include <ormel/SetParamCommand.h>
+#include <ormel/Translator.h>
+#include <ormel/TuningFileParser.h>
+#include <ormel/ValueSetter.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include "Fuzz.h"
+#include "PlainReading.h"
+#include "PlainTranslators.h"
+
+namespace ormel::fuzz {
+
+/** Describes every object of one kind, and compares with those of a plain reading. */
+template <typename Objects, typename PlainObjects>
+void requireSameObjects(const Objects& objects, PlainObjects& plainObjects) {
+    require(objects.size() == plainObjects.size());
+    auto plain = plainObjects.begin();
+    for (auto* const object : objects) {
+        require(object->toString() == (plain++)->toString());
+    }
+}
+
+inline void requireSameDocument(const DeviceData& data, PlainDocument& plain) {
+    require(data.getFormatVersion() == plain.formatVersion &&
+            data.getToolVersion() == plain.toolVersion &&
+            data.getDeviceName() == plain.deviceName &&
+            data.getDeviceIndex() == plain.deviceIndex &&
+            data.getTuningVersion() == plain.tuningVersion &&
+            data.getAltivoGameSystemGain() == plain.gameSystemGain);
+    requireSameObjects(data.getIeqPresets(), plain.ieqPresets);
+    requireSameObjects(data.getGeqPresets(), plain.geqPresets);
+    requireSameObjects(data.getProfiles(), plain.profiles);
+    requireSameObjects(data.getProfileEndpoints(), plain.profileEndpoints);
+    requireSameObjects(data.getTunings(), plain.tunings);
+    requireSameObjects(data.getDeviceTunings(), plain.deviceTunings);
+}
+
+/** Objects of one kind that can be compared are equal to themselves, and to others both ways. */
+template <typename Object>
+void compareAll(const std::set<Object*>& objects) {
+    for (const Object* const object : objects) {
+        require(object->equals(*object) &&
+                object->equals(**objects.begin()) == (*objects.begin())->equals(*object));
+    }
+}
+
+/** Which translator a parameter calls for, and which parameters call for it. */
+inline void requireTranslators(const ParameterValues& object) {
+    const TranslatorCollection collection;
+    require(SimpleTranslator(VOL, VOLMAX_BOOST).getSrcParams().front() == VOLMAX_BOOST);
+    for (const Parameter param : object.getValidParams()) {
+        if (Translator* const translator = collection.getTranslator(param)) {
+            const std::vector<Parameter>& params = translator->getSrcParams();
+            require(std::find(params.begin(), params.end(), param) != params.end());
+        }
+    }
+}
+
+/** Translates every object, also as for a mono speaker, which no load asks for. */
+template <typename Object>
+void translateAll(const std::set<Object*>& objects, bool mono) {
+    constexpr int32_t kDevice = 2;
+    for (Object* const object : objects) {
+        requireTranslators(*object);
+        for (const Endpoint endpoint : {ENDPOINT_SPEAKER, ENDPOINT_HEADPHONE}) {
+            Object copy = *object;
+            SetParamCommand command(DEVICE_OUT_DEFAULT);
+            command.setDeviceId(kDevice);
+            ParameterTranslator translator;
+            translator.setSource(object, endpoint, mono);
+            translator.translateAll(command);
+            PlainList plain;
+            plain.device = kDevice;
+            translate(plain, copy, endpoint, mono);
+            require(command.mParamCount == plain.count());
+            command.mParams[1] = command.mParamCount;
+            require(command.mParams == plain.words);
+        }
+    }
+}
+
+/** Sets what can be set of an object to what it is already. */
+inline void setAll(ParameterValues& object) {
+    object.setDirty(object.getId() != -1);
+    const ParameterValues& same = object;
+    for (const auto& [param, values] : std::map(same.getValues())) {
+        object.set(param, values);
+    }
+    require(object.isDirty() == !same.getValues().empty());
+}
+
+inline void setAll(DeviceData& data) {
+    for (IeqPreset* const preset : data.getIeqPresets()) {
+        setAll(static_cast<ParameterValues&>(*preset));
+        preset->setName(preset->getName());
+    }
+    for (Profile* const profile : data.getProfiles()) {
+        setAll(static_cast<ParameterValues&>(*profile));
+        profile->setName(profile->getName());
+        profile->setMobility(profile->isMobility());
+        profile->setSelectedGeqPreset(profile->getSelectedGeqPreset());
+    }
+    for (Tuning* const tuning : data.getTunings()) {
+        const Endpoint endpoint = tuning->getEndpoint();
+        tuning->setEndpoint(endpointName(endpoint));
+        tuning->setMono(tuning->isMono());
+        require(tuning->getEndpoint() == endpoint && tuning->isReadonly());
+    }
+    for (GeqPreset* const preset : data.getGeqPresets()) {
+        setAll(static_cast<ParameterValues&>(*preset));
+    }
+    for (ProfileEndpoint* const endpoint : data.getProfileEndpoints()) {
+        setAll(static_cast<ParameterValues&>(*endpoint));
+    }
+    for (DeviceTuning* const binding : data.getDeviceTunings()) {
+        binding->setDirty(binding->isDirty() && binding->getId() == -1);
+        require(binding->isDirty());
+    }
+    const std::string signature = data.getFormatVersion() + data.getToolVersion();
+    data.setSignature(signature);
+    require(data.getSignature() == signature);
+}
+
+/** Endpoints whose intelligent equalizer is off select preset 0. */
+inline void validate(DeviceData& data) {
+    data.validateData();
+    for (ProfileEndpoint* const endpoint : data.getProfileEndpoints()) {
+        const Words& enable = endpoint->getValues()[IEQ_ENABLE];
+        require(enable.empty() || enable[0] != 0 || endpoint->getSelectedIeqPreset() == 0);
+    }
+}
+
+/**
+ * Reads a document from memory, as callers of the parser do, and looks at all of it.
+ *
+ * @param cursor what the parser goes by; its own if null
+ */
+inline void inspect(const std::string& text, bool mono, std::unique_ptr<TagIterator> cursor) {
+    TuningFileParser ownCursor;
+    TuningFileParser callersCursor(cursor != nullptr ? std::move(cursor)
+                                                     : std::make_unique<TagIterator>());
+    const int status = ownCursor.setTuningFile(text, true);
+    DeviceData* const data = ownCursor.getDeviceData();
+    require((status == 0) == (data != nullptr) && (status == 0) == ownCursor.isParsed());
+    require(callersCursor.setTuningFile(text, true) == status);
+    if (data == nullptr) {
+        return;
+    }
+    PlainStore said;
+    PlainDocument plain = PlainReading(readTree(text), said).read();
+    require(ownCursor.getNumOfProfiles() == static_cast<int>(plain.profiles.size()));
+    for (const Profile& profile : plain.profiles) {
+        const std::string name = ownCursor.getProfileName(profile.getProfileId());
+        require(profile.getProfileId() != plain.profiles.back().getProfileId() ||
+                name == plain.profiles.back().getName());
+    }
+    const DeviceData& other = *callersCursor.getDeviceData();
+    translateAll(other.getIeqPresets(), mono);
+    translateAll(other.getGeqPresets(), mono);
+    translateAll(other.getProfiles(), mono);
+    translateAll(other.getProfileEndpoints(), mono);
+    translateAll(other.getTunings(), mono);
+    compareAll(data->getGeqPresets());
+    compareAll(data->getProfiles());
+    compareAll(data->getProfileEndpoints());
+    requireSameDocument(*data, plain);
+    setAll(*data);
+    validate(*data);
+}
+
+/** A setter of the caller's own does what the library's of the same class does. */
+template <typename Setter>
+void compareSetter(ValueSetter& setter, TagIterator& cursor) {
+    if (typeid(setter) != typeid(Setter)) {
+        return;
+    }
+    const std::vector<Parameter> params = setter.getParams();
+    std::unique_ptr<Setter> own;
+    if constexpr (std::is_constructible_v<Setter, std::string, Parameter>) {
+        own = std::make_unique<Setter>(setter.getNodeName(), params.front());
+    } else {
+        own = std::make_unique<Setter>(setter.getNodeName(), params);
+    }
+    require(own->getNodeName() == setter.getNodeName() && own->getParams() == params);
+    GeqPreset values(0);
+    GeqPreset ownValues(1, 0);
+    setter.set(values, cursor);
+    own->set(ownValues, cursor);
+    require(values.equals(ownValues));
+}
+
+/** Lets every setter read at the cursor, whether it stands on an element of its own or not. */
+inline void readParameters(TagIterator& cursor) {
+    for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+        compareSetter<SimpleValueSetter>(*setter, cursor);
+        compareSetter<RowDataValueSetter>(*setter, cursor);
+        compareSetter<DrcRowDataValueSetter>(*setter, cursor);
+        compareSetter<MixMatrixValueSetter>(*setter, cursor);
+        compareSetter<VirtualBassSubgainValueSetter>(*setter, cursor);
+        compareSetter<VirtualBassValueSetter>(*setter, cursor);
+        compareSetter<IeqValueSetter>(*setter, cursor);
+        compareSetter<GeqValueSetter>(*setter, cursor);
+        compareSetter<AudioOptimizerValueSetter>(*setter, cursor);
+        compareSetter<RegulatorTuningValueSetter>(*setter, cursor);
+    }
+}
+
+}  // namespace ormel::fuzz
