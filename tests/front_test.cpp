@@ -1,3 +1,4 @@
+// The operations that effects call.
 #include <kivparamstorage/KivParamStore.h>
 #include <ormel/SpatializerParamCache.h>
 
@@ -11,7 +12,7 @@ namespace ormel::test {
 namespace {
 
 constexpr char kOwn[] = "default_internal_speaker";
-// What loading a tuning comes to.
+// The calls that load a tuning.
 constexpr char kTuning[] = "2:vbon 1\n8:gebs 1\nall:commit\n";
 constexpr char kReadMode[] = "get 2:dom 61\n";
 
@@ -36,7 +37,7 @@ Values pack(const std::vector<Call>& entries) {
     return words;
 }
 
-/** What applying a built-in list comes to, the speaker's output mode giving way to a line. */
+/** The calls that apply a built-in list, with @p mode in place of the speaker's output mode. */
 template <typename List>
 std::string builtIn(const List& list, const std::string& mode = "") {
     std::string lines = listText(list) + "all:commit\n";
@@ -47,7 +48,8 @@ std::string builtIn(const List& list, const std::string& mode = "") {
     return lines.substr(lines.find('\n') + 1);
 }
 
-/** Its commits count up, a read may fail by its count, and it may act when it is called. */
+/** Commits return 1, 2, 3 and so on, reads can give a negative count, and calls can have effects.
+ */
 class FrontEffect : public RecordingEffect {
   public:
     int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
@@ -94,19 +96,22 @@ class FrontTest : public StoreTest {
     FrontEffect effect;
 };
 
-TEST_F(FrontTest, AProfileIsAppliedEntryByEntry) {
+TEST_F(FrontTest, SetProfilePushesTheEntriesOfTheDocumentsList) {
     mArray.getXMLProfileParams(1) = pack(
             {set(kAll, "mdle", {1}), set(2, "vbon", {3}), set(kAll, "aoon", {}),
              set(8, "gebs", bands(Values(20, 9))), set(2, "gebs", Values(40)),
              set(2, "gebs", Values(42)), set(8, "dom", {1, 1, 2}), set(2, "dom", {5, 0, 1, 15})});
     const std::string unchanged = "2:dom 5 0 1 15\n";
-    // Channels if there are tunings; the selected device; gains; the speaker's mode.
-    const std::tuple<std::string, std::string, Values, std::string> cases[] = {
-            {"", kOwn, {}, unchanged},
-            {"2", "long", {1, 2}, unchanged},
-            {"3", kOwn, Values(25, 4), "2:dom 5 7 8 0\n"},
-            {"4", "long", {5}, "2:dom 5 6 6 6\n"},
-            {"4", "none", {5}, unchanged}};
+    // Without tunings there are no channels.
+    // clang-format off
+    const struct { std::string channels, device; Values gains; std::string mode; } cases[] = {
+        {"",  kOwn,   {},            unchanged},
+        {"2", "long", {1, 2},        unchanged},
+        {"3", kOwn,   Values(25, 4), "2:dom 5 7 8 0\n"},  // As many values as the entry has.
+        {"4", "long", {5},           "2:dom 5 6 6 6\n"},
+        {"4", "none", {5},           unchanged},
+    };
+    // clang-format on
     effect.readStatus = -1;
     for (const auto& [channels, device, gains, mode] : cases) {
         SCOPED_TRACE(channels + device);
@@ -119,13 +124,13 @@ TEST_F(FrontTest, AProfileIsAppliedEntryByEntry) {
         effect.commitStatus = 10;
         EXPECT_EQ(front.setProfile(1, &effect, false), 11);
         EXPECT_EQ(text(log.take()),
-                  "Cache 3 setProfile(profile=1, isOrmelContent=0)\n"
-                  "Array 3 getXMLProfileParams(profile = 1)\n");
+                  "D Cache: setProfile(profile=1, isOrmelContent=0)\n"
+                  "D Array: getXMLProfileParams(profile = 1)\n");
         const std::string kept = (channels.empty() ? "" : "2:vbon 3\n") +
                                  std::string("all:aoon\n") + entry(8, "gebs", bands(gains));
         EXPECT_EQ(calls(), "all:mdle 1\n" + kept + "8:dom 1 1 2\n" + mode + "all:commit\n");
 
-        // Of the maker's own content, only what belongs to the device processing is kept.
+        // For the maker's own content, only parameters of the device's processing are pushed.
         const bool surround = channels > "2";
         EXPECT_EQ(front.setProfile(1, &effect, true), 12);
         EXPECT_EQ(calls(),
@@ -135,7 +140,7 @@ TEST_F(FrontTest, AProfileIsAppliedEntryByEntry) {
     }
 }
 
-TEST_F(FrontTest, AnUndefinedProfileHasItsBuiltInListsOnly) {
+TEST_F(FrontTest, SetProfilePushesBuiltInListsWhereTheDocumentHasNone) {
     const std::string common = builtIn(SpatializerParamArray::mCommonParams);
     EXPECT_EQ(front.setProfile(2, &effect, false), 0);
     EXPECT_EQ(calls(), "");
@@ -144,11 +149,11 @@ TEST_F(FrontTest, AnUndefinedProfileHasItsBuiltInListsOnly) {
     EXPECT_EQ(front.setProfile(9, &effect, true), 0);
     EXPECT_EQ(calls(), common);
     EXPECT_EQ(text({log.take().back()}),
-              "Cache 6 setOrmelContentProfile() Invalid data for profile parameter values.\n");
+              "E Cache: setOrmelContentProfile() Invalid data for profile parameter values.\n");
     EXPECT_EQ(mArray.getCurrentProfile(), 9);
 }
 
-TEST_F(FrontTest, AMalformedListIsRefusedWhole) {
+TEST_F(FrontTest, RefusesAnInvalidListBeforeItPushesAnything) {
     Values tooShort = pack({set(2, "aoon", {1})});
     tooShort[1] = 1000;
     for (const Values& list : {Values{}, Values{kAll}, tooShort}) {
@@ -159,9 +164,9 @@ TEST_F(FrontTest, AMalformedListIsRefusedWhole) {
         EXPECT_EQ(calls(), "");
         const std::string said = text(log.take());
         const char* const counted =
-                "arser 6 validate() Expected 1000 parameters, found 2 parameters.\n";
+                "E EffectParamParser: validate() Expected 1000 parameters, found 2 parameters.\n";
         EXPECT_EQ(said.find(counted) != said.npos, list == tooShort);
-        EXPECT_NE(said.find("Cache 6 setProfile() Invalid data for setting parameter values.\n"),
+        EXPECT_NE(said.find("E Cache: setProfile() Invalid data for setting parameter values.\n"),
                   said.npos);
     }
     mArray.getXMLProfileParams(1) = {kAll, 0};
@@ -169,7 +174,7 @@ TEST_F(FrontTest, AMalformedListIsRefusedWhole) {
     EXPECT_EQ(calls(), "all:commit\n");
 }
 
-TEST_F(FrontTest, AListThatLeadsBackEndsAfterAsManyEntriesAsItHasWords) {
+TEST_F(FrontTest, EndsAListThatGoesRoundInACircle) {
     Values circle = pack({set(2, "vbm", {})});
     circle[1] = INT32_MAX;
     circle.back() = -3;
@@ -182,12 +187,15 @@ TEST_F(FrontTest, AListThatLeadsBackEndsAfterAsManyEntriesAsItHasWords) {
     EXPECT_EQ(calls(), expected);
 }
 
-TEST_F(FrontTest, AnOperationGoesOnWithTheListItBeganWithWhateverTheEffectDoes) {
+TEST_F(FrontTest, KeepsItsListWhenTheEffectLoadsAnotherDocument) {
     const Values list = pack({set(2, "vbm", {4}), set(2, "dom", {5, 0, 0}), set(2, "vbm", {6})});
-    // The operation; the output mode, whose matrix is looked up when its entry's turn comes.
-    const std::tuple<std::function<int32_t()>, std::string> cases[] = {
-            {[&] { return front.setProfile(1, &effect, false); }, "2:dom 5 9 0\n"},
-            {[&] { return front.loadTuningDevice(kOwn, &effect); }, "2:dom 5 0 0\n"}};
+    // The matrix is looked up only when its entry's turn comes.
+    // clang-format off
+    const struct { std::function<int32_t()> run; std::string mode; } cases[] = {
+        {[&] { return front.setProfile(1, &effect, false); },   "2:dom 5 9 0\n"},
+        {[&] { return front.loadTuningDevice(kOwn, &effect); }, "2:dom 5 0 0\n"},
+    };
+    // clang-format on
     for (const auto& [run, mode] : cases) {
         effect.whenCalled = [] {};
         loadTunings("3");
@@ -202,66 +210,65 @@ TEST_F(FrontTest, AnOperationGoesOnWithTheListItBeganWithWhateverTheEffectDoes) 
     }
 }
 
-TEST_F(FrontTest, ANullEffectEndsAnOperationAtItsFirstUse) {
+TEST_F(FrontTest, FailsAtTheFirstUseOfANullEffect) {
     loadTunings("3");
     mArray.getXMLProfileParams(1) = pack({set(8, "gebs", bands({})), set(2, "dom", {1})});
     log.take();
-    // The operation, what it returns, what is said up to the first use.
-    const std::tuple<std::function<int32_t()>, int32_t, std::string> cases[] = {
-            {[&] { return front.setProfile(2, nullptr, false); }, 0,
-             "Cache 3 setProfile(profile=2, isOrmelContent=0)\n"},
-            {[&] { return front.setProfile(2, nullptr, true); }, -22,
-             "Cache 3 setProfile(profile=2, isOrmelContent=1)\n"
-             "Array 3 getProfileParams(profile = -1)\n"},
-            {[&] { return front.setProfile(1, nullptr, true); }, -22,
-             "Cache 3 setProfile(profile=1, isOrmelContent=1)\n"
-             "Array 3 getXMLProfileParams(profile = 1)\n"},
-            {[&] { return front.setOrmelContentProfile(3, nullptr), 0; }, 0,
-             "Array 3 getProfileParams(profile = 3)\n"},
-            {[&] { return front.loadTuning(nullptr); }, -22,
-             "Cache 3 loadTuning\nCache 3 loadTuningDevice(default_internal_speaker)\n"
-             "Array 3 getXMLTuningParams(device = default_internal_speaker)\n"},
-            {[&] { return front.loadTuningDevice("x", nullptr); }, -22,
-             "Cache 3 loadTuningDevice(x)\n"},
-            {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, -22,
-             "Cache 3 setSelectedTuningDevice(port=internal_speaker, device=long)\n"
-             "Array 3 setSelectedTuningDevice(port=internal_speaker, device=long)\n"},
-            {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, 0,
-             "Cache 3 setSelectedTuningDevice(port=internal_speaker, device=long)\n"},
-            {[&] { return front.setProfileGeqGains({4}, nullptr); }, -22, ""}};
-    for (const auto& [run, result, said] : cases) {
-        EXPECT_EQ(run(), result) << said;
-        EXPECT_EQ(text(log.take()), said);
+    // clang-format off
+    const struct { std::function<int32_t()> run; int32_t status; std::string messages; } cases[] = {
+        {[&] { return front.setProfile(2, nullptr, false); }, 0, "D Cache: setProfile(profile=2, isOrmelContent=0)\n"},
+        {[&] { return front.setProfile(2, nullptr, true); }, -22, "D Cache: setProfile(profile=2, isOrmelContent=1)\n"
+                                                                  "D Array: getProfileParams(profile = -1)\n"},
+        {[&] { return front.setProfile(1, nullptr, true); }, -22, "D Cache: setProfile(profile=1, isOrmelContent=1)\n"
+                                                                  "D Array: getXMLProfileParams(profile = 1)\n"},
+        {[&] { return front.setOrmelContentProfile(3, nullptr), 0; }, 0, "D Array: getProfileParams(profile = 3)\n"},
+        {[&] { return front.loadTuning(nullptr); }, -22, "D Cache: loadTuning\n"
+                                                         "D Cache: loadTuningDevice(default_internal_speaker)\n"
+                                                         "D Array: getXMLTuningParams(device = default_internal_speaker)\n"},
+        {[&] { return front.loadTuningDevice("x", nullptr); }, -22, "D Cache: loadTuningDevice(x)\n"},
+        {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, -22,
+         "D Cache: setSelectedTuningDevice(port=internal_speaker, device=long)\n"
+         "D Array: setSelectedTuningDevice(port=internal_speaker, device=long)\n"},
+        {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, 0,  // Selected by now.
+         "D Cache: setSelectedTuningDevice(port=internal_speaker, device=long)\n"},
+        {[&] { return front.setProfileGeqGains({4}, nullptr); }, -22, ""},
+    };
+    // clang-format on
+    for (const auto& [run, status, messages] : cases) {
+        EXPECT_EQ(run(), status) << messages;
+        EXPECT_EQ(text(log.take()), messages);
     }
     EXPECT_EQ(mArray.getProfileGeqGains(1), Values{4});
 }
 
-TEST_F(FrontTest, TheBuiltInOutputModeOnlySwitchesTheEffectsOwnOn) {
+TEST_F(FrontTest, BuiltInListsOnlySwitchTheEffectsOutputModeOn) {
     loadTunings("3");
     const std::string full = entry(2, "dom", Values(61, 1));
     Values off(61, 1);
     off.front() = 0;
-    // Status, values and count of the read; what is pushed.
-    const std::tuple<int32_t, Values, bool, std::string> cases[] = {
-            {0, {0, 7, 8}, false, "2:dom 1 7 8\n"},
-            {0, off, false, full},
-            {0, {1, 7, 8}, false, ""},
-            {-1, {0, 7, 8}, false, ""},
-            {0, Values(62), false, ""},
-            {0, {0, 7, 8}, true, ""}};
-    for (const auto& [status, answer, negative, pushed] : cases) {
-        effect.readStatus = status;
+    // clang-format off
+    const struct { int32_t readStatus; Values answer; bool readsNegative; std::string pushed; } cases[] = {
+        {0,  {0, 7, 8},  false, "2:dom 1 7 8\n"},
+        {0,  off,        false, full},
+        {0,  {1, 7, 8},  false, ""},  // On already.
+        {-1, {0, 7, 8},  false, ""},
+        {0,  Values(62), false, ""},  // More than there is room for.
+        {0,  {0, 7, 8},  true,  ""},
+    };
+    // clang-format on
+    for (const auto& [readStatus, answer, readsNegative, pushed] : cases) {
+        effect.readStatus = readStatus;
         effect.answers["dom"] = answer;
-        effect.readsNegative = negative;
+        effect.readsNegative = readsNegative;
         front.setOrmelContentProfile(-1, &effect);
         EXPECT_EQ(calls(), builtIn(SpatializerParamArray::mCommonParams, kReadMode + pushed));
         EXPECT_EQ(text(log.take()),
-                  "Array 3 getProfileParams(profile = -1)\n"
-                  "Cache 3 setOrmelContentProfile(): Hardcoded dom parameter values skipped\n");
+                  "D Array: getProfileParams(profile = -1)\n"
+                  "D Cache: setOrmelContentProfile(): Hardcoded dom parameter values skipped\n");
     }
 }
 
-TEST_F(FrontTest, TuningsAreLoadedPortByPort) {
+TEST_F(FrontTest, LoadTuningLoadsTheSelectedDeviceOfEachPort) {
     EXPECT_FALSE(front.isTuningAvailable());
     EXPECT_EQ(front.loadTuningDevice(kOwn, &effect), -22);
     loadTunings("4");
@@ -269,11 +276,11 @@ TEST_F(FrontTest, TuningsAreLoadedPortByPort) {
     EXPECT_EQ(front.loadTuning(&effect), -22);
     EXPECT_EQ(calls(), kTuning);
     EXPECT_EQ(text(log.take()),
-              "Cache 3 loadTuning\nCache 3 loadTuningDevice(default_internal_speaker)\n"
-              "Array 3 getXMLTuningParams(device = default_internal_speaker)\n"
-              "Cache 3 loadTuningDevice(default_headphone)\n"
-              "Cache 3 loadTuningDevice(default_bluetooth)\n"
-              "Cache 3 loadTuningDevice(default_usb)\n");
+              "D Cache: loadTuning\nD Cache: loadTuningDevice(default_internal_speaker)\n"
+              "D Array: getXMLTuningParams(device = default_internal_speaker)\n"
+              "D Cache: loadTuningDevice(default_headphone)\n"
+              "D Cache: loadTuningDevice(default_bluetooth)\n"
+              "D Cache: loadTuningDevice(default_usb)\n");
     mArray.getXMLTuningParams("default_usb") = pack({set(8, "vbm", {})});
     EXPECT_EQ(front.loadTuning(&effect), 3);
     EXPECT_EQ(calls(), kTuning + std::string("8:vbm\nall:commit\n"));
@@ -287,68 +294,69 @@ TEST_F(FrontTest, SelectingATuningDeviceLoadsIt) {
     const std::string reads = kReadMode;
     Values longMode(71, 6);
     longMode.front() = 3;
-    // Status of the read and whether its count is negative; the result; the calls.
-    const std::tuple<int, std::string, int32_t, bool, int32_t, std::string> cases[] = {
-            {0, kOwn, 0, false, 0, ""},
-            {0, "x", 0, false, -22, ""},
-            {0, "buds", 0, false, -22, ""},
-            {-1, "buds", 0, false, -22, ""},
-            {7, "buds", 0, false, -22, ""},
-            {3, "buds", 0, false, 1, kTuning},
-            {0, "long", 0, false, 1, reads + entry(2, "dom", longMode) + kTuning},
-            {0, "none", 0, false, 1, reads + kTuning},
-            {0, kOwn, 0, false, 1, reads + "2:dom 3 7 8\n" + kTuning},
-            {0, "long", -1, false, 1, reads + kTuning},
-            {0, kOwn, 0, true, 1, reads + kTuning}};
+    // clang-format off
+    const struct { int port; std::string device; int32_t readStatus; bool readsNegative; int32_t status; std::string calls; } cases[] = {
+        {0,  kOwn,   0,  false, 0,   ""},  // Selected already.
+        {0,  "x",    0,  false, -22, ""},
+        {0,  "buds", 0,  false, -22, ""},
+        {-1, "buds", 0,  false, -22, ""},
+        {7,  "buds", 0,  false, -22, ""},
+        {3,  "buds", 0,  false, 1,   kTuning},
+        {0,  "long", 0,  false, 1,   reads + entry(2, "dom", longMode) + kTuning},
+        {0,  "none", 0,  false, 1,   reads + kTuning},
+        {0,  kOwn,   0,  false, 1,   reads + "2:dom 3 7 8\n" + kTuning},
+        {0,  "long", -1, false, 1,   reads + kTuning},
+        {0,  kOwn,   0,  true,  1,   reads + kTuning},
+    };
+    // clang-format on
     effect.answers["dom"] = {3, 4, 5, 6};
-    for (const auto& [port, device, status, negative, result, expected] : cases) {
+    for (const auto& [port, device, readStatus, readsNegative, status, expected] : cases) {
         SCOPED_TRACE(device);
-        effect.readStatus = status;
-        effect.readsNegative = negative;
+        effect.readStatus = readStatus;
+        effect.readsNegative = readsNegative;
         effect.commitStatus = 0;
-        const std::string selected = result < 0 ? mArray.getSelectedTuningDevice(port) : device;
-        EXPECT_EQ(front.setSelectedTuningDevice(port, device, &effect), result);
+        const std::string selected = status < 0 ? mArray.getSelectedTuningDevice(port) : device;
+        EXPECT_EQ(front.setSelectedTuningDevice(port, device, &effect), status);
         EXPECT_EQ(calls(), expected);
         EXPECT_EQ(mArray.getSelectedTuningDevice(port), selected);
     }
+    effect.readsNegative = false;
+    log.take();
+    front.setSelectedTuningDevice(0, "long", &effect);
+    calls();
+    EXPECT_EQ('\n' + text(log.take()), R"(
+D Cache: setSelectedTuningDevice(port=internal_speaker, device=long)
+D Array: setSelectedTuningDevice(port=internal_speaker, device=long)
+D Cache: setSelectedTuningDevice(): Update the mix matrix with tuning long
+D Cache: loadTuningDevice(long)
+D Array: getXMLTuningParams(device = long)
+)");
     loadTunings("2");
-    EXPECT_EQ(front.setSelectedTuningDevice(0, "long", &effect), 2);
+    EXPECT_EQ(front.setSelectedTuningDevice(0, kOwn, &effect), 3);
     EXPECT_EQ(calls(), kTuning);
 }
 
-TEST_F(FrontTest, SelectingATuningDeviceSaysSo) {
-    loadTunings("4");
-    for (const char* const device : {kOwn, "x", "long"}) {
-        front.setSelectedTuningDevice(0, device, &effect);
-    }
-    EXPECT_EQ('\n' + text(log.take()), R"(
-Cache 3 setSelectedTuningDevice(port=internal_speaker, device=default_internal_speaker)
-Cache 3 setSelectedTuningDevice(port=internal_speaker, device=x)
-Array 3 setSelectedTuningDevice(port=internal_speaker, device=x)
-Array 6 setSelectedTuningDevice(): tuningDevice x is not available for port internal_speaker.
-Cache 3 setSelectedTuningDevice(port=internal_speaker, device=long)
-Array 3 setSelectedTuningDevice(port=internal_speaker, device=long)
-Cache 3 setSelectedTuningDevice(): Update the mix matrix with tuning long
-Cache 3 loadTuningDevice(long)
-Array 3 getXMLTuningParams(device = long)
-)");
-}
-
-TEST_F(FrontTest, GainsAreStoredAndGoToAnEffectOfTwentyBands) {
+TEST_F(FrontTest, StoresGainsAndPushesThemToAnEffectOfTwentyBands) {
     front.setProfile(2, &effect, false);
     Values two(20, 9);
     two[0] = 1;
     two[1] = -2;
-    // Status of the read, its number of values; the gains; those pushed, none after a failure.
-    const std::tuple<int32_t, size_t, Values, Values> cases[] = {
-            {0, 41, {1, -2}, two},      {0, 41, Values(25, 4), Values(20, 4)},
-            {0, 41, {}, Values(20, 9)}, {-3, 41, {6}, {}},
-            {0, 40, {7}, {}},           {0, 42, {8}, {}}};
-    for (const auto& [status, count, gains, pushed] : cases) {
-        SCOPED_TRACE(count);
-        effect.readStatus = status;
+    // Nothing is pushed after a failure.
+    // clang-format off
+    const struct { int32_t readStatus; size_t readCount; Values gains, pushed; } cases[] = {
+        {0,  41, {1, -2},       two},
+        {0,  41, Values(25, 4), Values(20, 4)},
+        {0,  41, {},            Values(20, 9)},
+        {-3, 41, {6},           {}},
+        {0,  40, {7},           {}},
+        {0,  42, {8},           {}},
+    };
+    // clang-format on
+    for (const auto& [readStatus, readCount, gains, pushed] : cases) {
+        SCOPED_TRACE(readCount);
+        effect.readStatus = readStatus;
         effect.answers["gebs"] = bands(Values(20, 9));
-        effect.answers["gebs"].resize(count);
+        effect.answers["gebs"].resize(readCount);
         effect.commitStatus = 6;
         log.take();
         const bool fails = pushed.empty();
@@ -357,7 +365,7 @@ TEST_F(FrontTest, GainsAreStoredAndGoToAnEffectOfTwentyBands) {
                   "get all:gebs 41\n" +
                           (fails ? "" : entry(kAll, "gebs", bands(pushed)) + "all:commit\n"));
         EXPECT_EQ(text(log.take()),
-                  fails ? "Cache 6 setProfileGeqGains(): could not get proper GEQ parameters!\n"
+                  fails ? "E Cache: setProfileGeqGains(): could not get proper GEQ parameters!\n"
                         : "");
         EXPECT_EQ(mArray.getProfileGeqGains(2), gains);
         EXPECT_EQ(front.getProfileGeqGains(), gains);

@@ -1,6 +1,11 @@
 // Small tuning documents, and packed lists, calls and messages as texts, a line each.
 #pragma once
 
+#include <ormel/Translator.h>
+#include <ormel/Tuning.h>
+
+#include <cstring>
+
 #include "LogCapture.h"
 #include "RecordingEffect.h"
 
@@ -25,6 +30,29 @@ inline std::string mixMatrix(const std::string& row) {
     return "<data> <output-mode> <m> <r v='" + row + "'/></m></output-mode></data>";
 }
 
+/** Tests name these parameters. What they become must not depend on those added behind them. */
+constexpr int32_t kFirstParameterCount = 106;
+constexpr int32_t kFirstKivParameterCount = 90;
+
+/** Whether a code is written by the translator of a parameter that was added. */
+inline bool isAddedCode(int32_t code) {
+    Tuning source("", ENDPOINT_OTHER, false);
+    SetParamCommand command(0);
+    for (auto param = kFirstParameterCount; param < static_cast<int32_t>(kParameterCount);
+         ++param) {
+        TranslatorCollection& registry = *ParameterTranslator::sTranslatorCollection;
+        if (Translator* const translator = registry.getTranslator(Parameter{param})) {
+            translator->kivTranslate(command, source, ENDPOINT_OTHER, false);
+        }
+    }
+    const std::vector<int32_t>& words = command.mParams;
+    size_t at = 2;
+    while (at < words.size() && words[at + 1] != code) {
+        at += 3 + static_cast<size_t>(words[at + 2]);
+    }
+    return at < words.size();
+}
+
 /** The line of an entry or a call, such as "2:dom 1 0". */
 inline std::string entry(int32_t device, const std::string& code, const Values& values) {
     std::string line = (device == kAll ? "all" : std::to_string(device)) + ":" + code;
@@ -43,21 +71,32 @@ inline std::string text(const std::vector<Call>& calls) {
     return lines;
 }
 
-/** The entries of a list behind its header, which looks like an entry named "list". */
+/**
+ * A list's header, as if it were an entry named "list", and its entries. Entries of parameters that
+ * were added behind the first ones are left out, and not counted.
+ */
 template <typename List>
 std::string listText(const List& words) {
-    std::string lines = entry(words.at(0), "list", {words.at(1)});
+    int32_t count = words.at(1);
+    std::string lines;
     for (auto at = words.begin() + 2; at < words.end(); at += 3 + at[2]) {
-        lines += entry(at[0], lettersOf(at[1]), {at + 3, at + 3 + at[2]});
+        if (isAddedCode(at[1])) {
+            --count;
+        } else {
+            lines += entry(at[0], lettersOf(at[1]), {at + 3, at + 3 + at[2]});
+        }
     }
-    return lines;
+    return entry(words.at(0), "list", {count}) + lines;
 }
 
-/** Messages with the end of the tag and the priority ahead, such as "Array 3 load()". */
+/** Messages with priority and tag, such as "D Array: load()" of OrmSpatializerParamArray. */
 inline std::string text(const std::vector<LogLine>& messages) {
+    constexpr char kPrefix[] = "OrmSpatializerParam";
     std::string lines;
     for (const auto& [priority, tag, message] : messages) {
-        lines += tag.substr(tag.size() - 5) + ' ' + std::to_string(priority) + ' ' + message + '\n';
+        const bool isPrefixed = tag.rfind(kPrefix, 0) == 0;
+        lines += {"??VDIWEF"[priority], ' '};
+        lines += tag.substr(isPrefixed ? std::strlen(kPrefix) : 0) + ": " + message + '\n';
     }
     return lines;
 }
