@@ -107,7 +107,7 @@ std::string indented(const std::string& text, size_t indent) {
 
 using DumpTest = StoreTest;
 
-TEST_F(DumpTest, ShowsWhatWasLoadedAndChosenSince) {
+TEST_F(DumpTest, ShowsWhatIsLoadedAndSelected) {
     const TempFile good(document(R"(
 <preset type='geq' id='1'> <data> <b> <band frequency='32' gain='10'/>
   <band frequency='64' gain='-3'/></b></data></preset>
@@ -118,6 +118,15 @@ TEST_F(DumpTest, ShowsWhatWasLoadedAndChosenSince) {
   <device_id id='far' endpoint_port='no&#127;where'/>
   <data> <output-mode> <m> <r v='7, 8'/></m></output-mode></data></tuning>)"));
     const TempFile bad("<d>");
+    const auto loadGood = [&] {
+        mArray.loadSpatializerXMLFile(good.path());
+        // Parameters that were added make more entries.
+        mArray.getXMLProfileParams(1)[1] = 13;
+        mArray.getXMLProfileParams(7)[1] = 12;
+        for (const char* const device : {"a b", "default_internal_speaker", "far", "two\nlines"}) {
+            mArray.getXMLTuningParams(device)[1] = 37;
+        }
+    };
     const auto choose = [&] {
         mArray.setCurrentProfile(3);
         mArray.setProfileGeqGains(3, Values(21, 5));
@@ -130,16 +139,19 @@ TEST_F(DumpTest, ShowsWhatWasLoadedAndChosenSince) {
         mArray.setSelectedTuningDevice(3, "a b");
         mArray.loadSpatializerXMLFile(bad.path());
     };
-    const std::tuple<std::function<void()>, std::string, std::string> steps[] = {
-            {[] {}, "", kFresh},
-            {[&] { mArray.loadSpatializerXMLFile(good.path()); }, good.path(), kLoaded},
-            {choose, bad.path(), kChosen}};
+    // clang-format off
+    const struct { std::function<void()> act; std::string file, expected; } steps[] = {
+        {[] {},    "",          kFresh},
+        {loadGood, good.path(), kLoaded},
+        {choose,   bad.path(),  kChosen},
+    };
+    // clang-format on
     for (auto [act, file, expected] : steps) {
         act();
         if (!file.empty()) {
             expected.replace(expected.find("FILE"), 4, file);
         }
-        // The second time, since the first must have changed nothing.
+        // More than once, since a dump must change nothing.
         for (const int indent : {0, 5, -1}) {
             std::string out = "before ";
             mArray.dump(out, indent);
