@@ -19,15 +19,32 @@ int32_t codeOf(int32_t param) {
 }
 
 TEST(ParameterCode, IsTheNameInLowerCaseFromTheLeastSignificantByte) {
-    EXPECT_EQ((Values{codeOf(VOL), codeOf(DEON), codeOf(DOM), codeOf(HVRC), codeOf(90),
-                      kivCodeOfName(""), kivCodeOfName("ABCDE"), kivCodeOfName("\xff@Z[")}),
-              (Values{kVol, kDeon, 0x006d6f64, 0x63727668, 0, 0, 0, 0x5b7a40ff}));
-    // The sum of all ninety, each times its place, so that a wrong order shows as well.
-    int64_t sum = 0;
-    for (int32_t param = 0; param < 90; ++param) {
-        sum += int64_t{codeOf(param)} * (param + 1);
+    EXPECT_EQ(codeOf(VOL), kVol);
+    EXPECT_EQ(codeOf(DEON), kDeon);
+    EXPECT_EQ(codeOf(DOM), 0x006d6f64);
+    EXPECT_EQ(codeOf(HVRC), 0x63727668);
+    EXPECT_EQ(codeOf(static_cast<int32_t>(kKivParameterCount)), 0);
+    EXPECT_EQ(kivCodeOfName(""), 0);
+    EXPECT_EQ(kivCodeOfName("ABCDE"), 0);
+    EXPECT_EQ(kivCodeOfName("\xff@Z["), 0x5b7a40ff);
+}
+
+TEST(ParameterCode, FollowsTheNumber) {
+    std::string letters;
+    for (int32_t param = 0; param < kFirstKivParameterCount; ++param) {
+        letters += param % 10 == 0 ? '\n' : ' ';
+        letters += lettersOf(codeOf(param));
     }
-    EXPECT_EQ(sum, 0x5b48554ac44);
+    EXPECT_EQ(letters, R"(
+vol pstg preg plb ngon deon dea ded vmb dvme
+dvmc dvle dvla dvli dvlo dvlc ieon iea arod artp
+geon aoon ver iebs ards aron arde arsa arbs arti
+dom dsb gebs beon beb becf bew vbon vbm vbsf
+vbog vbsg vbhg vbmf vbbg vbct vbhm vbhb vbmx vbrg
+aobs msce miee mdle mdee mave vnbs dmc dhfm dfsa
+dsa dhsa drsa drha svsb ceon ceqt dplp mvbe rsse
+rssa ieid drcm hpon hptw hpat hpaa hpar bmde bmdt
+rvse rvsa vssd svm svrc avsb hvm hvrc hlra sdfa)");
 }
 
 // The process's shared store, as a process first has it.
@@ -39,14 +56,10 @@ KivParamStore& freshStore() {
 
 using Published = std::map<KivParamStore::Key, Values>;
 
-TEST(Command, AppendsEntriesAsTheyComeAndSendsThem) {
-    KivParamStore& store = freshStore();
-    KivEffect effect(3, android::String16("effect"));
+TEST(Command, AppendsEntriesInTheOrderOfTheCalls) {
     const Values a = {100, 200};
     const Values b = {-1, 0};
     SetParamCommand command(7);
-    EXPECT_EQ(command.execute(effect), 0);
-    EXPECT_EQ(store.getCommitCount(), 0);
     command.add(VOL, 5);
     command.setDeviceId(2);
     command.add(DEON, 1);
@@ -56,46 +69,69 @@ TEST(Command, AppendsEntriesAsTheyComeAndSendsThem) {
     command.add(VOL, {&b, &a, &b});
     command.add(DEON, std::initializer_list<const Values*>());
     command.add(DEON, 2, {&a, &b});
-    Values words = {7,         0, -1,   kVol,  1,  5,    2,     kDeon, 1, 1,   2,   kDeon, 1,
-                    INT32_MIN, 2, kVol, 2,     -1, 0,    kAll,  kVol,  6, -1,  0,   100,   200,
-                    -1,        0, kAll, kDeon, 0,  kAll, kDeon, 5,     2, 100, 200, -1,    0};
-    EXPECT_EQ(command.mParams, words);
-    EXPECT_EQ(command.execute(effect), -22);
     command.add(VOL, -3, {});
     command.add(VOL, {0});
     command.add(VOL, {0, 0});
+    EXPECT_EQ(command.mParamCount, 10);
+    EXPECT_EQ('\n' + listText(command.mParams), R"(
+7:list 0
+-1:vol 5
+2:deon 1
+2:deon -2147483648
+2:vol -1 0
+all:vol -1 0 100 200 -1 0
+all:deon
+all:deon 2 100 200 -1 0
+all:vol -3
+all:vol 0
+all:vol 0 0
+)");
+}
+
+TEST(Command, SendsItsEntriesEachTimeItIsExecuted) {
+    KivParamStore& store = freshStore();
+    KivEffect effect(3, android::String16("effect"));
+    SetParamCommand command(7);
+    EXPECT_EQ(command.execute(effect), 0);  // Nothing to send.
+    EXPECT_EQ(store.getCommitCount(), 0);
+    command.add(VOL, 5);
     EXPECT_EQ(command.execute(effect), -22);
-    words[1] = 10;
-    words.insert(words.end(), {kAll, kVol, 1, -3, kAll, kVol, 1, 0, kAll, kVol, 2, 0, 0});
-    EXPECT_EQ(command.mParams, words);
-    EXPECT_EQ(store.getPublished().size(), 5U);
-    SetParamCommand echo(1);
-    echo.add(VOL, {nullptr, &echo.mParams});
-    EXPECT_EQ(echo.mParams, (Values{1, 0, -1, kVol, 2, 1, 0}));
-    echo.mParams.clear();
-    EXPECT_EQ(echo.execute(effect), 0);
+    command.setDeviceId(2);
+    command.add(DEON, 6);
+    EXPECT_EQ(command.mParams.at(1), 1);
+    EXPECT_EQ(command.execute(effect), -22);
+    EXPECT_EQ(command.mParams.at(1), 2);
+    EXPECT_EQ(store.getCommitCount(), 2);
+    EXPECT_EQ(store.getPublished(), (Published{{{-1, kVol}, {5}}, {{2, kDeon}, {6}}}));
+    command.mParams.clear();
+    EXPECT_EQ(command.execute(effect), 0);
     EXPECT_EQ(store.getCommitCount(), 2);
 }
 
 TEST(Command, JoinsListsThatAreKnownAtRunTimeOnly) {
     Values a = {1, 2};
     Values b = {3};
-    std::vector<Values*> lists = {&a, nullptr, &b, &a};
+    const std::vector<Values*> lists = {&a, nullptr, &b, &a};
     SetParamCommand command(7);
     command.add(VOL, lists);
     command.add(VOL, 9, lists);
-    command.add(VOL, std::vector<const Values*>{&command.mParams});
-    lists.clear();
-    command.add(VOL, lists);
-    command.add(VOL, 9, lists);
+    command.add(VOL, std::vector<Values*>());
+    command.add(VOL, 9, std::vector<Values*>());
     command.add(VOL, {});
     EXPECT_EQ(listText(command.mParams),
-              "7:list 0\n-1:vol 1 2 3 1 2\n-1:vol 9 1 2 3 1 2\n"
-              "-1:vol 7 0 -1 7106422 5 1 2 3 1 2 -1 7106422 6 9 1 2 3 1 2\n"
-              "-1:vol\n-1:vol 9\n-1:vol\n");
+              "7:list 0\n-1:vol 1 2 3 1 2\n-1:vol 9 1 2 3 1 2\n-1:vol\n-1:vol 9\n-1:vol\n");
 }
 
-TEST(SharedStore, GetsNothingOfAListThatIsNotWhatItsHeaderSays) {
+TEST(Command, JoinsItsOwnListAsItWasBefore) {
+    SetParamCommand command(1);
+    command.add(VOL, {nullptr, &command.mParams});
+    EXPECT_EQ(command.mParams, (Values{1, 0, -1, kVol, 2, 1, 0}));
+    command.add(VOL, std::vector<const Values*>{&command.mParams});
+    EXPECT_EQ(command.mParams,
+              (Values{1, 0, -1, kVol, 2, 1, 0, -1, kVol, 7, 1, 0, -1, kVol, 2, 1, 0}));
+}
+
+TEST(SharedStore, GetsTheEntriesOfAValidList) {
     LogCapture log;
     KivParamStore& store = freshStore();
     KivEffect effect(3, android::String16("effect"));
@@ -107,16 +143,16 @@ TEST(SharedStore, GetsNothingOfAListThatIsNotWhatItsHeaderSays) {
         EXPECT_EQ(log.take().back(), refused) << bytes;
     }
     EXPECT_EQ(store.getCommitCount(), 0);
-    // A last entry that is cut short does not spoil a list, but is no entry either.
+    // A list whose last entry is cut short is valid, but has no such entry.
     list[1] = 2;
     EXPECT_EQ(effect.send(1, list), -22);
-    EXPECT_EQ(effect.send(1, {0, 0}), -22);
     EXPECT_EQ(log.take().size(), 2U);
     EXPECT_EQ(store.getPublished(), (Published{{{2, kVol}, {7}}}));
+    EXPECT_EQ(effect.send(1, {0, 0}), -22);
     EXPECT_EQ(store.getCommitCount(), 2);
 }
 
-TEST(SharedStore, ShowsWhatIsCommitted) {
+TEST(SharedStore, PublishesWhatIsCommitted) {
     KivParamStore& store = freshStore();
     const Values values = {1, 2, 3};
     store.setParam(2, 10, values.data(), 3);
