@@ -1,5 +1,4 @@
-// What tuning parameters become for the effect, and which of them call for what. Parameters stand
-// in tables by number.
+// What tuning parameters become for the effect, and which of them call for what.
 #include <ormel/DeviceData.h>
 #include <ormel/Translator.h>
 
@@ -12,156 +11,313 @@ namespace {
 
 using ValueMap = std::map<Parameter, Values>;
 
-// One to three values for every parameter, ten times its number and on.
-ValueMap valuesOfAll() {
-    ValueMap all;
-    for (int32_t param = 0; param < 106; ++param) {
-        for (int32_t i = 0; i <= param % 3; ++i) {
-            all[Parameter{param}].push_back(10 * param + i);
-        }
-    }
-    return all;
-}
-
-// The lists of "parameter=value,value ...".
+// The lists of "name=value,value name= ...".
 ValueMap valuesOf(const std::string& text) {
     ValueMap map;
     std::istringstream words(text);
     for (std::string word; words >> word;) {
+        const size_t equals = word.find('=');
+        const std::string name = word.substr(0, equals);
+        const auto* const found = std::find(kParameterNames, std::end(kParameterNames), name);
+        EXPECT_NE(found, std::end(kParameterNames)) << name;
         std::replace(word.begin(), word.end(), ',', ' ');
-        std::istringstream numbers(word.substr(word.find('=') + 1));
-        map[Parameter{std::stoi(word)}] = {std::istream_iterator<int>(numbers), {}};
+        std::istringstream numbers(word.substr(equals + 1));
+        map[static_cast<Parameter>(found - kParameterNames)] = {std::istream_iterator<int>(numbers),
+                                                                {}};
     }
     return map;
 }
 
-// A command, each entry behind a blank and followed by ";".
+// A command's entries as "code value value; code ...".
 std::string textOf(const SetParamCommand& command) {
     std::istringstream lines(listText(command.mParams));
     std::string text;
-    for (std::string line; std::getline(lines, line);) {
-        text += ' ' + line.substr(line.find(':') + 1) + ';';
+    std::string line;
+    std::getline(lines, line);
+    while (std::getline(lines, line)) {
+        text += (text.empty() ? "" : "; ") + line.substr(line.find(':') + 1);
     }
     return text;
 }
 
-// The sources, and the code that translators of a single one write when it has no values.
-constexpr char kTranslators[] = R"(
-30=geon 28+29 40=ieon 39=iea 42=ieid 41+43 45=mdee 46=mdle 47=miee 48=msce 44=mave 49=mvbe 4=aoon
-5+6+7+8+9 12=beon 10=beb 11=becf 13=bew 18=plb 25=dea 27=deon 26=ded 65+56+57+66+67+59+60+61+62 54=ards
-55=aron 64=arde 58=arod 68=artp 63=rsse 74=ngon 72=dsb 77+90 88+87+82+81 84=vbog 86=vbsg 89=vbhg
-75=vbbg 76=vbct 78=vbhm 79=vbhb 80=vbmx 85=vbrg 98=vmb 99=dvla 100=dvlc 101=dvle 102=dvli 103=dvlo
-105=dvme 104=dvmc 91+52+50 38=dhfm 92=dfsa 97=dsa 93=dhsa 95=drsa 94=drha 96=svsb 32=vssd 19=ceon
-20+21+22+23 53=dplp 24=drcm 35=hpon 37=hptw 36=hpat 33=hpaa 34=hpar 16=bmde 17 69=rvsa 70=rvse 31=hvm
-1=hvrc 0=hlra 73=sdfa 71=svm 3=avsb 2=svrc)";
+// clang-format off
+// The translators in the order in which they run: their sources, and what they write of nothing.
+const struct {
+    std::vector<Parameter> sources;
+    const char* written;
+} kTranslators[] = {
+    {{GRAPHIC_EQUALIZER_ENABLE}, "geon"},
+    {{GEQ_FREQUENCY, GEQ_GAIN}, "gebs 0"},
+    {{IEQ_ENABLE}, "ieon"},
+    {{IEQ_AMOUNT}, "iea"},
+    {{IEQ_ID}, "ieid"},
+    {{IEQ_FREQUENCY, IEQ_TARGET}, "iebs 0"},
+    {{MI_DIALOG_ENHANCER_STEERING_ENABLE}, "mdee"},
+    {{MI_DV_LEVELER_STEERING_ENABLE}, "mdle"},
+    {{MI_IEQ_STEERING_ENABLE}, "miee"},
+    {{MI_SURROUND_COMPRESSOR_STEERING_ENABLE}, "msce"},
+    {{MI_ADAPTIVE_VIRTUALIZER_STEERING_ENABLE}, "mave"},
+    {{MI_VIRTUALIZER_BINAURAL_STEERING_ENABLE}, "mvbe"},
+    {{AUDIO_OPTIMIZER_ENABLE}, "aoon"},
+    {{AUDIO_OPTIMIZER_FREQUENCY, AUDIO_OPTIMIZER_GAIN_L, AUDIO_OPTIMIZER_GAIN_LS, AUDIO_OPTIMIZER_GAIN_R, AUDIO_OPTIMIZER_GAIN_RS}, ""},
+    {{BASS_ENHANCER_ENABLE}, "beon"},
+    {{BASS_ENHANCER_BOOST}, "beb"},
+    {{BASS_ENHANCER_CUTOFF_FREQUENCY}, "becf"},
+    {{BASS_ENHANCER_WIDTH}, "bew"},
+    {{CALIBRATION_BOOST}, "plb"},
+    {{DIALOG_ENHANCER_AMOUNT}, "dea"},
+    {{DIALOG_ENHANCER_ENABLE}, "deon"},
+    {{DIALOG_ENHANCER_DUCKING}, "ded"},
+    {{REGULATOR_STRESS_AMOUNT, REGULATOR_FREQUENCY, REGULATOR_ISOLATED_BAND, REGULATOR_THRESHOLD_HIGH, REGULATOR_THRESHOLD_LOW,
+      REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND,
+      REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND}, "arsa 0 0; arbs 0"},
+    {{REGULATOR_DISTORTION_SLOPE}, "ards"},
+    {{REGULATOR_ENABLE}, "aron"},
+    {{REGULATOR_SPEAKER_DIST_ENABLE}, "arde"},
+    {{REGULATOR_OVERDRIVE}, "arod"},
+    {{REGULATOR_TIMBRE_PRESERVATION}, "artp"},
+    {{REGULATOR_SIBILANCE_SUPPRESS_ENABLE}, "rsse"},
+    {{SURROUND_DECODER_ENABLE}, "ngon"},
+    {{SURROUND_BOOST}, "dsb"},
+    {{VIRTUAL_BASS_ENABLE, VIRTUAL_BASS_TYPE}, "vbm 0; vbon"},
+    {{VIRTUAL_BASS_SRC_FREQ_LOW, VIRTUAL_BASS_SRC_FREQ_HIGH, VIRTUAL_BASS_MIX_FREQ_LOW, VIRTUAL_BASS_MIX_FREQ_HIGH}, "vbsf; vbmf"},
+    {{VIRTUAL_BASS_OVERALL_GAIN}, "vbog"},
+    {{VIRTUAL_BASS_SLOPE_GAIN}, "vbsg"},
+    {{VIRTUAL_BASS_SUBGAINS}, "vbhg"},
+    {{VIRTUAL_BASS_BLEND_LINEAR_GAIN}, "vbbg"},
+    {{VIRTUAL_BASS_COMPRESSOR_TUNING}, "vbct"},
+    {{VIRTUAL_BASS_HARMGAINS}, "vbhm"},
+    {{VIRTUAL_BASS_HYBGAINS}, "vbhb"},
+    {{VIRTUAL_BASS_MIX_FREQUENCY}, "vbmx"},
+    {{VIRTUAL_BASS_ROLLOFF_GAIN}, "vbrg"},
+    {{VOLMAX_BOOST}, "vmb"},
+    {{VOLUME_LEVELER_AMOUNT}, "dvla"},
+    {{VOLUME_LEVELER_COMPRESSOR_ENABLE}, "dvlc"},
+    {{VOLUME_LEVELER_ENABLE}, "dvle"},
+    {{VOLUME_LEVELER_IN_TARGET}, "dvli"},
+    {{VOLUME_LEVELER_OUT_TARGET}, "dvlo"},
+    {{VOLUME_MODELER_ENABLE}, "dvme"},
+    {{VOLUME_MODELER_CALIBRATION}, "dvmc"},
+    {{VIRTUALIZER_ENABLE, OUTPUT_MIX_MATRIX, ORIENTATION}, "dom 2"},
+    {{HEIGHT_FILTER_MODE}, "dhfm"},
+    {{VIRTUALIZER_FRONT_SPEAKER_ANGLE}, "dfsa"},
+    {{VIRTUALIZER_SURROUND_SPEAKER_ANGLE}, "dsa"},
+    {{VIRTUALIZER_HEIGHT_SPEAKER_ANGLE}, "dhsa"},
+    {{VIRTUALIZER_REAR_SURROUND_SPEAKER_ANGLE}, "drsa"},
+    {{VIRTUALIZER_REAR_HEIGHT_SPEAKER_ANGLE}, "drha"},
+    {{VIRTUALIZER_START_BAND}, "svsb"},
+    {{HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE}, "vssd"},
+    {{COMPLEX_EQUALIZER_ENABLE}, "ceon"},
+    {{COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, COMPLEX_EQUALIZER_TUNING_RIGHT,
+      COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND}, ""},
+    {{PEAK_VALUE}, "dplp"},
+    {{CUSTOM_DRC_METADATA}, "drcm"},
+    {{HEARING_PROTECTION_ENABLE}, "hpon"},
+    {{HEARING_PROTECTION_RMS_AVERAGING_TIME_WIN_LEN}, "hptw"},
+    {{HEARING_PROTECTION_RMS_ATTENUATION_TARGET}, "hpat"},
+    {{HEARING_PROTECTION_ATTENUATION_ATTACK_TIME}, "hpaa"},
+    {{HEARING_PROTECTION_ATTENUATION_RELEASE_TIME}, "hpar"},
+    {{BASS_MBDRC_ENABLE}, "bmde"},
+    {{BASS_MBDRC_TUNING}, ""},
+    {{REVERB_SUPPRESSION_AMOUNT}, "rvsa"},
+    {{REVERB_SUPPRESSION_ENABLE}, "rvse"},
+    {{HEADPHONE_VIRTUALIZER_MODE}, "hvm"},
+    {{ADVANCED_HEADPHONE_VIRTUALIZER_RENDERING_CONFIG}, "hvrc"},
+    {{ADVANCED_HEADPHONE_VIRTUALIZER_LR_ANGLE}, "hlra"},
+    {{SURROUND_DECODER_DIFFUSE_RELOCATING_TO_FRONT_AMOUNT}, "sdfa"},
+    {{SPEAKER_VIRTUALIZER_MODE}, "svm"},
+    {{ADVANCED_SPEAKER_VIRTUALIZER_START_BIN}, "avsb"},
+    {{ADVANCED_SPEAKER_VIRTUALIZER_RENDERING_CONFIG}, "svrc"},
+};
+// clang-format on
 
-TEST(Registry, HoldsTheTranslatorsInTableOrder) {
-    TranslatorCollection& registry = *ParameterTranslator::sTranslatorCollection;
-    std::istringstream expected(kTranslators);
+TEST(Registry, HoldsTheTranslatorsInOrder) {
+    const TranslatorCollection& registry = *ParameterTranslator::sTranslatorCollection;
+    std::vector<Translator*> translators;
     for (Translator* const translator : TranslatorCollection::kAllTranslators) {
-        std::string row;
-        for (const Parameter param : translator->getSrcParams()) {
-            row += (row.empty() ? "" : "+") + std::to_string(param);
-            EXPECT_EQ(registry.getTranslator(param), translator) << param;
+        if (translator->getSrcParams().front() < kFirstParameterCount) {
+            translators.push_back(translator);
+        }
+    }
+    ASSERT_EQ(translators.size(), std::size(kTranslators));
+    for (size_t i = 0; i < translators.size(); ++i) {
+        const auto& [sources, written] = kTranslators[i];
+        SCOPED_TRACE(parameterName(sources.front()));
+        EXPECT_EQ(translators[i]->getSrcParams(), sources);
+        for (const Parameter param : sources) {
+            EXPECT_EQ(registry.getTranslator(param), translators[i]) << parameterName(param);
         }
         ProfileEndpoint source(1, ENDPOINT_SPEAKER, 0);
         SetParamCommand command(0);
-        translator->kivTranslate(command, source, ENDPOINT_OTHER, true);
-        if (translator->getSrcParams().size() == 1 && command.mParamCount == 1) {
-            row += "=" + lettersOf(command.mParams.at(3));
-        }
-        std::string expectedRow;
-        expected >> expectedRow;
-        EXPECT_EQ(row, expectedRow);
+        translators[i]->kivTranslate(command, source, ENDPOINT_OTHER, true);
+        EXPECT_EQ(textOf(command), written);
     }
-    EXPECT_EQ(TranslatorCollection::kAllTranslators.size(), 79U);
-    std::string without;
-    for (int32_t param = -1; param <= 106; ++param) {
-        without += registry.getTranslator(Parameter{param}) ? "" : " " + std::to_string(param);
-    }
-    EXPECT_EQ(without, " -1 14 15 51 83 106");
 }
 
-// Each case is the source, full with valuesOfAll() or sparse, the endpoint, "m" for mono; the
-// parameter that changes; the source's lists that are as here; the entries; and what the
-// translation changes in the source, where reading leaves an empty list. A missing value counts as
-// 0. The switches: 16 bass compressor, 19 complex equalizer, 63 sibilance suppression, 77 virtual
-// bass, 91 virtualizer. 50 is the orientation, 51 the number of channels, 52 the mix matrix, 65 the
-// regulator's stress.
-constexpr char kCases[] = R"(
-f0 29 > gebs 2 280 281 290 291 292;>| s0 29 29=5 > gebs 0 5;> 28=| s0 53 > dplp;> 53=|
-f0 43 > iebs 3 410 411 412 430 431;>| s0 43 > iebs 0;> 41= 43=| f0 24 > drcm 240;>|
-f0 20 19=1,0 51=2,4 > ceqt 2 3 200 201 202 220 221;>| f0 20 19=0,1 51=2 >>| f0 20 19=2 51=2 >>|
-f0 20 19=1 51=4 > ceqt 4 3 200 201 202 220 221 210 230 231 232;>| f0 20 19=1 51=6 >>|
-s0 20 51=2 >> 19=| s0 20 19=1 >> 51=| f0 90 77=-1,0 > vbm 830 831 832; vbon 900;>|
-f0 90 77=0,1 > vbm 0; vbon 900;>| s0 77 > vbm 0; vbon;> 77= 90=| f0 53 > dplp 530 531 532;>|
-f0 82 > vbsf 880 881 870; vbmf 820 821 810;>| f0 17 > bmdt 170 171 172;>| f0 17 16=0,1 >>|
-s0 17 17=3 >> 16=| f0 25 25=13,40 > dea 12 40;>| f0 25 25=12,13 > dea 12 13;>|
-f0 25 25=-3 > dea -3;>| s0 25 > dea;> 25=| f0 6 51=2,4 > aobs 3 2 50 51 52 60 80 81 82;>|
-f0 6 51=3 >>| s0 6 5=1 >> 51=| f0 6 51=4 > aobs 3 4 50 51 52 60 80 81 82 70 71 90;>| f0 65 63=1 51=2
-> arsa 2 650 651; arbs 3 560 561 562 670 671 660 570; rssa 2 3 590 591 592 610 611;> 65=650,651|
-f0 65 63=1,0 51=4,9 65=8 60=6 62=7
-> arsa 4 9 8; arbs 3 560 561 562 670 671 660 570; rssa 4 3 590 591 592 610 611 6 7;>|
-f0 65 63=1 51=3 > arsa 3 650 651 652; arbs 3 560 561 562 670 671 660 570;>|
-f0 65 63=0,1 51=4 > arsa 4 650 651 652; arbs 3 560 561 562 670 671 660 570;>|
-f0 65 63=2 51=4 > arsa 4 650 651 652; arbs 3 560 561 562 670 671 660 570;>|
-s0 65 65=5 57=4 67=3 63=1 > arsa 5 0; arbs 0 3 4;> 51= 65=5,0 56= 66=|
-f0 50 > dom 910 911 0 500 501 502 520 521;>| f1 50 > dom 910 911 1 500 501 502;>|
-f2m 50 > dom 910 911 2 500 501 502;>| f0m 50 > dom 0 0 1 520 521;> 91=0 50=1|
-s0 50 > dom 0;> 50= 52= 91=| s1 50 50=3 > dom 1 3;> 91=| s0m 50 > dom 0 0 1;> 50=1 52= 91=0)";
+TEST(Registry, HasNoTranslatorOfOtherParameters) {
+    const TranslatorCollection& registry = *ParameterTranslator::sTranslatorCollection;
+    for (const auto param :
+         {BASS_EXTRACTION_CUTOFF_FREQUENCY, BASS_EXTRACTION_ENABLE, OUTPUT_CHANNELS,
+          VIRTUAL_BASS_MODE, Parameter{-1}, static_cast<Parameter>(kParameterCount)}) {
+        EXPECT_EQ(registry.getTranslator(param), nullptr) << parameterName(param);
+    }
+}
 
-TEST(Translation, WritesWhatTheEffectTakes) {
-    std::istringstream cases(kCases);
-    std::string kind;
-    for (int changed = 0; cases >> kind >> changed;) {
-        std::string parts[3];
-        std::getline(cases, parts[0], '>');
-        std::getline(cases, parts[1], '>');
-        std::getline(cases, parts[2], '|');
-        SCOPED_TRACE(kind + parts[1]);
+struct TranslationCase {
+    Parameter changed;
+    std::string source;   // the lists that the source has
+    std::string written;  // the entries
+    std::string left;  // what changes in the source; reading a list that is absent leaves it empty
+};
+
+void expectTranslations(const std::vector<TranslationCase>& cases,
+                        Endpoint endpoint = ENDPOINT_SPEAKER, bool mono = false) {
+    for (const auto& [changed, lists, written, left] : cases) {
+        SCOPED_TRACE(std::string(parameterName(changed)) + " of " + lists);
         ProfileEndpoint source(8L, 1, ENDPOINT_OTHER, 0);
-        source.getValues() = valuesOf(parts[0]);
-        source.getValues().merge(kind[0] == 'f' ? valuesOfAll() : ValueMap());
-        ValueMap left = valuesOf(parts[2]);
-        left.insert(source.getValues().begin(), source.getValues().end());
+        source.getValues() = valuesOf(lists);
+        ValueMap expected = valuesOf(left);
+        expected.insert(source.getValues().begin(), source.getValues().end());
         ParameterTranslator translator;
-        translator.setSource(&source, Endpoint{kind[1] - '0'}, kind.back() == 'm');
-        translator.onParameterChanged(Parameter{changed});
+        translator.setSource(&source, endpoint, mono);
+        translator.onParameterChanged(changed);
         SetParamCommand command(0);
         translator.translatePending(command);
-        EXPECT_EQ(textOf(command), " list 0;" + parts[1]);
-        EXPECT_EQ(source.getValues(), left);
+        EXPECT_EQ(textOf(command), written);
+        EXPECT_EQ(source.getValues(), expected);
         EXPECT_FALSE(source.isDirty());
     }
 }
 
-TEST(Translation, RunsWhatIsPendingOnceInTableOrder) {
+// clang-format off
+TEST(Translation, OfOneParameter) {
+    expectTranslations({
+        {PEAK_VALUE,             "peak_value=7,-8",              "dplp 7 -8", ""},
+        {PEAK_VALUE,             "",                             "dplp",      "peak_value="},
+        {CUSTOM_DRC_METADATA,    "custom_drc_metadata=1,2",      "drcm 1 2",  ""},
+        {DIALOG_ENHANCER_AMOUNT, "dialog_enhancer_amount=12,13", "dea 12 13", ""},
+        {DIALOG_ENHANCER_AMOUNT, "dialog_enhancer_amount=13,40", "dea 12 40", ""},  // At most 12.
+        {DIALOG_ENHANCER_AMOUNT, "dialog_enhancer_amount=-3",    "dea -3",    ""},
+        {DIALOG_ENHANCER_AMOUNT, "",                             "dea",       "dialog_enhancer_amount="},
+    });
+}
+
+TEST(Translation, OfEqualizersCountsTheFrequencies) {
+    expectTranslations({
+        {GEQ_GAIN,   "geq_frequency=32,64 geq_gain=10,-20",     "gebs 2 32 64 10 -20",   ""},
+        {GEQ_GAIN,   "geq_frequency=32,64 geq_gain=1,2,3",      "gebs 2 32 64 1 2 3",    ""},
+        {GEQ_GAIN,   "geq_gain=5",                              "gebs 0 5",              "geq_frequency="},
+        {IEQ_TARGET, "ieq_frequency=47,141,234 ieq_target=7,8", "iebs 3 47 141 234 7 8", ""},
+        {IEQ_TARGET, "",                                        "iebs 0",                "ieq_frequency= ieq_target="},
+    });
+}
+
+TEST(Translation, OfBassGoesByItsSwitches) {
+    expectTranslations({
+        {VIRTUAL_BASS_TYPE,         "virtual_bass_enable=-1,0 virtual_bass_mode=3,4 virtual_bass_type=1", "vbm 3 4; vbon 1", ""},
+        {VIRTUAL_BASS_TYPE,         "virtual_bass_enable=0,1 virtual_bass_mode=3 virtual_bass_type=1",    "vbm 0; vbon 1",   ""},
+        {VIRTUAL_BASS_ENABLE,       "",                                          "vbm 0; vbon", "virtual_bass_enable= virtual_bass_type="},
+        {BASS_MBDRC_TUNING,         "bass_mbdrc_enable=1 bass_mbdrc_tuning=5,6", "bmdt 5 6",    ""},
+        {BASS_MBDRC_TUNING,         "bass_mbdrc_enable=0,1 bass_mbdrc_tuning=5", "",            ""},
+        {BASS_MBDRC_TUNING,         "bass_mbdrc_tuning=5",                       "",            "bass_mbdrc_enable="},
+        {VIRTUAL_BASS_MIX_FREQ_LOW, "virtual_bass_src_freq_low=35 virtual_bass_src_freq_high=160,161 "
+                                    "virtual_bass_mix_freq_low=150 virtual_bass_mix_freq_high=500", "vbsf 35 160 161; vbmf 150 500", ""},
+    });
+}
+
+// Left, right, and then the surrounds, of two or four channels only. The two count words change places.
+TEST(Translation, OfListsByChannel) {
+    const std::string equalizer =
+            " complex_equalizer_tuning_left=1,2 complex_equalizer_tuning_left_surround=3,4,5"
+            " complex_equalizer_tuning_right=6 complex_equalizer_tuning_right_surround=7,8";
+    const std::string optimizer =
+            " audio_optimizer_frequency=47,141,234 audio_optimizer_gain_l=1,2 audio_optimizer_gain_ls=3"
+            " audio_optimizer_gain_r=4,5 audio_optimizer_gain_rs=6";
+    expectTranslations({
+        {COMPLEX_EQUALIZER_TUNING_LEFT, "complex_equalizer_enable=1,0 output_channels=2,4" + equalizer, "ceqt 2 2 1 2 6", ""},
+        {COMPLEX_EQUALIZER_TUNING_LEFT, "complex_equalizer_enable=1 output_channels=4" + equalizer,     "ceqt 4 2 1 2 6 3 4 5 7 8", ""},
+        {COMPLEX_EQUALIZER_TUNING_LEFT, "complex_equalizer_enable=1 output_channels=6" + equalizer,     "", ""},
+        {COMPLEX_EQUALIZER_TUNING_LEFT, "complex_equalizer_enable=0,1 output_channels=2" + equalizer,   "", ""},
+        {COMPLEX_EQUALIZER_TUNING_LEFT, "complex_equalizer_enable=2 output_channels=2" + equalizer,     "", ""},
+        {COMPLEX_EQUALIZER_TUNING_LEFT, "output_channels=2",                                            "", "complex_equalizer_enable="},
+        {COMPLEX_EQUALIZER_TUNING_LEFT, "complex_equalizer_enable=1",                                   "", "output_channels="},
+        {AUDIO_OPTIMIZER_GAIN_L,        "output_channels=2,4" + optimizer, "aobs 3 2 47 141 234 1 2 4 5", ""},
+        {AUDIO_OPTIMIZER_GAIN_L,        "output_channels=4" + optimizer,   "aobs 3 4 47 141 234 1 2 4 5 3 6", ""},
+        {AUDIO_OPTIMIZER_GAIN_L,        "output_channels=3" + optimizer,   "", ""},
+        {AUDIO_OPTIMIZER_GAIN_L,        "audio_optimizer_frequency=1",     "", "output_channels="},
+    });
+}
+
+// Of up to two channels the stress amounts become two, in the source as well.
+TEST(Translation, OfTheRegulator) {
+    const std::string bands =
+            " regulator_frequency=100,200 regulator_threshold_low=1,2 regulator_threshold_high=3,4 regulator_isolated_band=0,1"
+            " regulator_sibilance_suppress_amounts_left=5,6 regulator_sibilance_suppress_amounts_left_surround=7"
+            " regulator_sibilance_suppress_amounts_right=8,9 regulator_sibilance_suppress_amounts_right_surround=10";
+    const std::string arbs = "; arbs 2 100 200 1 2 3 4 0 1";
+    const std::string on = " regulator_sibilance_suppress_enable=1" + bands;
+    const std::string off = " regulator_sibilance_suppress_enable=0,1" + bands;
+    expectTranslations({
+        {REGULATOR_STRESS_AMOUNT, "output_channels=2 regulator_stress_amount=5" + on,         "arsa 2 5 0" + arbs + "; rssa 2 2 5 6 8 9",           "regulator_stress_amount=5,0"},
+        {REGULATOR_STRESS_AMOUNT, "output_channels=2 regulator_stress_amount=5,6,7" + on,     "arsa 2 5 6" + arbs + "; rssa 2 2 5 6 8 9",           "regulator_stress_amount=5,6"},
+        {REGULATOR_STRESS_AMOUNT, "output_channels=4,9 regulator_stress_amount=5,6,7" + on,   "arsa 4 9 5 6 7" + arbs + "; rssa 4 2 5 6 8 9 7 10",  ""},
+        {REGULATOR_STRESS_AMOUNT, "output_channels=3 regulator_stress_amount=5" + on,         "arsa 3 5" + arbs,   ""},
+        {REGULATOR_STRESS_AMOUNT, "output_channels=4 regulator_stress_amount=5" + off,        "arsa 4 5" + arbs,   ""},
+        {REGULATOR_STRESS_AMOUNT, "output_channels=4 regulator_sibilance_suppress_enable=2",  "arsa 4; arbs 0",    "regulator_stress_amount= regulator_frequency= regulator_threshold_low= regulator_threshold_high= regulator_isolated_band="},
+        {REGULATOR_STRESS_AMOUNT, "regulator_stress_amount=5" + on,                           "arsa 5 0" + arbs,   "output_channels= regulator_stress_amount=5,0"},
+    });
+}
+
+TEST(Translation, OfTheOutputModeGoesByTheEndpoint) {
+    const std::string full = "virtualizer_enable=1 orientation=3 output_mix_matrix=7,8";
+    expectTranslations({
+        {ORIENTATION, full, "dom 1 0 3 7 8", ""},
+        {ORIENTATION, "",   "dom 0",         "virtualizer_enable= orientation= output_mix_matrix="},
+    });
+    expectTranslations({{ORIENTATION, full, "dom 1 1 3", ""}}, ENDPOINT_HEADPHONE);
+    // Mono turns a speaker's virtualizer off, in the source as well.
+    expectTranslations({
+        {ORIENTATION, full, "dom 0 0 1 7 8", "virtualizer_enable=0 orientation=1"},
+        {ORIENTATION, "",   "dom 0 0 1",     "virtualizer_enable=0 orientation=1 output_mix_matrix="},
+    }, ENDPOINT_SPEAKER, true);
+    expectTranslations({{ORIENTATION, full, "dom 1 2 3", ""}}, ENDPOINT_OTHER, true);
+}
+// clang-format on
+
+TEST(ParameterTranslator, RunsEachPendingTranslatorOnceInTableOrder) {
     Tuning tuning("t", ENDPOINT_SPEAKER, false);
     tuning.getValues() = {{VOLMAX_BOOST, {2}}, {ORIENTATION, {3}}};
     IeqPreset preset(6, "x");
     SetParamCommand command(0);
     ParameterTranslator translator;
-    translator.onParameterChanged(IEQ_ENABLE);
-    translator.translatePending(command);  // Without a source, so what is pending is dropped.
     translator.setSource(&preset, ENDPOINT_SPEAKER, false);
-    // Of these, the channel count and the virtual bass mode (51, 83) are only read on the way of
-    // others, and the bass compressor's switch (16) is passed on but turns no other on.
-    for (const int32_t param : {98, 29, 28, 30, 51, 83, 16, 50}) {
-        translator.onParameterChanged(Parameter{param});
+    // OUTPUT_CHANNELS and VIRTUAL_BASS_MODE call for no translator, and a tuning, which accepts no
+    // virtualizer switch, gives no output mode.
+    for (const Parameter changed :
+         {VOLMAX_BOOST, GEQ_GAIN, GEQ_FREQUENCY, GRAPHIC_EQUALIZER_ENABLE, OUTPUT_CHANNELS,
+          VIRTUAL_BASS_MODE, BASS_MBDRC_ENABLE, ORIENTATION}) {
+        translator.onParameterChanged(changed);
     }
-    // A tuning accepts no virtualizer switch, and so gives no output mode.
     translator.setSource(&tuning, ENDPOINT_SPEAKER, true);
     translator.translatePending(command);
     translator.translatePending(command);
+    EXPECT_EQ(textOf(command), "geon; gebs 0; vmb 2; bmde");
     EXPECT_EQ(tuning.getValues()[ORIENTATION], Values{3});
+}
+
+TEST(ParameterTranslator, TranslatesAllParametersOfTheSourcesClass) {
+    IeqPreset preset(6, "x");
+    SetParamCommand command(0);
+    ParameterTranslator translator;
+    translator.onParameterChanged(IEQ_ENABLE);
+    translator.translatePending(command);  // Without a source, so what is pending is dropped.
     translator.setSource(&preset, ENDPOINT_OTHER, false);
     translator.translateAll(command);
     translator.translateAll(command);
-    EXPECT_EQ(textOf(command),
-              " list 0; geon; gebs 0; vmb 2; bmde; ieid 6; iebs 0; ieid 6; iebs 0;");
+    EXPECT_EQ(textOf(command), "ieid 6; iebs 0; ieid 6; iebs 0");
 }
 
-/** A translator of somebody else's, who says of no operation that it changes nothing. */
+/** A translator of another library's, whose operations are not const. */
 class OutsideTranslator : public SimpleTranslator {
   public:
     OutsideTranslator() : SimpleTranslator(VMB, VOLMAX_BOOST) {}
@@ -181,7 +337,7 @@ TEST(Translator, CanBeDerivedFrom) {
     OutsideTranslator outside;
     Translator& translator = outside;
     translator.kivTranslate(command, source, ENDPOINT_OTHER, false);
-    EXPECT_EQ(textOf(command), " list 0; vmb; plb 2;");
+    EXPECT_EQ(textOf(command), "vmb; plb 2");
     EXPECT_EQ(translator.getSrcParams(), std::vector<Parameter>{PEAK_VALUE});
     EXPECT_EQ(outside.SimpleTranslator::getSrcParams(), std::vector<Parameter>{VOLMAX_BOOST});
 }
