@@ -37,19 +37,18 @@ TEST(DocumentBudget, HasAPriceForEverything) {
         const char* document;
         std::string cost;
     } cases[] = {
-            {"two passes that remember where they begin, and return", "<d/>", "8 0 0"},
-            {"in each a name of 4 and a step", "<d> </d>", "24 0 0"},
-            {"names of 4 and 1, two steps", "<d> <x/></d>", "34 0 0"},
-            {"an element without children, read on from: object, name, mode", "<d> <profile/></d>",
-             "329 4 256"},
+            {"between two passes, a push and a pop", "<d/>", "8 0 0"},
+            {"in each pass a name of 4 bytes and a step", "<d> </d>", "24 0 0"},
+            {"in each pass names of 4 and 1 bytes and two steps", "<d> <x/></d>", "34 0 0"},
+            {"a profile: an object, its name and its mode", "<d> <profile/></d>", "329 4 256"},
             {"an attribute that is looked at: 4", "<d> <profile a='1'/></d>", "333 4 256"},
-            {"one that is read, too: 2, and kept in two places", "<d> <profile name='ab'/></d>",
+            {"2 bytes more that are read, and kept twice", "<d> <profile name='ab'/></d>",
              "335 8 256"},
-            {"entity nodes of 4, a text of 2 that is kept",
+            {"entity nodes of 4, and a text of 2 bytes that is kept",
              "<!DOCTYPE d [<!ENTITY e 'ab'>]><d x='&e;'/>", "18 2 0"},
             {"an empty entity costs its node", "<!DOCTYPE d [<!ENTITY e ''>]><d x='&e;&e;'/>",
              "16 0 0"},
-            {"a message of 64 and what it quotes, names of 23, 14 and 11, and a text of 1 read",
+            {"a message of 64 that quotes 1 byte, names of 23, 14 and 11, a text of 1",
              "<d> <authorized_technologies> <global_setting device_name='a'/>"
              "</authorized_technologies></d>",
              "193 0 0"},
@@ -59,7 +58,7 @@ TEST(DocumentBudget, HasAPriceForEverything) {
     }
 }
 
-TEST(DocumentBudget, ALoadPaysForItsListsAndMaps) {
+TEST(DocumentBudget, ChargesALoadForItsListsAndMaps) {
     const LogCapture log;
     const auto tuningOf = [](const std::string& devices) {
         return "<d> <tuning name='t'>" + devices +
@@ -89,23 +88,23 @@ std::string outcomeOf(const std::string& document) {
     return parser.getError().substr(0, parser.getError().find(':'));
 }
 
-TEST(DocumentBudget, IsRefusedAboveABoundOnly) {
+TEST(DocumentBudget, RefusesADocumentAboveEachBoundOnly) {
     constexpr char kWork[] = "too much work";
     constexpr char kPayload[] = "too many bytes of lists, values and names";
     constexpr char kHolders[] = "too many bytes of objects and map entries";
     const LogCapture log;
 
-    // What stands outside the root costs nothing, but lets a document cost more.
-    const std::string strays = "<d> " + repeat("<profile/>", 450) + "</d>";
+    // Blanks outside the root cost nothing, but let a larger document cost more.
+    const std::string profiles = "<d> " + repeat("<profile/>", 450) + "</d>";
     TuningFileParser unbounded;
-    EXPECT_EQ(unbounded.setTuningFile(strays + std::string(1 << 20, ' '), true), 0);
+    EXPECT_EQ(unbounded.setTuningFile(profiles + std::string(1 << 20, ' '), true), 0);
     const uint64_t work = unbounded.getBudget().getWork();
     const size_t size = (work - DocumentBudget::kWorkBase + 15) / DocumentBudget::kWorkPerByte;
-    ASSERT_GT(size, strays.size());
-    EXPECT_EQ(outcomeOf(strays + std::string(size - strays.size(), ' ')), "");
-    EXPECT_EQ(outcomeOf(strays + std::string(size - strays.size() - 1, ' ')), kWork);
+    ASSERT_GT(size, profiles.size());
+    EXPECT_EQ(outcomeOf(profiles + std::string(size - profiles.size(), ' ')), "");
+    EXPECT_EQ(outcomeOf(profiles + std::string(size - profiles.size() - 1, ' ')), kWork);
 
-    // Numbers take 4 bytes, the id and the mode among them, and the name of a preset its own.
+    // Each number takes 4 bytes, those of the id and the mode too, and a preset's name its length.
     const std::string row = repeat("1 ", (16 << 20) / sizeof(int32_t) - 3);
     const auto named = [&row](size_t nameSize) {
         return "<d> <profile> <drc-metadata v='" + row + "'/></profile> <preset type='ieq' name='" +
@@ -126,7 +125,7 @@ TEST(DocumentBudget, IsRefusedAboveABoundOnly) {
     EXPECT_EQ(outcomeOf(presets + "<preset type='geq'> </preset></d>"), kHolders);
 }
 
-TEST(DocumentBudget, ARefusalLeavesTheParserAsItWas) {
+TEST(DocumentBudget, LeavesTheParserAsItWasAfterARefusal) {
     const LogCapture log;
     TuningFileParser parser;
     const std::string head = "<d> <format_version major='3' minor='4' maintenance='";
@@ -136,8 +135,9 @@ TEST(DocumentBudget, ARefusalLeavesTheParserAsItWas) {
             "<authorized_technologies> <global_setting device_name='n' device_index='7' "
             "tuning_version='7' virtual_bass_process='7' altivo_game_system_gain='7'/>"
             "</authorized_technologies> <tool_version major='7'/>";
-    const std::string dear = head + "7'/> " + settings + repeat("<profile id='1' name='b'/>", 2000);
-    EXPECT_EQ(parser.setTuningFile(dear + "</d>", true), -22);
+    const std::string expensive =
+            head + "7'/> " + settings + repeat("<profile id='1' name='b'/>", 2000);
+    EXPECT_EQ(parser.setTuningFile(expensive + "</d>", true), -22);
     EXPECT_EQ(parser.getDeviceData(), data);
     EXPECT_EQ(parser.getNumOfProfiles(), 1);
     EXPECT_EQ(parser.getProfileName(1), "a");
@@ -171,7 +171,7 @@ char* duplicate(const char* text) {
     return mayAllocate() ? ::strdup(text) : nullptr;
 }
 
-TEST(DocumentBudget, AFailedAllocationOfTheParserRefusesTheDocument) {
+TEST(DocumentBudget, RefusesADocumentWhenAnAllocationOfLibxml2Fails) {
     ASSERT_EQ(xmlMemSetup(std::free, allocate, reallocate, duplicate), 0);
     const LogCapture log;
     const std::string body =
@@ -201,7 +201,7 @@ TEST(DocumentBudget, AFailedAllocationOfTheParserRefusesTheDocument) {
         for (bool isSpent = true; isSpent; ++allocations) {
             const auto [outcome, allSpent] = read(allocations);
             isSpent = allSpent;
-            EXPECT_TRUE(outcome == "refused" || outcome == whole) << allocations << ": " << outcome;
+            EXPECT_THAT(outcome, ::testing::AnyOf("refused", whole)) << allocations;
         }
         EXPECT_GT(allocations, 10);
     }

@@ -64,8 +64,8 @@ std::string readAttributes(TagIterator& iterator) {
     return joined(texts) + joined(numbers) + joined(iterator.getAttrsName());
 }
 
-// Where the cursor comes by: n next, c first child, < remembers, > returns, 0 frees, 1 loads and r
-// reads.
+// The nodes that the cursor visits, by steps: n next(), c childrenNext(), < pushNode(), >
+// popNode(), 0 clearAll(), 1 init(), r readAttributes().
 std::string walk(const std::string& document, const std::string& steps) {
     TagIterator iterator;
     std::string trace;
@@ -84,10 +84,15 @@ std::string walk(const std::string& document, const std::string& steps) {
     return trace;
 }
 
-TEST(TagIterator, WalksAndReads) {
+TEST(TagIterator, VisitsNodesAndReadsAttributes) {
     const std::string indented = "<a>\n<b>\n<c/>\n<d>x</d>\n</b>\n<!--k--><e/></a>";
     const std::string rare = "<!DOCTYPE a [<!ENTITY x 'y'>]><a><?pi b?><![CDATA[c]]>&x;</a>";
-    const std::tuple<std::string, const char*, const char*, LogLines> cases[] = {
+    const struct {
+        std::string document;
+        const char* steps;
+        const char* trace;
+        LogLines messages;
+    } cases[] = {
             {indented, "nnnnnnc", " text:N b:ECN text:N comment:N e:E -: -: -:", {}},
             {indented, "nccnnc", " text:N b:ECN c:EN c:EN text:N d:ECN -:", {}},
             {indented, "n<cnn>n", " text:N b:ECN b:ECN c:EN text:N d:ECN b:ECN text:N", {}},
@@ -139,25 +144,26 @@ TEST(TagIterator, WalksAndReads) {
     }
 }
 
-TEST(TagIterator, SaysWhyADocumentCannotBeLoaded) {
+TEST(TagIterator, SaysWhyItCannotReadADocument) {
     const TempFile good("<a><b/></a>");
     const TempFile bad("<a>\n<b></a>");
     constexpr char kEmpty[] = "Invalide xml file path/data, 52";
     constexpr char kUnread[] = "fail to call xmlReadFile,  63";
-    const std::tuple<std::string, bool, int, const char*, const char*> cases[] = {
-            {good.path(), false, 0, "", ""},
-            {"", false, -22, kEmpty, "no path or text"},
-            {"", true, -22, kEmpty, "no path or text"},
-            {bad.path(), false, -22, kUnread,
-             "line 2: Opening and ending tag mismatch: b line 2 and a"},
-            {good.path() + "-", false, -22, kUnread, "No such file or directory"},
-            {"-", false, -22, kUnread, "No such file or directory"},
-            {"http://[::1]/", false, -22, kUnread, "No such file or directory"},
-            {::testing::TempDir(), false, -22, kUnread, "not a regular file"},
-            {"/dev/null", false, -22, kUnread, "not a regular file"},
-            {good.path(), true, -22, kUnread, "line 1: Start tag expected, '<' not found"},
-            {"<!DOCTYPE a><a><b/></a>", true, -19, "fail to call xmlDocGetRootElement, 69",
-             "no root element"}};
+    // clang-format off
+    const struct { std::string source; bool fromMemory; int status; const char* message; const char* reason; } cases[] = {
+        {good.path(),                 false, 0,   "",      ""},
+        {"",                          false, -22, kEmpty,  "no path or text"},
+        {"",                          true,  -22, kEmpty,  "no path or text"},
+        {bad.path(),                  false, -22, kUnread, "line 2: Opening and ending tag mismatch: b line 2 and a"},
+        {good.path() + "-",           false, -22, kUnread, "No such file or directory"},
+        {"-",                         false, -22, kUnread, "No such file or directory"},
+        {"http://[::1]/",             false, -22, kUnread, "No such file or directory"},
+        {::testing::TempDir(),        false, -22, kUnread, "not a regular file"},
+        {"/dev/null",                 false, -22, kUnread, "not a regular file"},
+        {good.path(),                 true,  -22, kUnread, "line 1: Start tag expected, '<' not found"},
+        {"<!DOCTYPE a><a><b/></a>",   true,  -19, "fail to call xmlDocGetRootElement, 69", "no root element"},
+    };
+    // clang-format on
     LogCapture log;
     for (const auto& [source, fromMemory, status, message, reason] : cases) {
         TagIterator iterator;
@@ -170,7 +176,7 @@ TEST(TagIterator, SaysWhyADocumentCannotBeLoaded) {
     }
 }
 
-TEST(TagIterator, TheLastOneCleansUp) {
+TEST(TagIterator, CleansLibxml2UpWithTheLastInstance) {
     for (gCleanups = 0; gCleanups < 2;) {
         const int before = gCleanups;
         auto last = std::make_unique<TagIterator>();
@@ -188,22 +194,25 @@ TEST(TagIterator, TheLastOneCleansUp) {
     }
 }
 
-TEST(IntegerText, IsReadAsAStreamReadsIt) {
+TEST(IntegerText, ReadsNumbersAsAStreamDoes) {
     constexpr int kMax = std::numeric_limits<int>::max();
     constexpr int kMin = std::numeric_limits<int>::min();
-    // The number at the front of the texts, and the row that goes on from a 9.
-    const std::tuple<int, Ints, std::vector<std::string>> cases[] = {
-            {0, {9}, {"", " ", "oops", ",1", "-", "+", "+-5", "-+5", "++5", "--5", "- 5", "+ 5"}},
-            {0, {9, 0}, {"0x10", "-0"}},
-            {12, {9, 12}, {"12abc", "12.7", "12e3", "+12", "0012", "\t\n\v\f\r12"}},
-            {-15, {9, -15}, {"  -15dB", "-015"}},
-            {1, {9, 1, 2}, {"1,2", "1 2", "1, 2,", "1  2 ", "1\t2", "1+2", "1 2;3", "1,2x,3"}},
-            {1, {9, 1}, {"1,,2", "1 ,2", "1\t,2", "1;2", "1,2147483648,6", "1 -2147483649"}},
-            {1, {9, 1, -2}, {"1-2"}},
-            {10, {9, 10, 20, 30, 40}, {"10, 20,30 40"}},
-            {kMax, {9, kMax, kMin}, {"2147483647 -2147483648"}},
-            {kMax, {9}, {"2147483648,1", "99999999999", "+99999999999999999999999"}},
-            {kMin, {9}, {"-2147483649,1", "-99999999999999999999999"}}};
+    // The row goes on from a 9.
+    // clang-format off
+    const struct { int number; Ints row; std::vector<std::string> texts; } cases[] = {
+        {0,    {9},                 {"", " ", "oops", ",1", "-", "+", "+-5", "-+5", "++5", "--5", "- 5", "+ 5"}},
+        {0,    {9, 0},              {"0x10", "-0"}},
+        {12,   {9, 12},             {"12abc", "12.7", "12e3", "+12", "0012", "\t\n\v\f\r12"}},
+        {-15,  {9, -15},            {"  -15dB", "-015"}},
+        {1,    {9, 1, 2},           {"1,2", "1 2", "1, 2,", "1  2 ", "1\t2", "1+2", "1 2;3", "1,2x,3"}},
+        {1,    {9, 1},              {"1,,2", "1 ,2", "1\t,2", "1;2", "1,2147483648,6", "1 -2147483649"}},
+        {1,    {9, 1, -2},          {"1-2"}},
+        {10,   {9, 10, 20, 30, 40}, {"10, 20,30 40"}},
+        {kMax, {9, kMax, kMin},     {"2147483647 -2147483648"}},
+        {kMax, {9},                 {"2147483648,1", "99999999999", "+99999999999999999999999"}},
+        {kMin, {9},                 {"-2147483649,1", "-99999999999999999999999"}},
+    };
+    // clang-format on
     for (const auto& [number, row, texts] : cases) {
         for (const std::string& text : texts) {
             Ints read = {9};

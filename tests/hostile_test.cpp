@@ -1,4 +1,4 @@
-// Documents that were made to do harm, or that time and updates have harmed.
+// Malicious and damaged documents, and the store under many threads.
 #include <gtest/gtest.h>
 #include <ormel/SpatializerParamCache.h>
 #include <sys/stat.h>
@@ -73,7 +73,7 @@ std::string parameterLevels(const std::string& names) {
     return levels;
 }
 
-/** A document of so many bytes, most of them in elements that mean nothing. */
+/** A document of @p size bytes, most of them in unknown elements. */
 std::string padded(size_t size) {
     const std::string begin = "<d>" + kProfile;
     const std::string end = kTuning + "</d>";
@@ -88,7 +88,7 @@ std::string padded(size_t size) {
 
 class HostileTest : public StoreTest {
   protected:
-    /** Profiles and tunings that are there, or "refused" when nothing changed. */
+    /** Numbers of new profiles and tunings, or "refused". */
     std::string outcome(const std::string& path) {
         const int profiles = mArray.getTuningProfileCount();
         const int tunings = mArray.getTuningCount();
@@ -100,12 +100,15 @@ class HostileTest : public StoreTest {
         const bool refused = std::find(lines.begin(), lines.end(), refusal) != lines.end();
         const int newProfiles = mArray.getTuningProfileCount() - profiles;
         const int newTunings = mArray.getTuningCount() - tunings;
-        EXPECT_TRUE(!refused || (newProfiles == 0 && newTunings == 0));
-        return refused ? "refused" : std::to_string(newProfiles) + " " + std::to_string(newTunings);
+        const std::string added = std::to_string(newProfiles) + " " + std::to_string(newTunings);
+        if (refused) {
+            EXPECT_EQ(added, "0 0");
+        }
+        return refused ? "refused" : added;
     }
 };
 
-TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
+TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
     const Pipe pipe;
     const TempFile secret("<profile id='7'/>");
     const std::string bomb = "<!DOCTYPE d [<!ENTITY a0 'ha'>" + [] {
@@ -257,7 +260,7 @@ TEST_F(HostileTest, IsRefusedOrReadAsItStands) {
     }
 }
 
-TEST_F(HostileTest, IsAllThereOrNotAtAllWhereverItIsCut) {
+TEST_F(HostileTest, LoadsADocumentWholeOrNotAtAllWhereverItIsCut) {
     const std::string document = "<d>" + kProfile + kTuning + "</d>\n";
     for (size_t length = 0; length <= document.size(); ++length) {
         const bool isWhole = length + 1 >= document.size();
@@ -275,7 +278,7 @@ class Commas : public std::numpunct<char> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-TEST_F(HostileTest, NumbersAreReadTheSameInEveryLocale) {
+TEST_F(HostileTest, ReadsNumbersAlikeInEveryLocale) {
     const std::locale before = std::locale::global(std::locale(std::locale(), new Commas));
     load("<d>" + kTuning + "</d>");
     std::locale::global(before);
@@ -286,22 +289,6 @@ TEST_F(HostileTest, NumbersAreReadTheSameInEveryLocale) {
 }
 #endif
 
-TEST_F(HostileTest, LeavesTheBuiltInListsInService) {
-    load("<d>");
-    SpatializerParamCache cache;
-    RecordingEffect effect;
-    EXPECT_EQ(cache.setProfile(1, &effect, true), 0);
-    EXPECT_EQ(effect.calls.size(), 57 + 1 + 27 + 1U);
-    EXPECT_EQ(effect.valuesOf(0x2, "dsb"), std::vector<std::vector<int32_t>>{{88}});
-    effect.calls.clear();
-    EXPECT_EQ(cache.setProfile(1, &effect, false), 0);
-    EXPECT_EQ(cache.loadTuning(&effect), -22);
-    EXPECT_EQ(cache.setSelectedTuningDevice(0, "default_internal_speaker", &effect), 0);
-    EXPECT_EQ(cache.setSelectedTuningDevice(0, "other", &effect), -22);
-    EXPECT_FALSE(cache.isTuningAvailable());
-    EXPECT_EQ(effect.calls, std::vector<Call>{});
-}
-
 constexpr int kThreads = 8;
 constexpr int kRounds = 12;
 
@@ -310,7 +297,7 @@ void expectSound(const std::vector<int32_t>& list) {
     EXPECT_GT(std::accumulate(list.begin(), list.end(), int64_t{0}), 0);
 }
 
-TEST_F(HostileTest, EveryOperationMayMeetEveryOther) {
+TEST_F(HostileTest, AllowsEveryOperationOnEveryThread) {
     const std::string own = "default_internal_speaker";
     const std::string documents[] = {ORMEL_EXAMPLES "/tablet-quad.xml",
                                      ORMEL_EXAMPLES "/phone-multi-tuning.xml"};
@@ -348,7 +335,8 @@ TEST_F(HostileTest, EveryOperationMayMeetEveryOther) {
                     EXPECT_EQ(front.setSelectedTuningDevice(0, device, &effect), 0);
                 },
                 [&](int) { front.getProfileGeqGains(); },
-                [&](int) { EXPECT_TRUE(front.isTuningAvailable() && front.isValidPort(0)); },
+                [&](int) { EXPECT_TRUE(front.isTuningAvailable()); },
+                [&](int) { EXPECT_TRUE(front.isValidPort(0)); },
                 [&](int) {
                     std::vector<int32_t> list(mArray.getProfileParamsSize(profile) / 4);
                     EXPECT_EQ(mArray.getProfileParams(profile, list.data()), 0);

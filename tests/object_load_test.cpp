@@ -1,4 +1,4 @@
-// What a load makes of objects that no document gives in this way.
+// A load of objects that no document gives in this way.
 #include <gtest/gtest.h>
 #include <store/DocumentLoad.h>
 
@@ -7,8 +7,8 @@
 namespace ormel::test {
 namespace {
 
-// A document's last tuning alone can be missing, and nothing is read behind it.
-TEST(ObjectLoad, TheFirstBindingOfTheInternalSpeakerDecidesEvenIfItsTuningIsMissing) {
+// In a document only the last tuning can be missing, and nothing is read behind it.
+TEST(ObjectLoad, TakesTheInternalSpeakersFirstTuningEvenIfItIsMissing) {
     const std::string own = "default_internal_speaker";
     const std::array<std::string, 2> names = {"missing", "four"};
     for (const bool missingFirst : {true, false}) {

@@ -18,19 +18,10 @@ struct Call {
     int32_t device = 0;
     std::string code;
     std::vector<int32_t> values;
-
-    bool operator==(const Call& other) const {
-        return what == other.what && device == other.device && code == other.code &&
-               values == other.values;
-    }
 };
 
 inline Call set(int32_t device, std::string code, std::vector<int32_t> values) {
     return {"set", device, std::move(code), std::move(values)};
-}
-
-inline Call commit() {
-    return {"commit", 0x40000000, "", {}};
 }
 
 /** The letters of a parameter code. */
