@@ -197,19 +197,6 @@ TEST(TuningFileParser, JoinsDocumentsAndKeepsThemWhenOneFails) {
     EXPECT_EQ(parser.getProfileName(7), "");
 }
 
-TEST(TuningFileParser, GivesEveryDocumentItsOwnBudget) {
-    std::string bindings;
-    for (int i = 0; i < 900; ++i) {
-        bindings += " <device_id/>";
-    }
-    const std::string large = document("", "<tuning name='" + std::string(10000, 'n') + "'>" +
-                                                   bindings + " <data> </data> </tuning>");
-    TuningFileParser parser;
-    EXPECT_EQ(parser.setTuningFile(large, true), 0);
-    EXPECT_EQ(parser.setTuningFile(large, true), 0);
-    EXPECT_EQ(parser.getDeviceData()->getDeviceTunings().size(), 1800U);
-}
-
 TEST(TuningFileParser, PlacesObjectsInDocumentOrder) {
     std::string body, presets, tunings;
     for (int i = 99; i > 0; --i) {

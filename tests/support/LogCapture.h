@@ -61,10 +61,6 @@ inline LogLine info(const char* tag, const std::string& text) {
     return {ANDROID_LOG_INFO, tag, text};
 }
 
-inline LogLine warning(const char* tag, const std::string& text) {
-    return {ANDROID_LOG_WARN, tag, text};
-}
-
 inline LogLine error(const char* tag, const std::string& text) {
     return {ANDROID_LOG_ERROR, tag, text};
 }
