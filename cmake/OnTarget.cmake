@@ -22,7 +22,7 @@ target_link_libraries(dump_lists PRIVATE spatializerparamstorage ormel_options)
 ormel_runnable(ignored dump_lists)
 
 # For script/size. It has what the library links, so that a load finds that loaded.
-add_executable(load_costs support/load_costs.cpp)
+add_executable(load_costs ${PROJECT_SOURCE_DIR}/bench/load_costs.cpp)
 target_link_libraries(load_costs PRIVATE
     kivparamstorage LibXml2::LibXml2 Android::log Android::utils ${CMAKE_DL_LIBS} ormel_options)
 target_link_options(load_costs PRIVATE LINKER:--no-as-needed)
