@@ -290,7 +290,7 @@ TEST_F(HostileTest, ReadsNumbersAlikeInEveryLocale) {
 #endif
 
 constexpr int kThreads = 8;
-constexpr int kRounds = 12;
+constexpr size_t kRounds = 12;
 
 /** Reads a list that other threads may have replaced. */
 void expectSound(const std::vector<int32_t>& list) {
@@ -313,76 +313,76 @@ TEST_F(HostileTest, AllowsEveryOperationOnEveryThread) {
         RecordingEffect effect;
         effect.answers = {{"gebs", std::vector<int32_t>(41)}, {"dom", {0, 1, 2}}};
         const int profile = id % 4;
-        const auto apply = [&](int) { EXPECT_EQ(front.setProfile(profile, &effect, false), 0); };
-        const auto setGains = [&](int round) {
+        const auto apply = [&](size_t) { EXPECT_EQ(front.setProfile(profile, &effect, false), 0); };
+        const auto setGains = [&](size_t round) {
             EXPECT_EQ(front.setProfileGeqGains(std::vector<int32_t>(round % 40), &effect), 0);
         };
         // Front operations alone, and often: they meet for moments only.
-        for (int round = 0; round < 8 * kRounds; ++round) {
+        for (size_t round = 0; round < 8 * kRounds; ++round) {
             apply(round);
             setGains(round);
             effect.calls.clear();
         }
-        const std::function<void(int)> operations[] = {
+        const std::function<void(size_t)> operations[] = {
                 apply,
                 setGains,
-                [&](int) { EXPECT_EQ(front.setProfile(profile, &effect, true), 0); },
-                [&](int) { front.setOrmelContentProfile(-1, &effect); },
-                [&](int) { EXPECT_EQ(front.loadTuning(&effect), 0); },
-                [&](int) { EXPECT_EQ(front.loadTuningDevice(own, &effect), 0); },
-                [&](int round) {
+                [&](size_t) { EXPECT_EQ(front.setProfile(profile, &effect, true), 0); },
+                [&](size_t) { front.setOrmelContentProfile(-1, &effect); },
+                [&](size_t) { EXPECT_EQ(front.loadTuning(&effect), 0); },
+                [&](size_t) { EXPECT_EQ(front.loadTuningDevice(own, &effect), 0); },
+                [&](size_t round) {
                     const std::string device = round % 2 ? own : "internal_speaker_portrait";
                     EXPECT_EQ(front.setSelectedTuningDevice(0, device, &effect), 0);
                 },
-                [&](int) { front.getProfileGeqGains(); },
-                [&](int) { EXPECT_TRUE(front.isTuningAvailable()); },
-                [&](int) { EXPECT_TRUE(front.isValidPort(0)); },
-                [&](int) {
+                [&](size_t) { front.getProfileGeqGains(); },
+                [&](size_t) { EXPECT_TRUE(front.isTuningAvailable()); },
+                [&](size_t) { EXPECT_TRUE(front.isValidPort(0)); },
+                [&](size_t) {
                     std::vector<int32_t> list(mArray.getProfileParamsSize(profile) / 4);
                     EXPECT_EQ(mArray.getProfileParams(profile, list.data()), 0);
                     expectSound(list);
                 },
-                [&](int) { EXPECT_TRUE(mArray.isXMLProfileValid(profile)); },
-                [&](int) { expectSound(mArray.getXMLProfileParams(profile)); },
-                [&](int) { EXPECT_TRUE(mArray.isXMLTuningValid(own)); },
-                [&](int) { expectSound(mArray.getXMLTuningParams(own)); },
-                [&](int) { expectSound(mArray.getXMLTuningMixMatrix(own)); },
-                [&](int round) {
+                [&](size_t) { EXPECT_TRUE(mArray.isXMLProfileValid(profile)); },
+                [&](size_t) { expectSound(mArray.getXMLProfileParams(profile)); },
+                [&](size_t) { EXPECT_TRUE(mArray.isXMLTuningValid(own)); },
+                [&](size_t) { expectSound(mArray.getXMLTuningParams(own)); },
+                [&](size_t) { expectSound(mArray.getXMLTuningMixMatrix(own)); },
+                [&](size_t round) {
                     mArray.setProfileGeqGains(profile, std::vector<int32_t>(round * 2));
                     mArray.getProfileGeqGains(profile);
                 },
-                [&](int) {
+                [&](size_t) {
                     int32_t gains[20];
                     EXPECT_LE(mArray.copyProfileGeqGains(profile, gains, 20), 20U);
                 },
-                [&](int) { EXPECT_GT(mArray.getAvailableTuningDevicesLen(3), 0); },
-                [&](int) { EXPECT_FALSE(mArray.getAvailableTuningDevices(3).empty()); },
-                [&](int) { EXPECT_FALSE(mArray.getSelectedTuningDevice(0).empty()); },
-                [&](int) { EXPECT_EQ(mArray.setSelectedTuningDevice(0, own), 0); },
-                [&](int) {
+                [&](size_t) { EXPECT_GT(mArray.getAvailableTuningDevicesLen(3), 0); },
+                [&](size_t) { EXPECT_FALSE(mArray.getAvailableTuningDevices(3).empty()); },
+                [&](size_t) { EXPECT_FALSE(mArray.getSelectedTuningDevice(0).empty()); },
+                [&](size_t) { EXPECT_EQ(mArray.setSelectedTuningDevice(0, own), 0); },
+                [&](size_t) {
                     const std::shared_lock<std::shared_mutex> noLoad(loads);
                     EXPECT_TRUE(mArray.isValidTuningDevice(0, own));
                 },
-                [&](int round) {
+                [&](size_t round) {
                     const std::lock_guard<std::shared_mutex> load(loads);
                     mArray.loadSpatializerXMLFile(documents[round % 2]);
                 },
-                [&](int) {
+                [&](size_t) {
                     mArray.setCurrentProfile(profile);
                     EXPECT_EQ(mArray.getCurrentProfile() / 4, 0);
                 },
-                [&](int) { EXPECT_GT(mArray.getTuningCount(), 0); },
-                [&](int) { EXPECT_GT(mArray.getTuningProfileCount(), 0); },
-                [&](int) { EXPECT_GT(mArray.getOutputChannelCount(), 1); },
-                [&](int) { EXPECT_EQ(mArray.getMixMatrixCapacity(), 60); },
-                [&](int) {
+                [&](size_t) { EXPECT_GT(mArray.getTuningCount(), 0); },
+                [&](size_t) { EXPECT_GT(mArray.getTuningProfileCount(), 0); },
+                [&](size_t) { EXPECT_GT(mArray.getOutputChannelCount(), 1); },
+                [&](size_t) { EXPECT_EQ(mArray.getMixMatrixCapacity(), 60); },
+                [&](size_t) {
                     std::string state;
                     mArray.dump(state, 0);
                     EXPECT_FALSE(state.empty());
                 },
-                [&](int) { EXPECT_FALSE(SpatializerParamArray().isXMLTuningValid(own)); },
+                [&](size_t) { EXPECT_FALSE(SpatializerParamArray().isXMLTuningValid(own)); },
         };
-        for (int round = 0; round < kRounds; ++round) {
+        for (size_t round = 0; round < kRounds; ++round) {
             for (size_t i = 0; i < std::size(operations); ++i) {
                 operations[(i + 4 * static_cast<size_t>(id)) % std::size(operations)](round);
             }
