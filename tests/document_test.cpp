@@ -134,6 +134,11 @@ const struct {
         profileId=7 endpoint=headphone selectedIeqPreset=2 dialog_enhancer_enable=1,
         mi_dialog_enhancer_steering_enable=0, virtual_bass_type=1, profileId=7 endpoint=other
         selectedIeqPreset=0 surround_boost=9, virtual_bass_type=1, -1 -1 0)"},
+        // A missing attribute is empty, whatever the one that was read before it.
+        {"4 0 0", R"(<profile> <endpoint_type id='2'> <include/></endpoint_type></profile>)",
+         R"(D xml version: 4.0.0 D parseProfileEndpoint(): 2, parse the include ieq preset
+        profileId=0 mobility=false selectedGeqPreset=0 profileId=0 endpoint=other
+        selectedIeqPreset=0 virtual_bass_type=1, -1 -1 0)"},
         // Elements without children take what follows them for their content.
         {"4 0 0", R"(<tuning name='a'/> <tuning name='b'> <data/> <peak-value value='4'/> </tuning>
         <profile id='1' name='p'/> <peak-value value='3'/> <endpoint_type id='x'/>
