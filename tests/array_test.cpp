@@ -1,4 +1,4 @@
-// The store of parameter lists, apart from what documents become.
+// The store of parameter lists; load_test has what documents put into it.
 #include <malloc.h>
 
 #include <future>

@@ -71,10 +71,10 @@ TEST(DocumentBudget, ChargesALoadForItsListsAndMaps) {
     const DocumentBudget one = array.getLoadBudget();
     array.loadSpatializerXMLFile(TempFile(tuningOf(device + another)).path());
     const DocumentBudget two = array.getLoadBudget();
-    // The object, the tuning it waits for, and what is found by the device and by its port.
+    // An object, a map entry by its tuning, and five by its device.
     EXPECT_EQ(two.getHolderBytes() - one.getHolderBytes(), 128 + 64 + 5 * 64U);
-    // Three names of the object, one of the tuning, thrice device and port; words behind the
-    // header.
+    // The object's three names, the tuning's name, three times device and port, and the words of
+    // the list behind its header.
     const size_t words = array.getXMLTuningParams("cd").size() - 2;
     EXPECT_EQ(two.getPayloadBytes() - one.getPayloadBytes(),
               2 + 3 + 1 + 1 + 3 * (2 + 3) + 4 * words);
@@ -119,7 +119,7 @@ TEST(DocumentBudget, RefusesADocumentAboveEachBoundOnly) {
     EXPECT_EQ(outcomeOf(entities + "'/>"), "");
     EXPECT_EQ(outcomeOf(entities + "&b;'/>").substr(0, 8), "too many");
 
-    // An object and two columns take 256 bytes.
+    // An object takes 128 bytes, and its two lists 64 each.
     const std::string presets = "<d> " + repeat("<preset type='geq'> </preset>", 131072);
     EXPECT_EQ(outcomeOf(presets + "</d>"), "");
     EXPECT_EQ(outcomeOf(presets + "<preset type='geq'> </preset></d>"), kHolders);

@@ -16,8 +16,8 @@ bool gRootless = false;
 
 }  // namespace
 
-// These stand before libxml2's own for the whole process: one to be counted, the other to give a
-// document without a root, which libxml2 takes for malformed before it comes to that.
+// These replace libxml2's own in the whole process: one counts its calls, the other can hide the
+// root, which no well-formed document lacks.
 extern "C" void xmlCleanupParser() {
     ++gCleanups;
     reinterpret_cast<decltype(&xmlCleanupParser)>(dlsym(RTLD_NEXT, __func__))();
@@ -53,8 +53,8 @@ std::string joined(const List& list) {
     return "[" + text.str() + "]";
 }
 
-// The current node's attributes: those named x and y in place of the first three texts, all, the
-// integers in all, and their names.
+// The current node's attributes: the texts of x and y, then all texts, all as integers, all names.
+// Texts that are not found stay "l", "m" and "n".
 std::string readAttributes(TagIterator& iterator) {
     std::vector<std::string> texts = {"l", "m", "n"};
     Ints numbers;
@@ -111,10 +111,11 @@ TEST(TagIterator, VisitsNodesAndReadsAttributes) {
              "r",
              " b:E[123,m,123,][123,][x,] b:E",
              {}},
-            // Text is found by local name, so the first of two attributes speaks for both.
+            // Texts are looked up by local name: the first attribute of a name gives the text of
+            // all.
             {"<a><b xmlns:n='u' n:x='1' x='2'/></a>", "r", " b:E[1,m,1,1,][1,1,][x,x,] b:E", {}},
             {"<a><b/></a>", "r", " b:E[l,m,][][] b:E", {}},
-            // Pieces of text are one node, as are sections behind one another, which have no name.
+            // Adjacent texts are one node, and so are adjacent CDATA sections, which have no name.
             {"<a>1&amp;2&#65;\r\n<b/></a>", "n", " text:N b:E", {}},
             {"<a>t<![CDATA[]]><![CDATA[t]]>t<?p?><!--c--></a>",
              "nnnnn",

@@ -20,7 +20,7 @@ std::string document(const std::string& version, const std::string& body) {
     return "<r> " + (version.empty() ? "" : element) + body + "</r>";
 }
 
-// Every word after a single blank.
+// The words of a text, each after one blank.
 std::string squeeze(const std::string& text) {
     std::istringstream words(text);
     std::string squeezed;
@@ -139,7 +139,7 @@ const struct {
          R"(D xml version: 4.0.0 D parseProfileEndpoint(): 2, parse the include ieq preset
         profileId=0 mobility=false selectedGeqPreset=0 profileId=0 endpoint=other
         selectedIeqPreset=0 virtual_bass_type=1, -1 -1 0)"},
-        // Elements without children take what follows them for their content.
+        // An element without children reads what follows it as its content.
         {"4 0 0", R"(<tuning name='a'/> <tuning name='b'> <data/> <peak-value value='4'/> </tuning>
         <profile id='1' name='p'/> <peak-value value='3'/> <endpoint_type id='x'/>
         <authorized_technologies/> <global_setting device_index='9'/>)",
@@ -157,7 +157,7 @@ const struct {
          R"(D xml version: 4.0.0 name=a endpoint=headphone mono=true readonly=true ieq_enable=1,
         orientation=90, output_channels=4, endpoint=other mono=false readonly=true orientation=0,
         output_channels=0, device=d port=usb tuning=a tuning=a -1 -1 0)"},
-        // The walk never comes back from a tuning without data.
+        // A tuning without data ends the walk over the document.
         {"", R"(<preset type='geq'/> <tuning name='a'> <device_id id='d'/> </tuning>
         <tuning name='b'> <data/> </tuning> <profile/> <preset type='geq'/>)",
          "E There is no <data> in Tuning section profileId=0 device=d tuning=a -1 -1 0"}};

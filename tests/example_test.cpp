@@ -52,7 +52,7 @@ TEST_F(ExampleTest, EveryDocumentLoadsWithoutWarnings) {
             EXPECT_TRUE(array.isValidTuningDevice(port, array.getSelectedTuningDevice(port)));
         }
     }
-    // Without a word about faulty.xml either: its faults are for ormel-tuning to find.
+    // Among them faulty.xml, whose faults are for ormel-tuning to find.
     EXPECT_EQ(documents, 6);
 }
 

@@ -16,7 +16,7 @@ constexpr char kOwn[] = "default_internal_speaker";
 constexpr char kTuning[] = "2:vbon 1\n8:gebs 1\nall:commit\n";
 constexpr char kReadMode[] = "get 2:dom 61\n";
 
-/** The graphic equalizer's values with as many of some gains as there are bands. */
+/** The graphic equalizer's values, with @p gains cut or filled up to twenty. */
 Values bands(Values gains) {
     Values values(41, 20);
     gains.resize(20);
@@ -25,7 +25,7 @@ Values bands(Values gains) {
     return values;
 }
 
-/** The list of some entries. */
+/** A packed list. */
 Values pack(const std::vector<Call>& entries) {
     Values words = {kAll, static_cast<int32_t>(entries.size())};
     for (const Call& entry : entries) {
@@ -102,7 +102,7 @@ TEST_F(FrontTest, SetProfilePushesTheEntriesOfTheDocumentsList) {
              set(8, "gebs", bands(Values(20, 9))), set(2, "gebs", Values(40)),
              set(2, "gebs", Values(42)), set(8, "dom", {1, 1, 2}), set(2, "dom", {5, 0, 1, 15})});
     const std::string unchanged = "2:dom 5 0 1 15\n";
-    // Without tunings there are no channels.
+    // No channels stand for no tunings.
     // clang-format off
     const struct { std::string channels, device; Values gains; std::string mode; } cases[] = {
         {"",  kOwn,   {},            unchanged},

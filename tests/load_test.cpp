@@ -113,7 +113,7 @@ TEST_F(LoadTest, KeepsTheFirstProfileAndPresetWithAnId) {
     const Values& list = mArray.getXMLProfileParams(1);
     EXPECT_EQ(entriesIn(list, "all:hvm"), "all:hvm 2\n");
     EXPECT_EQ(entriesIn(list, "2:iebs"), "2:iebs 1 200 2\n2:iebs 1 200 2\n");
-    // An endpoint belongs to an id, and so the second profile's to the first as well.
+    // Endpoints belong to the id, so the first profile's list has the second one's as well.
     EXPECT_EQ(entriesIn(list, "2:plb"), "2:plb\n2:plb 6\n");
     EXPECT_EQ(mArray.getTuningProfileCount(), 3);
     EXPECT_EQ(mArray.getProfileGeqGains(0), Values{42});
@@ -139,7 +139,7 @@ TEST_F(LoadTest, KeepsTheLastPresetWhereAnEndpointsOwnIsMissing) {
             counts.push_back(std::stoi(line.substr(line.find('=') + 1)));
         }
     }
-    // Of an endpoint, 28 entries for each device, and the preset's 2.
+    // An endpoint makes 28 entries for each of its devices, and its preset 2.
     const Values lists[] = {mArray.getXMLProfileParams(0), mArray.getXMLProfileParams(1),
                             mArray.getXMLProfileParams(3)};
     EXPECT_EQ(entriesIn(lists[0], "all:list"), entry(kAll, "list", {12 + 4 * 28 + 2}));
@@ -153,7 +153,7 @@ TEST_F(LoadTest, KeepsTheLastPresetWhereAnEndpointsOwnIsMissing) {
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(0), "2:iebs"), "2:iebs 1 200 2\n");
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(1), "2:iebs"), "2:iebs 1 200 2\n");
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(1), "8:iebs"), "8:iebs 1 100 1\n");
-    // The last one that was selected is the one of profile 0, whose repetition selects it again.
+    // The preset selected last is that of profile 0, which was repeated last.
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(3), "2:iebs"), "2:iebs 1 200 2\n");
     EXPECT_EQ(mArray.getTuningProfileCount(), 6);
 }
@@ -168,7 +168,7 @@ TEST_F(LoadTest, TakesMixMatrixAndBassModeOfProfilesFromTheInternalSpeakersTunin
     const std::string lost = tuning("name='b'", own, "");
     const std::string none = entry(2, "dom", defaultMode());
     const std::string matrix = "2:dom 1 0 1 7 8\n";
-    // The device's list is known by its stress amounts, which begin with the channels.
+    // The stored list is recognized by its stress amounts, which begin with the channels.
     // clang-format off
     const struct { std::string tunings, outputMode, bassMode; int32_t channels, tuningCount; std::string stored; } cases[] = {
         {"",            none,   "2:vbm 3\n", 2, 0, ""},
@@ -250,7 +250,7 @@ TEST_F(LoadTest, TranslatesADeviceTuningForTheDeviceOfItsPort) {
     const std::string said = messagesOf(mArray, file.path(), log);
     for (const auto& [name, device, endpoint] : ports) {
         SCOPED_TRACE(name);
-        // No channels: no optimizer bands, and the stress amounts of two.
+        // Without channels there are no optimizer bands, and two stress amounts.
         EXPECT_EQ(entriesIn(mArray.getXMLTuningParams(name), ""),
                   "all:list 36\n" + entry(device, "beb", {7}) + entry(device, "arsa", {0, 5, 6}) +
                           entry(device, "arbs", {0}));
@@ -349,7 +349,7 @@ TEST_F(LoadTest, MakesTheSameListsWhateverTheHeapLooksLike) {
     std::vector<std::unique_ptr<char[]>> blocks(20000);
     uint32_t random = 1;
     for (int round = 0; round < 8; ++round) {
-        // Holes of all sizes in no order, other ones every round.
+        // Holes of all sizes, at other places in each round.
         for (size_t i = 0; i < 3 * blocks.size(); ++i) {
             random = random * 1664525 + 1013904223;
             auto& block = blocks[(random >> 8) % blocks.size()];

@@ -21,7 +21,7 @@ GeqPreset read(const std::string& elements) {
     return values;
 }
 
-// The same as text, one parameter behind the other.
+// The dump of that, on one line.
 std::string textOf(const std::string& elements) {
     std::string text = read(elements).valuesToString();
     std::replace(text.begin(), text.end(), '\n', ' ');
@@ -60,7 +60,7 @@ TEST(ValueSetter, StoresTheValuesOfItsElement) {
              "audio_optimizer_frequency=100,0, audio_optimizer_gain_l=1,-5, "
              "audio_optimizer_gain_ls=3,0, audio_optimizer_gain_r=2,0, "
              "audio_optimizer_gain_rs=4,0, "},
-            // Without children, the element itself and what follows it are taken for the bands.
+            // An element without children reads itself and those that follow as bands.
             {"<regulator-tuning frequency='7' isolated_band='True'/> <b isolated_band='1'/>"
              "<b frequency='1' threshold_low='-2' threshold_high='3' isolated_band='true'/>",
              "regulator_frequency=7,0,1, regulator_isolated_band=0,0,1, "

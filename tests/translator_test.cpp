@@ -1,4 +1,4 @@
-// What tuning parameters become for the effect, and which of them call for what.
+// The translation of tuning parameters into effect parameters.
 #include <ormel/DeviceData.h>
 #include <ormel/Translator.h>
 
@@ -41,7 +41,8 @@ std::string textOf(const SetParamCommand& command) {
 }
 
 // clang-format off
-// The translators in the order in which they run: their sources, and what they write of nothing.
+// The translators in the order in which they run: their sources, and what they write when those
+// are empty.
 const struct {
     std::vector<Parameter> sources;
     const char* written;
@@ -225,7 +226,8 @@ TEST(Translation, OfBassGoesByItsSwitches) {
     });
 }
 
-// Left, right, and then the surrounds, of two or four channels only. The two count words change places.
+// Left, right, then the surrounds; only for two or four channels. The equalizer gives the number of
+// channels first, the optimizer that of bands.
 TEST(Translation, OfListsByChannel) {
     const std::string equalizer =
             " complex_equalizer_tuning_left=1,2 complex_equalizer_tuning_left_surround=3,4,5"
@@ -248,7 +250,7 @@ TEST(Translation, OfListsByChannel) {
     });
 }
 
-// Of up to two channels the stress amounts become two, in the source as well.
+// For up to two channels, the stress amounts are resized to two, also in the source.
 TEST(Translation, OfTheRegulator) {
     const std::string bands =
             " regulator_frequency=100,200 regulator_threshold_low=1,2 regulator_threshold_high=3,4 regulator_isolated_band=0,1"
@@ -275,7 +277,7 @@ TEST(Translation, OfTheOutputModeGoesByTheEndpoint) {
         {ORIENTATION, "",   "dom 0",         "virtualizer_enable= orientation= output_mix_matrix="},
     });
     expectTranslations({{ORIENTATION, full, "dom 1 1 3", ""}}, ENDPOINT_HEADPHONE);
-    // Mono turns a speaker's virtualizer off, in the source as well.
+    // Mono turns a speaker's virtualizer off, also in the source.
     expectTranslations({
         {ORIENTATION, full, "dom 0 0 1 7 8", "virtualizer_enable=0 orientation=1"},
         {ORIENTATION, "",   "dom 0 0 1",     "virtualizer_enable=0 orientation=1 output_mix_matrix="},

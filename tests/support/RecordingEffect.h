@@ -33,7 +33,7 @@ inline std::string lettersOf(int32_t code) {
     return letters;
 }
 
-/** Keeps all calls in order, and answers reads with what it was given to answer. */
+/** Keeps all calls in order, and answers reads from @ref answers. */
 class RecordingEffect : public IEffectOrm {
   public:
     int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
@@ -55,7 +55,7 @@ class RecordingEffect : public IEffectOrm {
         return commitStatus;
     }
 
-    /** The values of every set of a parameter on a device, in order. */
+    /** The values that a device was sent of a parameter, in the order of the calls. */
     std::vector<std::vector<int32_t>> valuesOf(int32_t device, const std::string& code) const {
         std::vector<std::vector<int32_t>> found;
         for (const Call& call : calls) {
