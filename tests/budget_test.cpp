@@ -30,11 +30,19 @@ std::string costOf(const std::string& document) {
            std::to_string(budget.getHolderBytes());
 }
 
+std::string elementWith(int attributeCount) {
+    std::string element = "<d";
+    for (int i = 0; i < attributeCount; ++i) {
+        element += " a" + std::to_string(i) + "=''";
+    }
+    return element + "/>";
+}
+
 TEST(DocumentBudget, HasAPriceForEverything) {
     const LogCapture log;
     const struct {
         const char* what;
-        const char* document;
+        std::string document;
         std::string cost;
     } cases[] = {
             {"between two passes, a push and a pop", "<d/>", "8 0 0"},
@@ -52,6 +60,11 @@ TEST(DocumentBudget, HasAPriceForEverything) {
              "<d> <authorized_technologies> <global_setting device_name='a'/>"
              "</authorized_technologies></d>",
              "193 0 0"},
+            {"a thousand attributes, which nobody looks at", elementWith(1000), "8 0 0"},
+            {"1600 attributes, compared with one another: 1600 * 1600 / 64", elementWith(1600),
+             "40008 0 0"},
+            {"behind a document type the node of each text besides",
+             "<!DOCTYPE d>" + elementWith(1600), "46408 0 0"},
     };
     for (const auto& [what, document, cost] : cases) {
         EXPECT_EQ(costOf(document), cost) << what;

@@ -181,6 +181,11 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
              "<d>" + kProfile + "<authorized_technologies>\n<global_setting " +
                      numbered("a", "='1' ", 10000) + "/>\n</authorized_technologies></d>",
              "1 0"},
+            {"forty thousand attributes",
+             "<d>" + kProfile + "<a " + numbered("a", "='' ", 40000) + "/></d>", "refused"},
+            {"forty thousand attributes behind a document type",
+             "<!DOCTYPE d><d>" + kProfile + "<a " + numbered("a", "='' ", 40000) + "/></d>",
+             "refused"},
             {"one long text in many attributes",
              "<!DOCTYPE d [<!ENTITY e '" + std::string(4 << 20, '1') + "'>]><d>\n<profile id='1' " +
                      numbered("a", "='&e;' ", 5000) + ">\n<drc-metadata " +

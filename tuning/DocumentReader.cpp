@@ -23,6 +23,9 @@ using XmlError = std::conditional_t<(LIBXML_VERSION >= 21200), const xmlError, x
 
 constexpr std::string_view kEscapedAmpersand = "&#38;";
 
+/** Each attribute comes as its name, prefix, namespace, and its text's begin and end. */
+constexpr size_t kPartsOfAttribute = 5;
+
 std::string_view toText(const xmlChar* characters) {
     return characters == nullptr ? "" : reinterpret_cast<const char*>(characters);
 }
@@ -30,11 +33,8 @@ std::string_view toText(const xmlChar* characters) {
 /** Takes what libxml2 has to say while this lives, on this thread. */
 class XmlErrors {
   public:
-    XmlErrors(const DocumentSource& source, DocumentBudget& budget)
-        : mSource(source),
-          mBudget(budget),
-          mHandler(xmlStructuredError),
-          mContext(xmlStructuredErrorContext) {
+    explicit XmlErrors(DocumentBudget& budget)
+        : mBudget(budget), mHandler(xmlStructuredError), mContext(xmlStructuredErrorContext) {
         xmlSetStructuredErrorFunc(this, note);
     }
     XmlErrors(const XmlErrors&) = delete;
@@ -58,7 +58,6 @@ class XmlErrors {
         const char* const message = error->message == nullptr ? "out of memory" : error->message;
         // Any number of errors that refuse nothing can quote one long name. Messages are cut, the
         // texts that go into them are not.
-        errors.mBudget.setDocumentSize(errors.mSource.getSize());
         const char* const texts[] = {message, error->str1, error->str2, error->str3};
         for (const char* const text : texts) {
             errors.mBudget.chargeText(text == nullptr ? 0 : std::strlen(text));
@@ -89,7 +88,6 @@ class XmlErrors {
         }
     }
 
-    const DocumentSource& mSource;
     DocumentBudget& mBudget;
     xmlParserCtxt* mParser = nullptr;
     bool mAreFatal = false;
@@ -150,7 +148,8 @@ class FirstTexts {
 /** Builds a document from the parser's events. */
 class EventReader {
   public:
-    EventReader(Document& document, xmlParserCtxt*& parser) : mBuilder(document), mParser(parser) {}
+    EventReader(Document& document, DocumentBudget& budget, xmlParserCtxt*& parser)
+        : mBuilder(document), mBudget(budget), mParser(parser) {}
 
     static xmlSAXHandler handler() {
         xmlSAXHandler handler = {};
@@ -171,9 +170,6 @@ class EventReader {
     bool hasTooLongText() const { return mHasTooLongText; }
 
   private:
-    /** Each attribute comes as its name, prefix, namespace, and its text's begin and end. */
-    static constexpr int kPartsOfAttribute = 5;
-
     static EventReader& of(void* self) { return *static_cast<EventReader*>(self); }
 
     static void onDocumentType(void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
@@ -183,9 +179,11 @@ class EventReader {
 
     static void onStart(void* self, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
                         int, const xmlChar**, int attributeCount, int, const xmlChar** attributes) {
+        of(self).mBudget.chargeAttributes(static_cast<size_t>(attributeCount));
         DocumentBuilder& builder = of(self).mBuilder;
         builder.beginElement(NodeName(name, prefix, uri).get());
-        const xmlChar** const end = attributes + ptrdiff_t{attributeCount} * kPartsOfAttribute;
+        const xmlChar** const end =
+                attributes + static_cast<size_t>(attributeCount) * kPartsOfAttribute;
         bool hasNamespaces = false;
         for (const xmlChar** at = attributes; at != end; at += kPartsOfAttribute) {
             hasNamespaces = hasNamespaces || at[2] != nullptr;
@@ -245,6 +243,7 @@ class EventReader {
     }
 
     DocumentBuilder mBuilder;
+    DocumentBudget& mBudget;
     xmlParserCtxt*& mParser;
     bool mHasDocumentType = false;
     bool mHasTooLongText = false;
@@ -257,8 +256,7 @@ class EventReader {
  */
 class DeclarationGuard {
   public:
-    DeclarationGuard(const DocumentSource& source, DocumentBudget& budget)
-        : mSource(source), mBudget(budget) {}
+    explicit DeclarationGuard(DocumentBudget& budget) : mBudget(budget) {}
 
     /** libxml2's own, which makes a tree. The parser's private pointer must be a guard. */
     static xmlSAXHandler handler() {
@@ -298,6 +296,7 @@ class DeclarationGuard {
                               defaultCount, attributes);
         // Ending the parser frees the attributes' texts.
         DeclarationGuard& guard = of(parser);
+        guard.mBudget.chargeAttributes(static_cast<size_t>(attributeCount));
         if (const size_t count = guard.countDefaults(parser->dict, name, prefix); count > 0) {
             const size_t others =
                     static_cast<size_t>(namespaceCount) + static_cast<size_t>(attributeCount);
@@ -325,7 +324,6 @@ class DeclarationGuard {
 
     /** Ends the parser when that is too much. @return whether it is not */
     bool pay(xmlParserCtxt* parser, size_t steps, size_t textBytes) {
-        mBudget.setDocumentSize(mSource.getSize());
         mBudget.chargeSteps(steps);
         mBudget.chargeText(textBytes);
         if (mBudget.isSpent()) {
@@ -343,7 +341,6 @@ class DeclarationGuard {
         return found == mDefaults.end() ? 0 : found->second;
     }
 
-    const DocumentSource& mSource;
     DocumentBudget& mBudget;
     /** By the element's name, prefix included, as it stands in the parser's dictionary. */
     std::map<const xmlChar*, size_t> mDefaults;
@@ -470,10 +467,9 @@ class DocumentReader {
         if (!mSource.getError().empty()) {
             return nullptr;
         }
-        xmlParserCtxt* running = nullptr;
-        EventReader events(*document, running);
+        EventReader events(*document, mBudget, mRunning);
         const xmlSAXHandler handler = EventReader::handler();
-        const bool isRead = parse(handler, &events, nullptr, running) != nullptr;
+        const bool isRead = parse(handler, &events, nullptr) != nullptr;
         mHasTooLongText = events.hasTooLongText();
         if (events.hasDocumentType()) {
             return readTree();
@@ -498,7 +494,31 @@ class DocumentReader {
 
   private:
     static int readOn(void* self, char* out, int room) {
-        return static_cast<DocumentReader*>(self)->mSource.read(out, room);
+        return static_cast<DocumentReader*>(self)->readOn(out, room);
+    }
+
+    /** Ends the parser once the budget is spent: what is behind need not be looked at. */
+    int readOn(char* out, int room) {
+        const int count = mSource.read(out, room);
+        mBudget.setDocumentSize(mSource.getSize());
+        foreseeAttributes();
+        if (!mBudget.isSpent()) {
+            return count;
+        }
+        mRunning->instate = XML_PARSER_EOF;
+        return -1;
+    }
+
+    /**
+     * An element's attributes are announced when they have been compared with one another. The room
+     * for them, which doubles as they come, tells earlier what that is going to cost.
+     */
+    void foreseeAttributes() {
+        DocumentBudget budget = mBudget;
+        budget.chargeAttributes(static_cast<size_t>(mRunning->maxatts) / kPartsOfAttribute / 2);
+        if (budget.isSpent()) {
+            mBudget = budget;
+        }
     }
 
     /**
@@ -506,36 +526,32 @@ class DocumentReader {
      *
      * @param handlerData what the handler is called with; the parser if null
      * @param guard       the parser's private pointer
-     * @param running     gets the parser before it starts
      * @return the parser when the document is sound, else null
      */
-    Parser parse(const xmlSAXHandler& handler, EventReader* handlerData, DeclarationGuard* guard,
-                 xmlParserCtxt*& running) {
-        XmlErrors errors(mSource, mBudget);
+    Parser parse(const xmlSAXHandler& handler, EventReader* handlerData, DeclarationGuard* guard) {
+        XmlErrors errors(mBudget);
         Parser parser(xmlNewParserCtxt());
-        running = parser.get();
+        mRunning = parser.get();
         if (parser == nullptr) {
             return nullptr;
         }
-        *running->sax = handler;
-        running->userData = handlerData != nullptr ? static_cast<void*>(handlerData) : running;
-        running->_private = guard;
-        errors.watch(running);
-        running->myDoc = xmlCtxtReadIO(running, readOn, nullptr, this, nullptr, nullptr, 0);
-        mBudget.setDocumentSize(mSource.getSize());
+        *parser->sax = handler;
+        parser->userData = handlerData != nullptr ? static_cast<void*>(handlerData) : mRunning;
+        parser->_private = guard;
+        errors.watch(mRunning);
+        parser->myDoc = xmlCtxtReadIO(mRunning, readOn, nullptr, this, nullptr, nullptr, 0);
         mError = errors.text();
         const bool isSound =
-                running->wellFormed != 0 && !errors.areFatal() && mSource.getError().empty();
+                parser->wellFormed != 0 && !errors.areFatal() && mSource.getError().empty();
         return isSound && !mBudget.isSpent() ? std::move(parser) : nullptr;
     }
 
     /** Declarations say what a document's attributes are, which takes libxml2's tree. */
     std::unique_ptr<Document> readTree() {
         mSource.rewind();
-        xmlParserCtxt* running = nullptr;
-        DeclarationGuard guard(mSource, mBudget);
+        DeclarationGuard guard(mBudget);
         const xmlSAXHandler handler = DeclarationGuard::handler();
-        const Parser parser = parse(handler, nullptr, &guard, running);
+        const Parser parser = parse(handler, nullptr, &guard);
         if (parser == nullptr) {
             return nullptr;
         }
@@ -546,6 +562,8 @@ class DocumentReader {
 
     DocumentSource& mSource;
     DocumentBudget& mBudget;
+    /** The parser at work; the one before is gone. */
+    xmlParserCtxt* mRunning = nullptr;
     bool mHasTooLongText = false;
     std::string mError;
 };

@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -19,9 +18,8 @@ constexpr size_t kMaxSize = DocumentBudget::kMaxDocumentBytes;
 
 DocumentSource::DocumentSource(const std::string& source, bool fromMemory)
     : mText(fromMemory ? source : std::string_view()) {
-    if (!fromMemory) {
-        open(source.c_str());
-    } else if (mText.size() > kMaxSize) {
+    mSaidSize = fromMemory ? mText.size() : open(source.c_str());
+    if (mSaidSize > kMaxSize) {
         failTooLarge();
     }
 }
@@ -32,7 +30,7 @@ DocumentSource::~DocumentSource() {
     }
 }
 
-void DocumentSource::open(const char* path) {
+size_t DocumentSource::open(const char* path) {
     // A pipe at the path must not be waited for.
     mFile = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     struct stat status = {};
@@ -40,9 +38,10 @@ void DocumentSource::open(const char* path) {
         fail(errno);
     } else if (!S_ISREG(status.st_mode)) {
         mError = "not a regular file";
-    } else if (status.st_size > static_cast<off_t>(kMaxSize)) {
-        failTooLarge();
+    } else {
+        return static_cast<size_t>(status.st_size);
     }
+    return 0;
 }
 
 void DocumentSource::fail(int error) {

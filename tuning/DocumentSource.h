@@ -1,6 +1,7 @@
 // Where a document's bytes come from.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -29,14 +30,15 @@ class DocumentSource {
     /** Starts over. */
     void rewind();
 
-    /** Number of bytes read since the start. */
-    size_t getSize() const { return mSize; }
+    /** Number of bytes in all, as far as it is known: files say one, and may grow beyond it. */
+    size_t getSize() const { return std::max(mSaidSize, mSize); }
 
     /** Why nothing more can be read; empty while all is well. */
     const std::string& getError() const { return mError; }
 
   private:
-    void open(const char* path);
+    /** @return the size that the file says it has, 0 when there is no such file to read */
+    size_t open(const char* path);
     void fail(int error);
     void failTooLarge();
     int readFile(char* out, size_t room);
@@ -45,6 +47,8 @@ class DocumentSource {
     const std::string_view mText;
     /** The open file, -1 for a text. */
     int mFile = -1;
+    size_t mSaidSize = 0;
+    /** Number of bytes read since the start. */
     size_t mSize = 0;
     std::string mError;
 };

@@ -34,6 +34,8 @@ class DocumentBudget {
     /** Prices in work; a byte of text or name that is handed out or expanded costs 1. */
     static constexpr uint64_t kStepPrice = 4;
     static constexpr uint64_t kMessagePrice = 64;
+    static constexpr size_t kFewAttributes = 1000;
+    static constexpr uint64_t kComparisonsPerWork = 64;
     /** Prices in work, and in bytes of holders too. */
     static constexpr uint64_t kEntryPrice = 64;
     static constexpr uint64_t kObjectPrice = 128;
@@ -46,6 +48,13 @@ class DocumentBudget {
 
     /** Moves of the cursor, attributes looked at, or nodes visited while an entity is expanded. */
     void chargeSteps(size_t count) { mWork += kStepPrice * count; }
+
+    /**
+     * libxml2 compared an element's attributes with one another. Of few, that is part of parsing.
+     */
+    void chargeAttributes(size_t count) {
+        mWork += count > kFewAttributes ? uint64_t{count} * count / kComparisonsPerWork : 0;
+    }
 
     /** A message was logged that quotes so many bytes. */
     void chargeMessage(size_t quotedBytes) { mWork += kMessagePrice + quotedBytes; }
