@@ -15,6 +15,7 @@ template <typename Object>
 class NeverDestroyed {
   public:
     template <typename... Arguments>
+    // cppcheck-suppress uninitMemberVar // The object is made in it.
     explicit NeverDestroyed(Arguments&&... arguments)
         : mObject(*new (mRoom) Object(std::forward<Arguments>(arguments)...)) {}
     NeverDestroyed(const NeverDestroyed&) = delete;

@@ -53,6 +53,7 @@ class ObjectBlock {
     const std::set<Base*>& pointers() const { return mPointers; }
 
     /** @param i the row, below kCount */
+    // cppcheck-suppress CastIntegerToAddressAtReturn // What is returned is a pointer.
     Base* at(size_t i) const { return mObjects[i]; }
 
   private:
