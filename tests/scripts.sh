@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Holds the scripts to what they have in common: scripts.sh FOLDER
+set -euo pipefail
+failed=0
+
+fail() {
+    echo "$1" >&2
+    failed=1
+}
+
+for script in "$1"/*; do
+    [[ -x $script ]] || continue
+    help=$("$script" --help)
+    [[ -n $help && $(sed -n 2p "$script") == "# ${help%%$'\n'*}" ]] ||
+        fail "$script --help prints '$help'"
+    [[ $help == *"script/${script##*/}"* ]] || fail "$script --help lacks how to call it"
+    status=0
+    complaint=$("$script" --no-such-option 2>&1) || status=$?
+    [[ $status == 2 && $complaint == *"'--no-such-option'"* ]] ||
+        fail "$script --no-such-option ends with $status: $complaint"
+done
+exit $failed
