@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <libxml/xmlerror.h>
 #include <malloc.h>
+#include <ormel/SpatializerParamArray.h>
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/TagIterator.h>
 

@@ -1,6 +1,7 @@
 #define LOG_TAG "OrmSpatializerParamCache"
 
 #include <ormel/KivParameter.h>
+#include <ormel/SpatializerParamArray.h>
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/SpatializerParamParser.h>
 
@@ -11,6 +12,7 @@
 #include <log/log.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <optional>
 

@@ -1,5 +1,6 @@
 // Uses the library from a static initialiser that runs before all of the library's own: this file
 // is linked ahead of the library's objects, and initialisers run in that order.
+#include <ormel/SpatializerParamArray.h>
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/TuningFileParser.h>
 

@@ -6,6 +6,8 @@
 // most 20 kB of heap each time that a process loads and unloads it.
 #pragma once
 
+#include <ormel/Port.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -74,28 +76,6 @@ constexpr const char* kEndpointNames[kEndpointCount] = {"speaker", "headphone", 
 constexpr const char* endpointName(int32_t endpoint) {
     const bool known = endpoint >= 0 && endpoint < static_cast<int32_t>(kEndpointCount);
     return known ? kEndpointNames[endpoint] : "";
-}
-
-/** A physical output port, as callers of the front name it. */
-enum Port : int32_t {
-    PORT_INTERNAL_SPEAKER = 0,
-    PORT_HDMI = 1,
-    PORT_MIRACAST = 2,
-    PORT_HEADPHONE = 3,
-    PORT_BLUETOOTH = 4,
-    PORT_USB = 5,
-    PORT_OTHER = 6,
-};
-constexpr size_t kPortCount = 7;
-
-/** Text names by Port value. Not range checked. */
-constexpr const char* kPortNames[kPortCount] = {"internal_speaker", "hdmi", "miracast", "headphone",
-                                                "bluetooth",        "usb",  "other"};
-
-/** Text name of a port, null for a number that is none. */
-constexpr const char* portName(int32_t port) {
-    const bool known = port >= 0 && port < static_cast<int32_t>(kPortCount);
-    return known ? kPortNames[port] : nullptr;
 }
 
 /** Android output device bits (audio_devices_t) that parameters are addressed to. */

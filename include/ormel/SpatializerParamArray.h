@@ -3,6 +3,7 @@
 
 #include <ormel/DocumentBudget.h>
 #include <ormel/Parameter.h>
+#include <ormel/SpatializerProfile.h>
 #include <utils/KeyedVector.h>
 #include <utils/Mutex.h>
 #include <utils/Singleton.h>
@@ -19,21 +20,6 @@ namespace ormel {
 
 class DocumentLoad;
 class StoreDump;
-
-/** A spatializer profile. */
-using OrmSpatializerProfileId = int32_t;
-
-constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_COMMON = -1;
-constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_DYNAMIC = 0;
-constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_MOVIE = 1;
-constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_MUSIC = 2;
-constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_CUSTOM = 3;
-
-/** Text names of the profiles from dynamic to custom, by their number. Not range checked. */
-constexpr const char* kProfileNames[] = {"dynamic", "movie", "music", "custom"};
-
-/** Bands of the effect's graphic equalizer. Entries of another width are not applied. */
-constexpr size_t kGeqBands = 20;
 
 /**
  * Holds the built-in lists, what the tuning document became, and the choices made since: current

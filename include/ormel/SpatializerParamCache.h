@@ -2,7 +2,8 @@
 #pragma once
 
 #include <ormel/IEffectOrm.h>
-#include <ormel/SpatializerParamArray.h>
+#include <ormel/Port.h>
+#include <ormel/SpatializerProfile.h>
 
 #include <cstdint>
 #include <string>

@@ -3,6 +3,7 @@
 #include <kivparamstorage/KivParamStore.h>
 #include <ormel/KivEffect.h>
 #include <ormel/SetParamCommand.h>
+#include <ormel/SpatializerParamArray.h>
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/TuningFileParser.h>
 
