@@ -1,17 +1,17 @@
 #!/usr/bin/env bash
-# Holds what the README shows of the tool to what the tool prints: readme.sh ORMEL-TUNING README
+# Holds what the pages show of the tool to what the tool prints: tool_pages.sh ORMEL-TUNING FOLDER
 #
-# Shown are blocks whose first line is "$ ormel-tuning ...", with "..." for what is left out, and the
-# list of rules. Pictures are not drawn again.
+# docs/ormel-tuning.md has blocks whose first line is "$ ormel-tuning ...", with "..." for what is left
+# out. Pictures are not drawn again. docs/check-rules.md has the list of rules.
 set -euo pipefail
 
 tool=$1
-readme=$2
-cd "$(dirname "$readme")"
+cd "$2"
+page=docs/ormel-tuning.md
 failed=0
 
 fail() {
-    echo "$readme: $1" >&2
+    echo "$page: $1" >&2
     failed=1
 }
 
@@ -20,7 +20,7 @@ compare() {
     local command=$1 line any=
     shift
     local -a actual
-    # The command is the README's, words without quotes. Findings are no failure.
+    # The command is the page's, words without quotes. Findings are no failure.
     # shellcheck disable=SC2086
     mapfile -t actual < <("$tool" ${command#ormel-tuning } 2>&1 || true)
     for line in "$@"; do
@@ -59,9 +59,10 @@ while IFS= read -r line; do
     else
         finish
     fi
-done <"$readme"
+done <$page
 ((blocks > 0)) || fail 'shows nothing'
 
-diff <(sed -n '/<!-- rules -->/,/<!-- \/rules -->/p' "$readme" | grep '^- ') <("$tool" check --rules) ||
-    fail 'has other rules than the tool'
+page=docs/check-rules.md
+diff <(sed -n '/<!-- rules -->/,/<!-- \/rules -->/p' $page | grep '^- ') <("$tool" check --rules) ||
+    fail 'has other rules than the tool; script/document-rules writes them'
 exit $failed
