@@ -10,17 +10,12 @@
 
 namespace ormel {
 
-/**
- * One object of one of @p Classes per row of a table. The objects stand in place and in table
- * order, so that their order by address, which the sets of pointers follow, is the order of the
- * table on every run. They are never destroyed.
- *
- * A row has the class of its object as member kind, see kKind, and makes it in a place that it is
- * given by make<Class>(place).
- */
 template <typename Base, size_t kCount, typename... Classes>
-class ObjectBlock {
-  public:
+class ObjectBlock;
+
+/** The classes of a table's objects. */
+template <typename... Classes>
+struct ObjectClasses {
     /** What stands in a row for a class. */
     template <typename Class>
     static constexpr uint8_t kKind = [] {
@@ -38,6 +33,22 @@ class ObjectBlock {
         (visit(static_cast<Classes*>(nullptr)), ...);
     }
 
+    /** The objects of a table of so many rows. */
+    template <typename Base, size_t kCount>
+    using Block = ObjectBlock<Base, kCount, Classes...>;
+};
+
+/**
+ * One object of one of @p Classes per row of a table. The objects stand in place and in table
+ * order, so that their order by address, which the sets of pointers follow, is the order of the
+ * table on every run. They are never destroyed.
+ *
+ * A row has the class of its object as member kind, see ObjectClasses::kKind, and makes it in a
+ * place that it is given by make<Class>(place).
+ */
+template <typename Base, size_t kCount, typename... Classes>
+class ObjectBlock {
+  public:
     template <typename Row>
     explicit ObjectBlock(const Row (&rows)[kCount]) {
         using Make = Base* (*)(const Row& row, void* place);

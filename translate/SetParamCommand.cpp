@@ -6,7 +6,8 @@
 
 namespace ormel {
 
-static_assert(kKivParameterCount == 90 && VOL == 0 && SDFA == 89);
+static_assert(VOL == 0 && SDFA == 89,
+              "callers know the first 90 parameters by number: add rows behind them");
 static_assert(kivCode(VOL) == 0x006c6f76 && kivCode(DEON) == 0x6e6f6564,
               "codes begin with the least significant byte");
 

@@ -13,16 +13,14 @@ namespace ormel {
 
 namespace {
 
-constexpr size_t kTranslatorCount = TranslatorCollection::kTranslatorCount;
-
-using Translators =
-        ObjectBlock<Translator, kTranslatorCount, SimpleTranslator, GeqTranslator, IeqTranslator,
-                    ComplexEqualizerTranslator, VirtualBassEnableTranslator, VirtualBassTranslator,
-                    BassMbdrcTranslator, DeAmountTranslator, AudioOptimizerTranslator,
-                    AudioRegulatorTranslator, OutputModeTranslator, CustomDRCTranslator>;
+using TranslatorClasses =
+        ObjectClasses<SimpleTranslator, GeqTranslator, IeqTranslator, ComplexEqualizerTranslator,
+                      VirtualBassEnableTranslator, VirtualBassTranslator, BassMbdrcTranslator,
+                      DeAmountTranslator, AudioOptimizerTranslator, AudioRegulatorTranslator,
+                      OutputModeTranslator, CustomDRCTranslator>;
 
 template <typename Class>
-constexpr uint8_t kKind = Translators::kKind<Class>;
+constexpr uint8_t kKind = TranslatorClasses::kKind<Class>;
 
 struct TranslatorRow {
     constexpr TranslatorRow(uint8_t rowKind, Parameter source = {}, KivParameter destination = {})
@@ -44,7 +42,7 @@ struct TranslatorRow {
     uint8_t src;
     uint8_t dst;
 };
-static_assert(kParameterCount <= 256 && kKivParameterCount <= 256);
+static_assert(kParameterCount <= 255 && kKivParameterCount <= 256, "rows hold them in a byte");
 
 // clang-format off
 constexpr TranslatorRow kTranslatorRows[] = {
@@ -129,16 +127,19 @@ constexpr TranslatorRow kTranslatorRows[] = {
     {kKind<SimpleTranslator>,  ADVANCED_SPEAKER_VIRTUALIZER_RENDERING_CONFIG,       SVRC},
 };
 // clang-format on
-static_assert(std::size(kTranslatorRows) == kTranslatorCount);
+constexpr size_t kTranslatorCount = std::size(kTranslatorRows);
+static_assert(kTranslatorCount <= kParameterCount, "a parameter has one translator at most");
 
-/** Each parameter's first row by source, kTranslatorCount where there is none. */
+using Translators = TranslatorClasses::Block<Translator, kTranslatorCount>;
+
+/** Each parameter's first row by source, kParameterCount where there is none. */
 constexpr auto kPlaces = [] {
     std::array<uint8_t, kParameterCount> places{};
     for (uint8_t& place : places) {
-        place = kTranslatorCount;
+        place = kParameterCount;
     }
     for (uint8_t row = kTranslatorCount; row-- > 0;) {
-        Translators::forEachClass([&](auto* of) {
+        TranslatorClasses::forEachClass([&](auto* of) {
             using Class = std::remove_pointer_t<decltype(of)>;
             if (kTranslatorRows[row].kind != kKind<Class>) {
                 return;
@@ -167,12 +168,12 @@ const std::set<Translator*>& TranslatorCollection::kAllTranslators = translators
 
 size_t TranslatorCollection::findPlace(Parameter param) const {
     const auto index = static_cast<size_t>(param);
-    return index < kParameterCount ? kPlaces[index] : kTranslatorCount;
+    return index < kParameterCount ? kPlaces[index] : kParameterCount;
 }
 
 Translator* TranslatorCollection::getTranslator(Parameter param) const {
     const size_t place = findPlace(param);
-    return place < kTranslatorCount ? &at(place) : nullptr;
+    return place < kParameterCount ? &at(place) : nullptr;
 }
 
 Translator& TranslatorCollection::at(size_t place) const {

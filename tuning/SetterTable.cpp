@@ -13,15 +13,13 @@ namespace ormel {
 
 namespace {
 
-constexpr size_t kSetterCount = 91;
-
-using Setters = ObjectBlock<ValueSetter, kSetterCount, SimpleValueSetter, RowDataValueSetter,
-                            DrcRowDataValueSetter, MixMatrixValueSetter,
-                            VirtualBassSubgainValueSetter, VirtualBassValueSetter, IeqValueSetter,
-                            GeqValueSetter, AudioOptimizerValueSetter, RegulatorTuningValueSetter>;
+using SetterClasses = ObjectClasses<SimpleValueSetter, RowDataValueSetter, DrcRowDataValueSetter,
+                                    MixMatrixValueSetter, VirtualBassSubgainValueSetter,
+                                    VirtualBassValueSetter, IeqValueSetter, GeqValueSetter,
+                                    AudioOptimizerValueSetter, RegulatorTuningValueSetter>;
 
 template <typename Setter>
-constexpr uint8_t kKind = Setters::kKind<Setter>;
+constexpr uint8_t kKind = SetterClasses::kKind<Setter>;
 
 // clang-format off
 constexpr SetterRow kSetterRows[] = {
@@ -118,7 +116,9 @@ constexpr SetterRow kSetterRows[] = {
     {"geq",                                                 kKind<GeqValueSetter>,                {GEQ_FREQUENCY, GEQ_GAIN}},
 };
 // clang-format on
-static_assert(std::size(kSetterRows) == kSetterCount);
+constexpr size_t kSetterCount = std::size(kSetterRows);
+
+using Setters = SetterClasses::Block<ValueSetter, kSetterCount>;
 
 constexpr std::string_view nameOfRow(uint8_t row) {
     return kSetterRows[row].nodeName;

@@ -217,18 +217,16 @@ class CustomDRCTranslator : public SpecialTranslator {
  */
 class TranslatorCollection {
   public:
-    static constexpr size_t kTranslatorCount = 79;
-
-    /** The process's 79 translators, by address in table order. */
+    /** The process's translators, by address in table order. */
     static const std::set<Translator*>& kAllTranslators;
 
     /** The translator that reacts to @p param, null where there is none. */
     Translator* getTranslator(Parameter param) const;
 
-    /** The place in table order of the translator of @p param, beyond the last if there is none. */
+    /** The place in table order of the translator of @p param, kParameterCount if there is none. */
     size_t findPlace(Parameter param) const;
 
-    /** @param place below kTranslatorCount */
+    /** @param place of a translator, as findPlace() gives it */
     Translator& at(size_t place) const;
 };
 
@@ -264,7 +262,7 @@ class ParameterTranslator {
 
   private:
     /** By place in table order. */
-    std::array<bool, TranslatorCollection::kTranslatorCount> mIsPending = {};
+    std::array<bool, kParameterCount> mIsPending = {};
     ParameterValues* mSource = nullptr;
     Endpoint mEndpoint = ENDPOINT_SPEAKER;
     bool mMono = false;

@@ -221,7 +221,7 @@ class RegulatorTuningValueSetter : public BandColumnsValueSetter {
  */
 class SetterCollection {
   public:
-    /** The process's 91 setters, by address in table order. */
+    /** The process's setters, by address in table order. */
     static const std::set<ValueSetter*>& kAllValueSetters;
 
     /** The setter of an element name, null for any other name. */
