@@ -2,6 +2,7 @@
 
 #include <kivparamstorage/KivParamStore.h>
 #include <ormel/KivParameter.h>
+#include <ormel/SpatializerParamArray.h>
 #include <ormel/SpatializerParamCache.h>
 
 #include <memory>
