@@ -25,12 +25,13 @@ inline size_t countOf(const std::string& part, std::string text) {
 /**
  * The work that was entered into an account keeps to the document's size. An accepted document has
  * kept to the bound. A refused one may have gone over it by the last thing that was done before
- * somebody looked: at most the lists of one object for three devices, and their numbers had been
- * paid for once when they were read.
+ * somebody looked: the lists of one object for three devices, whose numbers had been paid for once
+ * when they were read; or an element's attributes, whose price is looked at each time that the room
+ * for them doubles, and is four times as high then.
  */
 inline void requireLittleWork(const std::string& text, const DocumentBudget& budget,
                               bool isAccepted) {
-    constexpr uint64_t kTimesWhenRefused = 4;
+    constexpr uint64_t kTimesWhenRefused = 8;
     const uint64_t bound = DocumentBudget::kWorkPerByte * text.size() + DocumentBudget::kWorkBase;
     require(!isAccepted || (!budget.isSpent() && budget.getWorkLimit() == bound));
     require(!isAccepted || budget.getHolderBytes() <= DocumentBudget::kMaxHolderBytes);
