@@ -3,6 +3,7 @@
 #include <ormel/TuningFileParser.h>
 
 #include <log/log.h>
+#include <ormel/VersionRules.h>
 
 #include <cerrno>
 #include <utility>
@@ -17,18 +18,6 @@ using Names = std::vector<std::string>;
 
 /** Has nothing to initialise, so that it serves other files' static initialisation. */
 SetterCollection setterCollection;
-
-bool hasPrefix(const std::string& version, std::string_view prefix) {
-    return version.compare(0, prefix.size(), prefix) == 0;
-}
-
-/**
- * Whether the version's first characters sort below those of @p prefix. Versions are compared as
- * bytes: "3.10.0" is below "3.4.", and an absent version is below everything.
- */
-bool isBelow(const std::string& version, std::string_view prefix) {
-    return version.compare(0, prefix.size(), prefix) < 0;
-}
 
 Endpoint profileEndpointFromId(const std::string& id) {
     if (id == kEndpointNames[ENDPOINT_HEADPHONE]) {
@@ -126,8 +115,8 @@ std::string TuningFileParser::parseVersion() {
 }
 
 void TuningFileParser::parseAuthorizedTechnologies() {
-    if (hasPrefix(mHeader.formatVersion, "3.2.")) {
-        mHeader.virtualBassProcess = 2;
+    if (const VersionRule* const rule = findRule(VersionRuleKind::SETTINGS_UNREAD)) {
+        mHeader.virtualBassProcess = rule->value;
         return;
     }
     mIterator.pushNode();
@@ -163,8 +152,24 @@ void TuningFileParser::parseGlobalSetting() {
     }
 }
 
+const VersionRule* TuningFileParser::findRule(VersionRuleKind kind) const {
+    return findVersionRule(mHeader.formatVersion, kind);
+}
+
 bool TuningFileParser::presetsAreNamed() const {
-    return hasPrefix(mHeader.formatVersion, "3.2.") || hasPrefix(mHeader.formatVersion, "3.3.0");
+    return findRule(VersionRuleKind::IEQ_PRESETS_NAMED) != nullptr;
+}
+
+void TuningFileParser::applyVersionRules(ParameterOwner owner, ParameterValues& object,
+                                         const ProfileIeq& ieq) {
+    for (const VersionRule& rule : kVersionRules) {
+        if (rule.owner != owner || !rule.holdsFor(mHeader.formatVersion)) {
+            continue;
+        }
+        const int profilesValue = rule.param == IEQ_ENABLE ? ieq.enable : ieq.amount;
+        const bool isProfiles = rule.kind == VersionRuleKind::PROFILES_VALUE;
+        setParameter(rule.param, isProfiles ? profilesValue : rule.value, object);
+    }
 }
 
 int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
@@ -223,15 +228,18 @@ void TuningFileParser::setParameter(Parameter param, int value, ParameterValues&
 
 void TuningFileParser::parseProfile() {
     ++mHeader.profileCount;
-    const bool isFormat32 = hasPrefix(mHeader.formatVersion, "3.2.");
-    const int defaultIeqPresetId = isFormat32 ? parseProfileInclude() : 0;
+    ProfileIeq ieq;
+    if (findRule(VersionRuleKind::INCLUDE_IN_PROFILE) != nullptr) {
+        ieq.presetId = parseProfileInclude();
+    }
 
     mIterator.pushNode();
     static NeverDestroyed<Names> names(Names{"id", "name", "group"});
     const auto attributes = readAttributes(*names);
     const int id = string2Int(attributes[0]);
     const std::string& name = attributes[1];
-    const bool mobility = !isFormat32 && attributes[2] == "mobility";
+    const bool mobility =
+            attributes[2] == "mobility" && findRule(VersionRuleKind::GROUP_UNREAD) == nullptr;
     mIterator.childrenNext();
     mHeader.profileNames[id] = name;
     Profile profile(id, name, mobility);
@@ -240,27 +248,19 @@ void TuningFileParser::parseProfile() {
     mBudget.chargeKeptText(2 * name.size());
 
     // The two IEQ settings are the endpoints', and reach those that come after them.
-    int ieqEnable = 0;
-    int ieqAmount = 0;
     for (; mIterator.isCurValid(); mIterator.next()) {
         const std::string_view child = mIterator.readName();
         if (child == "ieq-enable") {
-            ieqEnable = NodeParseUtils::parseValue(mIterator);
+            ieq.enable = NodeParseUtils::parseValue(mIterator);
         } else if (child == "ieq-amount") {
-            ieqAmount = NodeParseUtils::parseValue(mIterator);
+            ieq.amount = NodeParseUtils::parseValue(mIterator);
         } else if (!readParameter(child, profile) && child == "endpoint_type") {
-            parseProfileEndpoint(id, ieqEnable, ieqAmount, defaultIeqPresetId);
+            parseProfileEndpoint(id, ieq);
         }
     }
     mIterator.popNode();
 
-    if (isFormat32) {
-        setParameter(REVERB_SUPPRESSION_ENABLE, 0, profile);
-        setParameter(REVERB_SUPPRESSION_AMOUNT, 0, profile);
-    }
-    if (isBelow(mHeader.formatVersion, "3.4.")) {
-        setParameter(HEADPHONE_VIRTUALIZER_MODE, 1, profile);
-    }
+    applyVersionRules(ParameterOwner::PROFILE, profile, ieq);
     mDocuments.back().profiles.push_back(std::move(profile));
 }
 
@@ -279,16 +279,15 @@ int TuningFileParser::parseProfileInclude() {
     return getIeqPresetIdByName(presetName);
 }
 
-void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ieqAmount,
-                                            int defaultIeqPresetId) {
+void TuningFileParser::parseProfileEndpoint(int profileId, const ProfileIeq& ieq) {
     mIterator.pushNode();
     static NeverDestroyed<Names> names(Names{"id"});
     const std::string id = readAttribute(*names);
-    int ieqPresetId = defaultIeqPresetId;
-    if (!hasPrefix(mHeader.formatVersion, "3.2.")) {
+    int ieqPresetId = ieq.presetId;
+    if (findRule(VersionRuleKind::INCLUDE_IN_PROFILE) == nullptr) {
         ALOGD("%s(): %s, parse the include ieq preset", __func__, id.c_str());
         mBudget.chargeMessage(id.size());
-        ieqPresetId = parseEndpointInclude(defaultIeqPresetId);
+        ieqPresetId = parseEndpointInclude();
     }
     ProfileEndpoint endpoint(profileId, profileEndpointFromId(id), ieqPresetId);
     mBudget.chargeObject();
@@ -297,12 +296,12 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
         readParameter(mIterator.readName(), endpoint);
     }
     mIterator.popNode();
-    completeProfileEndpoint(endpoint, ieqEnable, ieqAmount);
+    completeProfileEndpoint(endpoint, ieq);
     mDocuments.back().profileEndpoints.push_back(std::move(endpoint));
 }
 
-int TuningFileParser::parseEndpointInclude(int defaultIeqPresetId) {
-    int presetId = defaultIeqPresetId;
+int TuningFileParser::parseEndpointInclude() {
+    int presetId = 0;
     mIterator.pushNode();
     mIterator.childrenNext();
     if (mIterator.isCurValid() && mIterator.readName() == "include") {
@@ -313,8 +312,7 @@ int TuningFileParser::parseEndpointInclude(int defaultIeqPresetId) {
     return presetId;
 }
 
-void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, int ieqEnable,
-                                               int ieqAmount) {
+void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, const ProfileIeq& ieq) {
     // The lookups leave empty lists behind.
     auto& values = endpoint.getValues();
     mBudget.chargeEntries(2);
@@ -325,15 +323,7 @@ void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, int ie
                          endpoint);
         }
     }
-    if (hasPrefix(mHeader.formatVersion, "3.2.")) {
-        setParameter(IEQ_ENABLE, ieqEnable, endpoint);
-        setParameter(IEQ_AMOUNT, ieqAmount, endpoint);
-        if (hasPrefix(mHeader.formatVersion, "3.2.2")) {
-            setParameter(HEARING_PROTECTION_ENABLE, 0, endpoint);
-            setParameter(VIRTUALIZER_START_BAND, 0, endpoint);
-        }
-        setParameter(HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE, 4, endpoint);
-    }
+    applyVersionRules(ParameterOwner::PROFILE_ENDPOINT, endpoint, ieq);
     setParameter(VIRTUAL_BASS_TYPE, mHeader.virtualBassProcess, endpoint);
 }
 
@@ -367,12 +357,7 @@ void TuningFileParser::parseTuning() {
     }
     mIterator.popNode();
 
-    if (hasPrefix(mHeader.formatVersion, "3.2.2")) {
-        setParameter(BASS_MBDRC_ENABLE, 0, tuning);
-    }
-    if (isBelow(mHeader.formatVersion, "3.4.")) {
-        setParameter(SPEAKER_VIRTUALIZER_MODE, 1, tuning);
-    }
+    applyVersionRules(ParameterOwner::TUNING, tuning, {});
     mDocuments.back().tunings.push_back(std::move(tuning));
 }
 

@@ -17,6 +17,9 @@
 
 namespace ormel {
 
+struct VersionRule;
+enum class VersionRuleKind : uint8_t;
+
 /**
  * Reads one tuning document into a DeviceData.
  *
@@ -100,6 +103,13 @@ class TuningFileParser {
         std::vector<DeviceTuning> deviceTunings;
     };
 
+    /** What a profile says for its endpoints. */
+    struct ProfileIeq {
+        int presetId = 0;
+        int enable = 0;
+        int amount = 0;
+    };
+
     void parseTuningFile();
     std::string parseVersion();
     void parseAuthorizedTechnologies();
@@ -107,9 +117,9 @@ class TuningFileParser {
     void parsePreset();
     void parseProfile();
     int parseProfileInclude();
-    void parseProfileEndpoint(int profileId, int ieqEnable, int ieqAmount, int defaultIeqPresetId);
-    int parseEndpointInclude(int defaultIeqPresetId);
-    void completeProfileEndpoint(ProfileEndpoint& endpoint, int ieqEnable, int ieqAmount);
+    void parseProfileEndpoint(int profileId, const ProfileIeq& ieq);
+    int parseEndpointInclude();
+    void completeProfileEndpoint(ProfileEndpoint& endpoint, const ProfileIeq& ieq);
     void parseTuning();
     void parseDeviceTuning(const std::string& tuningName);
 
@@ -118,7 +128,11 @@ class TuningFileParser {
     void setParameter(Parameter param, int value, ParameterValues& values);
     std::vector<std::string> readAttributes(const std::vector<std::string>& names);
     std::string readAttribute(const std::vector<std::string>& name);
+    const VersionRule* findRule(VersionRuleKind kind) const;
     bool presetsAreNamed() const;
+    /** Gives an object what the format version lays down for its class. */
+    void applyVersionRules(ParameterOwner owner, ParameterValues& object,
+                           const ProfileIeq& ieq);
     void fillDeviceData();
     /** The objects of one kind of all documents. */
     template <typename Object>

@@ -3,6 +3,7 @@
 #include <ormel/KivParameter.h>
 #include <ormel/Translator.h>
 #include <ormel/ValueSetter.h>
+#include <ormel/VersionRules.h>
 
 #include <algorithm>
 #include <deque>
@@ -11,7 +12,6 @@
 #include <utility>
 
 #include "ReadTrace.h"
-#include "VersionRules.h"
 
 namespace ormel::tools {
 
@@ -89,7 +89,8 @@ class EntryOrigins::Source {
         : mObject(object),
           mEndpoint(endpoint),
           mTrace(document.trace()),
-          mFixed(VersionRules::of(document.objects().getFormatVersion()).fixedIn(kind)),
+          mFormatVersion(document.objects().getFormatVersion()),
+          mOwner(ownerOf(kind)),
           mValues(object.getValues()) {}
 
     /** Completes the object where the load does, with any values: only changes are looked at. */
@@ -177,16 +178,20 @@ class EntryOrigins::Source {
             return {Origin::Kind::LINE, param, mTrace.lineOf(mObject)};
         }
         // No element of an endpoint gives this one, so the rules do not tell.
-        const bool isFixed = param == VIRTUAL_BASS_TYPE
-                                     ? found->second.front() != kInitialVirtualBassType
-                                     : mFixed.count(param) > 0;
+        if (param == VIRTUAL_BASS_TYPE) {
+            const bool isInitial = found->second.front() == kInitialVirtualBassType;
+            return {isInitial ? Origin::Kind::DEFAULT : Origin::Kind::VERSION_RULE, param, 0};
+        }
+        const VersionRule* const rule = findVersionRule(mFormatVersion, mOwner, param);
+        const bool isFixed = rule != nullptr && rule->kind == VersionRuleKind::VALUE;
         return {isFixed ? Origin::Kind::VERSION_RULE : Origin::Kind::DEFAULT, param, 0};
     }
 
     const ParameterValues& mObject;
     Endpoint mEndpoint;
     const ReadTrace& mTrace;
-    const VersionRules::Fixed& mFixed;
+    std::string mFormatVersion;
+    ParameterOwner mOwner;
     ValueMap mValues;
     std::map<Parameter, Origin> mCompletions;
     std::map<int32_t, Origins> mOrigins;

@@ -1,6 +1,7 @@
 #include "ReadTrace.h"
 
 #include <libxml/parser.h>
+#include <ormel/VersionRules.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -11,7 +12,6 @@
 #include <system_error>
 #include <utility>
 
-#include "VersionRules.h"
 #include "XmlTree.h"
 
 namespace ormel::tools {
@@ -378,6 +378,19 @@ class ReadTrace::Walker : public TagIterator {
     const std::set<std::string>* mLastAsked = nullptr;
 };
 
+ParameterOwner ownerOf(ReadAs section) {
+    switch (section) {
+        case ReadAs::PROFILE:
+            return ParameterOwner::PROFILE;
+        case ReadAs::ENDPOINT:
+            return ParameterOwner::PROFILE_ENDPOINT;
+        case ReadAs::TUNING:
+            return ParameterOwner::TUNING;
+        default:
+            return ParameterOwner::NONE;
+    }
+}
+
 std::string readDocument(const std::string& path) {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
@@ -488,11 +501,12 @@ const ReadElement* ReadTrace::giverOf(const ParameterValues& object, Parameter p
     if (section == nullptr || object.getValues().count(param) == 0) {
         return nullptr;
     }
-    const VersionRules& rules = VersionRules::of(mParser->getDeviceData()->getFormatVersion());
-    if (rules.fixedIn(section->as).count(param) != 0) {
+    const VersionRule* const rule = findVersionRule(mParser->getDeviceData()->getFormatVersion(),
+                                                    ownerOf(section->as), param);
+    const bool isOuter = rule != nullptr && rule->kind == VersionRuleKind::PROFILES_VALUE;
+    if (rule != nullptr && !isOuter) {
         return nullptr;
     }
-    const bool isOuter = section->as == ReadAs::ENDPOINT && rules.fromProfile.count(param) != 0;
     const auto& givers = isOuter ? section->outerGivers : section->givers;
     if (const auto found = givers.find(param); found != givers.end()) {
         return &getElements()[found->second];

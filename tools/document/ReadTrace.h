@@ -36,6 +36,9 @@ enum class ReadAs : uint8_t {
     ROW,
 };
 
+/** The class of objects that a section's parameters go to; NONE for presets and others. */
+ParameterOwner ownerOf(ReadAs section);
+
 /** What the reader did with one element of the document. */
 struct ReadElement {
     /** Its place in document order, from 0. */

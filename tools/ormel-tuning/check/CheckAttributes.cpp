@@ -311,7 +311,7 @@ class AttributeCheck {
             return;
         }
         const bool isIeq = record.setter->getParams().front() == IEQ_FREQUENCY;
-        if (isIeq && mContext.version.presetsAreNamed) {
+        if (isIeq && mContext.has(VersionRuleKind::IEQ_PRESETS_NAMED)) {
             checkPresetName("id");
         } else {
             checkNumber("id");

@@ -9,7 +9,6 @@
 #include "CheckDocument.h"
 #include "CheckMeaning.h"
 #include "document/ReadTrace.h"
-#include "document/VersionRules.h"
 
 namespace ormel::tools {
 
@@ -63,8 +62,7 @@ class ReportedPlaces {
 
 void checkMeaning(const CheckDocument& document, ReadTrace& trace, Findings& findings) {
     const DeviceData& data = trace.getDocument();
-    const CheckContext context = {document, trace, data, VersionRules::of(data.getFormatVersion()),
-                                  findings};
+    const CheckContext context = {document, trace, data, data.getFormatVersion(), findings};
     checkStructure(context);
     checkAttributes(context);
     checkObjects(context);

@@ -1,10 +1,13 @@
 // The layer of `check` that goes by what the reader made of a document.
 #pragma once
 
+#include <ormel/VersionRules.h>
+
+#include <string>
+
 #include "CheckDocument.h"
 #include "CheckRules.h"
 #include "document/ReadTrace.h"
-#include "document/VersionRules.h"
 
 namespace ormel::tools {
 
@@ -13,13 +16,14 @@ struct CheckContext {
     const CheckDocument& document;
     const ReadTrace& trace;
     const DeviceData& data;
-    const VersionRules& version;
+    const std::string formatVersion;
     Findings& findings;
 
     const ReadElement& read(size_t element) const { return trace.getElements()[element]; }
     const ReadSection& section(size_t element) const {
         return trace.getSections()[read(element).section];
     }
+    bool has(VersionRuleKind rule) const { return findVersionRule(formatVersion, rule) != nullptr; }
     /** Whether the reader was at the element at all, other than to look at its name. */
     bool isUsed(size_t element) const {
         const ReadElement& record = read(element);

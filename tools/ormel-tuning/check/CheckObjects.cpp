@@ -18,19 +18,6 @@ namespace ormel::tools {
 
 namespace {
 
-ParameterOwner ownerOf(ReadAs section) {
-    switch (section) {
-        case ReadAs::PROFILE:
-            return ParameterOwner::PROFILE;
-        case ReadAs::ENDPOINT:
-            return ParameterOwner::PROFILE_ENDPOINT;
-        case ReadAs::TUNING:
-            return ParameterOwner::TUNING;
-        default:
-            return ParameterOwner::NONE;
-    }
-}
-
 /** Where parameters of a kind of object belong. */
 const char* placeOf(ParameterOwner owner) {
     switch (owner) {
@@ -82,7 +69,7 @@ class ParameterCheck {
         const auto [earlier, isFirst] = mLast.try_emplace(key, element);
         const size_t before = isFirst ? 0 : earlier->second;
         earlier->second = element;
-        if (section.as == ReadAs::PROFILE && mContext.version.fromProfile.count(param) != 0) {
+        if (section.as == ReadAs::PROFILE && isProfilesValue(param)) {
             checkForEndpoints(element, before);
             return;
         }
@@ -131,11 +118,18 @@ class ParameterCheck {
         return false;
     }
 
+    const VersionRule* ruleOf(ParameterOwner owner, Parameter param) const {
+        return findVersionRule(mContext.formatVersion, owner, param);
+    }
+
+    bool isProfilesValue(Parameter param) const {
+        const VersionRule* const rule = ruleOf(ParameterOwner::PROFILE_ENDPOINT, param);
+        return rule != nullptr && rule->kind == VersionRuleKind::PROFILES_VALUE;
+    }
+
     void checkOverwritten(size_t element, Parameter param, const ReadSection& section) const {
-        const auto& fixed = mContext.version.fixedIn(section.as);
-        const bool isInherited =
-                section.as == ReadAs::ENDPOINT && mContext.version.fromProfile.count(param) != 0;
-        if ((!isInherited && fixed.count(param) == 0) || section.object == nullptr) {
+        const VersionRule* const rule = ruleOf(ownerOf(section.as), param);
+        if (rule == nullptr || section.object == nullptr) {
             return;
         }
         const auto* const object = static_cast<const ParameterValues*>(section.object);
@@ -144,8 +138,9 @@ class ParameterCheck {
         if ((text == "true" ? 1 : string2Int(text)) != stands) {
             mContext.add(Rule::OVERWRITTEN, element,
                          std::string("is replaced by ") + std::to_string(stands) +
-                                 (isInherited ? ", which is the profile's in this format"
-                                              : " in this format"));
+                                 (rule->kind == VersionRuleKind::PROFILES_VALUE
+                                          ? ", which is the profile's in this format"
+                                          : " in this format"));
         }
     }
 

@@ -129,7 +129,7 @@ class StructureCheck {
 
     void addInclude(size_t element) {
         const bool isProfile = mContext.read(mDocument.parent(element)).as == ReadAs::PROFILE;
-        const bool wantsProfile = !mContext.version.fromProfile.empty();
+        const bool wantsProfile = mContext.has(VersionRuleKind::INCLUDE_IN_PROFILE);
         std::string what = "chooses no preset here; ";
         if (wantsProfile) {
             what += isProfile ? "make it the second thing in the profile, comments counted"
