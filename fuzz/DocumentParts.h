@@ -142,31 +142,58 @@ inline void validate(DeviceData& data) {
     }
 }
 
-/**
- * Reads a document from memory, as callers of the parser do, and looks at all of it.
- *
- * @param cursor what the parser goes by; its own if null
- */
-inline void inspect(const std::string& text, bool mono, std::unique_ptr<TagIterator> cursor) {
-    TuningFileParser ownCursor;
-    TuningFileParser callersCursor(cursor != nullptr ? std::move(cursor)
-                                                     : std::make_unique<TagIterator>());
-    const int status = ownCursor.setTuningFile(text, true);
-    DeviceData* const data = ownCursor.getDeviceData();
-    require((status == 0) == (data != nullptr) && (status == 0) == ownCursor.isParsed());
-    require(callersCursor.setTuningFile(text, true) == status);
+/** Holds the reader to what it says of the places of objects. */
+class PlaceObserver : public TuningFileObserver {
+  public:
+    void onSection(const DocumentSection& section) override {
+        const size_t place = mCounts[section.kind]++;
+        if (section.kind == DocumentElement::PROFILE ||
+            section.kind == DocumentElement::ENDPOINT_TYPE ||
+            section.kind == DocumentElement::TUNING || section.kind == DocumentElement::DEVICE_ID) {
+            require(section.object == place);
+        }
+    }
+
+    void onPassedOver(uint32_t /* element */, Reason reason) override {
+        mDropped += reason == Reason::NO_DATA ? 1 : 0;
+    }
+
+    /** Of a document that was read. */
+    void requireAll(const DeviceData& data) {
+        require(mCounts[DocumentElement::PROFILE] == data.getProfiles().size());
+        require(mCounts[DocumentElement::ENDPOINT_TYPE] == data.getProfileEndpoints().size());
+        require(mCounts[DocumentElement::TUNING] == data.getTunings().size() + mDropped);
+        require(mCounts[DocumentElement::DEVICE_ID] == data.getDeviceTunings().size());
+    }
+
+  private:
+    std::map<DocumentElement, size_t> mCounts;
+    size_t mDropped = 0;
+};
+
+/** Reads a document from memory, as callers of the parser do, and looks at all of it. */
+inline void inspect(const std::string& text, bool mono) {
+    TuningFileParser parser;
+    TuningFileParser observed;
+    PlaceObserver observer;
+    observed.setObserver(&observer);
+    const int status = parser.setTuningFile(text, true);
+    DeviceData* const data = parser.getDeviceData();
+    require((status == 0) == (data != nullptr) && (status == 0) == parser.isParsed());
+    require(observed.setTuningFile(text, true) == status);
     if (data == nullptr) {
         return;
     }
     PlainStore said;
     PlainDocument plain = PlainReading(readTree(text), said).read();
-    require(ownCursor.getNumOfProfiles() == static_cast<int>(plain.profiles.size()));
+    require(parser.getNumOfProfiles() == static_cast<int>(plain.profiles.size()));
     for (const Profile& profile : plain.profiles) {
-        const std::string name = ownCursor.getProfileName(profile.getProfileId());
+        const std::string name = parser.getProfileName(profile.getProfileId());
         require(profile.getProfileId() != plain.profiles.back().getProfileId() ||
                 name == plain.profiles.back().getName());
     }
-    const DeviceData& other = *callersCursor.getDeviceData();
+    const DeviceData& other = *observed.getDeviceData();
+    observer.requireAll(other);
     translateAll(other.getIeqPresets(), mono);
     translateAll(other.getGeqPresets(), mono);
     translateAll(other.getProfiles(), mono);

@@ -233,5 +233,77 @@ TEST(TuningFileParser, ReadsNodesThatAreNamedLikeElements) {
     }
 }
 
+// Writes down what it is told: sections with their objects, parameters, and what is passed over,
+// each with its element's number; a star for a childless section.
+class WritingObserver : public TuningFileObserver {
+  public:
+    void onSection(const DocumentSection& section) override {
+        mText << nameOf(section) << numberOf(section.element) << '/' << section.object << ' ';
+    }
+    void onParameter(const DocumentSection& section, ValueSetter& setter,
+                     uint32_t element) override {
+        mText << nameOf(section) << (section.isChildless ? "*." : ".") << setter.getNodeName()
+              << numberOf(element) << ' ';
+    }
+    void onSetting(const DocumentSection& section, std::string_view name) override {
+        mText << name << numberOf(section.element) << ' ';
+    }
+    void onPassedOver(uint32_t element, Reason reason) override {
+        mText << "USN"[static_cast<int>(reason)] << numberOf(element) << ' ';
+    }
+    std::string text() const { return mText.str(); }
+
+  private:
+    static std::string nameOf(const DocumentSection& section) {
+        return section.kind == DocumentElement::DATA ? "data" : rowOf(section.kind).name;
+    }
+    static std::string numberOf(uint32_t element) {
+        return element == kNoElement ? "-" : std::to_string(element);
+    }
+
+    std::ostringstream mText;
+};
+
+// A document's version and content, and what the observer of its reading is told. The root is
+// element 0, and the version, if there is one, element 1.
+const std::array<const char*, 3> kObserved[] = {
+        // Versions and settings first, wherever they stand.
+        {"", R"(<profile id='1'/> <x/> <authorized_technologies> <y/> <global_setting z='1'
+        device_index='2'/> </authorized_technologies> <tool_version/>)",
+         R"(authorized_technologies3/0 U4 global_setting5/0 device_index5 tool_version6/0
+        profile1/0 S1 S2 S3 S6 U2)"},
+        // Both kinds of preset have places of their own.
+        {"", R"(<preset type='geq'/> <preset type='ieq'> </preset> <preset/> <preset type='geq'/>)",
+         "preset1/0 preset.geq1 preset2/0 preset.ieq2 preset3/1 U3 preset4/1 preset.geq4"},
+        {"3 4 0",
+         R"(<profile> <endpoint_type> <include/> <ieq-enable/> </endpoint_type> <ieq-amount/>
+        <include/> </profile> <profile> <endpoint_type> <a/> <include/> </endpoint_type> </profile>)",
+         R"(format_version1/0 profile2/0 endpoint_type3/0 include4/0 U4 endpoint_type.ieq-enable5
+        profile.ieq-amount6 U7 profile8/1 endpoint_type9/1 U10 U11)"},
+        {"3 2 0",
+         R"(<authorized_technologies> <global_setting/> </authorized_technologies> <profile>
+        <ieq-enable/> <include/> <endpoint_type> <include/> </endpoint_type> </profile>)",
+         R"(format_version1/0 profile4/0 include6/0 profile.ieq-enable5 U6 endpoint_type7/0 U8)"},
+        // The data of a tuning may have any name.
+        {"", R"(<tuning> <device_id/> <device_id/> <peak-value> <peak-value/> <x/> </peak-value>
+        <device_id/> </tuning> <tuning> <data/> <peak-value/> </tuning>)",
+         R"(tuning1/0 device_id2/0 device_id3/1 data4/0 tuning.peak-value5 U6
+        tuning8/1 data9/1 S9 tuning*.peak-value10)"},
+        // Nothing is told of what stands behind a tuning without data.
+        {"", "<tuning> <device_id/> </tuning> <profile/>", "tuning1/0 device_id2/0 N1"},
+        // An instruction reads as an element without children, and has no number.
+        {"", "<?profile?> <peak-value/> <profile> </profile>",
+         "profile-/0 profile*.peak-value1 S2 U1 profile2/1"}};
+
+TEST(TuningFileObserver, IsToldWhatEachElementIsTakenFor) {
+    for (const auto& [version, body, expected] : kObserved) {
+        WritingObserver observer;
+        TuningFileParser parser;
+        parser.setObserver(&observer);
+        EXPECT_EQ(parser.setTuningFile(document(version, body), true), 0) << body;
+        EXPECT_EQ(squeeze(observer.text()), squeeze(expected)) << body;
+    }
+}
+
 }  // namespace
 }  // namespace ormel::test

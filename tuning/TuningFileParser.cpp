@@ -5,7 +5,10 @@
 #include <log/log.h>
 #include <ormel/VersionRules.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <iterator>
 #include <utility>
 
 #include "model/NeverDestroyed.h"
@@ -16,8 +19,38 @@ namespace {
 
 using Names = std::vector<std::string>;
 
+/** Places among the attributes of settings. */
+enum Setting : size_t {
+    DEVICE_NAME,
+    DEVICE_INDEX,
+    TUNING_VERSION,
+    VIRTUAL_BASS_PROCESS,
+    GAME_SYSTEM_GAIN
+};
+
 /** Has nothing to initialise, so that it serves other files' static initialisation. */
 SetterCollection setterCollection;
+
+constexpr std::string_view nameOf(DocumentElement element) {
+    return rowOf(element).name;
+}
+
+/** The names of the attributes of an element, as iterators take them. */
+const Names& attributesOf(DocumentElement element) {
+    using AllNames = std::array<Names, std::size(kDocumentElements)>;
+    static NeverDestroyed<AllNames> all([] {
+        AllNames names;
+        for (size_t i = 0; i < names.size(); ++i) {
+            for (const char* const name : kDocumentElements[i].attributes) {
+                if (name != nullptr) {
+                    names[i].emplace_back(name);
+                }
+            }
+        }
+        return names;
+    }());
+    return (*all)[static_cast<size_t>(element)];
+}
 
 Endpoint profileEndpointFromId(const std::string& id) {
     if (id == kEndpointNames[ENDPOINT_HEADPHONE]) {
@@ -37,13 +70,7 @@ Endpoint tuningEndpointFromType(const std::string& type) {
 
 SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection;
 
-TuningFileParser::TuningFileParser()
-    : mOwnIterator(new TagIterator(mBudget)), mIterator(*mOwnIterator) {}
-
-TuningFileParser::TuningFileParser(std::unique_ptr<TagIterator> iterator)
-    : mOwnIterator(std::move(iterator)), mIterator(*mOwnIterator) {
-    mIterator.mBudget = &mBudget;
-}
+TuningFileParser::TuningFileParser() : mIterator(mBudget) {}
 
 int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     mBudget = {};
@@ -66,7 +93,55 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     return 0;
 }
 
-std::vector<std::string> TuningFileParser::readAttributes(const std::vector<std::string>& names) {
+bool TuningFileParser::isOn(DocumentElement element) {
+    return mIterator.isCurValid() && mIterator.readName() == nameOf(element);
+}
+
+uint32_t TuningFileParser::elementNumber() const {
+    return mIterator.isOnElement() ? mIterator.getElementsBefore() : TuningFileObserver::kNoElement;
+}
+
+DocumentSection TuningFileParser::beginSection(DocumentElement kind, size_t object) {
+    if (mObserver == nullptr) {
+        return {};
+    }
+    const DocumentSection section = {kind, elementNumber(), object};
+    mObserver->onSection(section);
+    return section;
+}
+
+void TuningFileParser::enter(DocumentSection& section) {
+    if (mObserver == nullptr) {
+        mIterator.childrenNext();
+        return;
+    }
+    const uint32_t before = elementNumber();
+    mIterator.childrenNext();
+    section.isChildless = section.isChildless || before == elementNumber();
+}
+
+void TuningFileParser::observeParameter(const DocumentSection& section, ValueSetter& setter) {
+    if (mObserver != nullptr) {
+        mObserver->onParameter(section, setter, elementNumber());
+    }
+}
+
+void TuningFileParser::observeStop(const DocumentSection& section) {
+    if (mObserver != nullptr) {
+        mObserver->onPassedOver(section.element, TuningFileObserver::Reason::NO_DATA);
+    }
+}
+
+void TuningFileParser::passOver(const DocumentSection& section) {
+    using Reason = TuningFileObserver::Reason;
+    if (mObserver != nullptr && mIterator.isOnElement()) {
+        mObserver->onPassedOver(elementNumber(),
+                                section.isChildless ? Reason::STRAY : Reason::UNKNOWN);
+    }
+}
+
+std::vector<std::string> TuningFileParser::readAttributes(DocumentElement element) {
+    const Names& names = attributesOf(element);
     std::vector<std::string> texts;
     mIterator.parseNodeWithName(names, texts);
     texts.resize(names.size());
@@ -85,12 +160,12 @@ void TuningFileParser::parseTuningFile() {
     mIterator.pushNode();
     for (; mIterator.isCurValid(); mIterator.next()) {
         const std::string_view name = mIterator.readName();
-        if (name == "tool_version") {
-            mHeader.toolVersion = parseVersion();
-        } else if (name == "authorized_technologies") {
+        if (name == nameOf(DocumentElement::TOOL_VERSION)) {
+            mHeader.toolVersion = parseVersion(DocumentElement::TOOL_VERSION);
+        } else if (name == nameOf(DocumentElement::AUTHORIZED_TECHNOLOGIES)) {
             parseAuthorizedTechnologies();
-        } else if (name == "format_version") {
-            mHeader.formatVersion = parseVersion();
+        } else if (name == nameOf(DocumentElement::FORMAT_VERSION)) {
+            mHeader.formatVersion = parseVersion(DocumentElement::FORMAT_VERSION);
             ALOGD("xml version: %s", mHeader.formatVersion.c_str());
             mBudget.chargeMessage(mHeader.formatVersion.size());
         }
@@ -98,19 +173,23 @@ void TuningFileParser::parseTuningFile() {
     mIterator.popNode();
     for (; mIterator.isCurValid(); mIterator.next()) {
         const std::string_view name = mIterator.readName();
-        if (name == "profile") {
+        if (name == nameOf(DocumentElement::PROFILE)) {
             parseProfile();
-        } else if (name == "preset") {
+        } else if (name == nameOf(DocumentElement::PRESET)) {
             parsePreset();
-        } else if (name == "tuning") {
+        } else if (name == nameOf(DocumentElement::TUNING)) {
             parseTuning();
+        } else if (name != nameOf(DocumentElement::TOOL_VERSION) &&
+                   name != nameOf(DocumentElement::AUTHORIZED_TECHNOLOGIES) &&
+                   name != nameOf(DocumentElement::FORMAT_VERSION)) {
+            passOver({});
         }
     }
 }
 
-std::string TuningFileParser::parseVersion() {
-    static NeverDestroyed<Names> names(Names{"major", "minor", "maintenance"});
-    const auto parts = readAttributes(*names);
+std::string TuningFileParser::parseVersion(DocumentElement element) {
+    beginSection(element);
+    const auto parts = readAttributes(element);
     return parts[0] + "." + parts[1] + "." + parts[2];
 }
 
@@ -119,11 +198,14 @@ void TuningFileParser::parseAuthorizedTechnologies() {
         mHeader.virtualBassProcess = rule->value;
         return;
     }
+    DocumentSection section = beginSection(DocumentElement::AUTHORIZED_TECHNOLOGIES);
     mIterator.pushNode();
-    mIterator.childrenNext();
+    enter(section);
     for (; mIterator.isCurValid(); mIterator.next()) {
-        if (mIterator.readName() == "global_setting") {
+        if (mIterator.readName() == nameOf(DocumentElement::GLOBAL_SETTING)) {
             parseGlobalSetting();
+        } else {
+            passOver(section);
         }
     }
     mIterator.popNode();
@@ -131,22 +213,27 @@ void TuningFileParser::parseAuthorizedTechnologies() {
 
 void TuningFileParser::parseGlobalSetting() {
     constexpr char kCaller[] = "parseAuthorizedTechnologies";
+    const Names& known = attributesOf(DocumentElement::GLOBAL_SETTING);
+    const DocumentSection section = beginSection(DocumentElement::GLOBAL_SETTING);
     for (const std::string& name : mIterator.getAttrsName()) {
-        if (name == "device_name") {
+        if (mObserver != nullptr && std::find(known.begin(), known.end(), name) != known.end()) {
+            mObserver->onSetting(section, name);
+        }
+        if (name == known[DEVICE_NAME]) {
             mHeader.deviceName = readAttribute({name});
             ALOGD("%s, mDeviceName = %s", kCaller, mHeader.deviceName.c_str());
             mBudget.chargeMessage(mHeader.deviceName.size());
-        } else if (name == "device_index") {
+        } else if (name == known[DEVICE_INDEX]) {
             mHeader.deviceIndex = string2Int(readAttribute({name}));
             ALOGD("%s, mDeviceIndex = %d", kCaller, mHeader.deviceIndex);
             mBudget.chargeMessage(0);
-        } else if (name == "tuning_version") {
+        } else if (name == known[TUNING_VERSION]) {
             mHeader.tuningVersion = string2Int(readAttribute({name}));
             ALOGD("%s, mTuningVersion = %d", kCaller, mHeader.tuningVersion);
             mBudget.chargeMessage(0);
-        } else if (name == "virtual_bass_process") {
+        } else if (name == known[VIRTUAL_BASS_PROCESS]) {
             mHeader.virtualBassProcess = string2Int(readAttribute({name}));
-        } else if (name == "altivo_game_system_gain") {
+        } else if (name == known[GAME_SYSTEM_GAIN]) {
             mHeader.gameSystemGain = string2Int(readAttribute({name}));
         }
     }
@@ -184,40 +271,52 @@ int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
 }
 
 void TuningFileParser::parsePreset() {
-    static NeverDestroyed<Names> names(Names{"id", "name", "type"});
-    const auto attributes = readAttributes(*names);
+    const auto attributes = readAttributes(DocumentElement::PRESET);
     const std::string& id = attributes[0];
     const std::string& type = attributes[2];
     Objects& objects = mDocuments.back();
-    if (type == "ieq") {
+    // The types are the names of the setters that read the presets.
+    const bool isIeq = type == "ieq";
+    const DocumentSection section = beginSection(
+            DocumentElement::PRESET, isIeq ? objects.ieqPresets.size() : objects.geqPresets.size());
+    if (isIeq) {
         const int presetId = presetsAreNamed() ? getIeqPresetIdByName(id) : string2Int(id);
         IeqPreset preset(presetId, presetsAreNamed() ? kIeqPresetNames[presetId] : attributes[1]);
         mBudget.chargeObject();
         mBudget.chargeKeptText(attributes[1].size());
-        readParameter("ieq", preset);
+        readParameter(section, *findSetter(type), preset);
         objects.ieqPresets.push_back(std::move(preset));
     } else if (type == "geq") {
         GeqPreset preset(string2Int(id));
         mBudget.chargeObject();
-        readParameter("geq", preset);
+        readParameter(section, *findSetter(type), preset);
         objects.geqPresets.push_back(std::move(preset));
+    } else {
+        passOver(section);
     }
 }
 
-bool TuningFileParser::readParameter(std::string_view name, ParameterValues& values) {
+ValueSetter* TuningFileParser::findSetter(std::string_view name) const {
     // Every other node of an indented document, and no parameter's name.
-    if (name == "text") {
-        return false;
-    }
-    ValueSetter* const setter = setterCollection.getValueSetter(name);
-    if (setter == nullptr) {
-        return false;
-    }
+    return name == "text" ? nullptr : setterCollection.getValueSetter(name);
+}
+
+void TuningFileParser::readParameter(const DocumentSection& section, ValueSetter& setter,
+                                     ParameterValues& values) {
+    observeParameter(section, setter);
     const size_t before = values.getSetCount();
-    setter->set(values, mIterator);
-    mBudget.chargeEntries(setter->getParamCount());
+    setter.set(values, mIterator);
+    mBudget.chargeEntries(setter.getParamCount());
     mBudget.chargeNumbers(values.getSetCount() - before);
-    return true;
+}
+
+void TuningFileParser::readParameterIfKnown(const DocumentSection& section,
+                                            ParameterValues& values) {
+    if (ValueSetter* const setter = findSetter(mIterator.readName())) {
+        readParameter(section, *setter, values);
+    } else {
+        passOver(section);
+    }
 }
 
 void TuningFileParser::setParameter(Parameter param, int value, ParameterValues& values) {
@@ -228,40 +327,53 @@ void TuningFileParser::setParameter(Parameter param, int value, ParameterValues&
 
 void TuningFileParser::parseProfile() {
     ++mHeader.profileCount;
+    DocumentSection section =
+            beginSection(DocumentElement::PROFILE, mDocuments.back().profiles.size());
     ProfileIeq ieq;
     if (findRule(VersionRuleKind::INCLUDE_IN_PROFILE) != nullptr) {
         ieq.presetId = parseProfileInclude();
     }
 
     mIterator.pushNode();
-    static NeverDestroyed<Names> names(Names{"id", "name", "group"});
-    const auto attributes = readAttributes(*names);
+    const auto attributes = readAttributes(DocumentElement::PROFILE);
     const int id = string2Int(attributes[0]);
     const std::string& name = attributes[1];
     const bool mobility =
             attributes[2] == "mobility" && findRule(VersionRuleKind::GROUP_UNREAD) == nullptr;
-    mIterator.childrenNext();
+    enter(section);
     mHeader.profileNames[id] = name;
     Profile profile(id, name, mobility);
     mBudget.chargeEntries(1);
     mBudget.chargeObject();
     mBudget.chargeKeptText(2 * name.size());
 
-    // The two IEQ settings are the endpoints', and reach those that come after them.
     for (; mIterator.isCurValid(); mIterator.next()) {
         const std::string_view child = mIterator.readName();
-        if (child == "ieq-enable") {
-            ieq.enable = NodeParseUtils::parseValue(mIterator);
-        } else if (child == "ieq-amount") {
-            ieq.amount = NodeParseUtils::parseValue(mIterator);
-        } else if (!readParameter(child, profile) && child == "endpoint_type") {
+        ValueSetter* const setter = findSetter(child);
+        if (setter != nullptr) {
+            readProfileParameter(section, *setter, profile, ieq);
+        } else if (child == nameOf(DocumentElement::ENDPOINT_TYPE)) {
             parseProfileEndpoint(id, ieq);
+        } else {
+            passOver(section);
         }
     }
     mIterator.popNode();
 
     applyVersionRules(ParameterOwner::PROFILE, profile, ieq);
     mDocuments.back().profiles.push_back(std::move(profile));
+}
+
+/** The two IEQ settings are the endpoints', and reach those that come after them. */
+void TuningFileParser::readProfileParameter(const DocumentSection& section, ValueSetter& setter,
+                                            Profile& profile, ProfileIeq& ieq) {
+    const Parameter param = setter.getParam(0);
+    if (param != IEQ_ENABLE && param != IEQ_AMOUNT) {
+        readParameter(section, setter, profile);
+        return;
+    }
+    observeParameter(section, setter);
+    (param == IEQ_ENABLE ? ieq.enable : ieq.amount) = NodeParseUtils::parseValue(mIterator);
 }
 
 int TuningFileParser::parseProfileInclude() {
@@ -272,17 +384,19 @@ int TuningFileParser::parseProfileInclude() {
     mIterator.next();
     mIterator.next();
     std::string presetName;
-    if (mIterator.isCurValid() && mIterator.readName() == "include") {
-        presetName = readAttribute({"preset"});
+    if (isOn(DocumentElement::INCLUDE)) {
+        beginSection(DocumentElement::INCLUDE);
+        presetName = readAttribute({attributesOf(DocumentElement::INCLUDE)[0]});
     }
     mIterator.popNode();
     return getIeqPresetIdByName(presetName);
 }
 
 void TuningFileParser::parseProfileEndpoint(int profileId, const ProfileIeq& ieq) {
+    DocumentSection section =
+            beginSection(DocumentElement::ENDPOINT_TYPE, mDocuments.back().profileEndpoints.size());
     mIterator.pushNode();
-    static NeverDestroyed<Names> names(Names{"id"});
-    const std::string id = readAttribute(*names);
+    const std::string id = readAttribute(attributesOf(DocumentElement::ENDPOINT_TYPE));
     int ieqPresetId = ieq.presetId;
     if (findRule(VersionRuleKind::INCLUDE_IN_PROFILE) == nullptr) {
         ALOGD("%s(): %s, parse the include ieq preset", __func__, id.c_str());
@@ -291,9 +405,9 @@ void TuningFileParser::parseProfileEndpoint(int profileId, const ProfileIeq& ieq
     }
     ProfileEndpoint endpoint(profileId, profileEndpointFromId(id), ieqPresetId);
     mBudget.chargeObject();
-    mIterator.childrenNext();
+    enter(section);
     for (; mIterator.isCurValid(); mIterator.next()) {
-        readParameter(mIterator.readName(), endpoint);
+        readParameterIfKnown(section, endpoint);
     }
     mIterator.popNode();
     completeProfileEndpoint(endpoint, ieq);
@@ -304,9 +418,11 @@ int TuningFileParser::parseEndpointInclude() {
     int presetId = 0;
     mIterator.pushNode();
     mIterator.childrenNext();
-    if (mIterator.isCurValid() && mIterator.readName() == "include") {
-        presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute({"preset"}))
-                                     : string2Int(readAttribute({"ieq_preset"}));
+    if (isOn(DocumentElement::INCLUDE)) {
+        beginSection(DocumentElement::INCLUDE);
+        const Names& names = attributesOf(DocumentElement::INCLUDE);
+        presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute({names[0]}))
+                                     : string2Int(readAttribute({names[1]}));
     }
     mIterator.popNode();
     return presetId;
@@ -328,10 +444,10 @@ void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, const 
 }
 
 void TuningFileParser::parseTuning() {
+    DocumentSection section =
+            beginSection(DocumentElement::TUNING, mDocuments.back().tunings.size());
     mIterator.pushNode();
-    static NeverDestroyed<Names> names(
-            Names{"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
-    const auto attributes = readAttributes(*names);
+    const auto attributes = readAttributes(DocumentElement::TUNING);
     const std::string& name = attributes[0];
     Tuning tuning(name, tuningEndpointFromType(attributes[1]), attributes[2] == "true");
     mBudget.chargeObject();
@@ -339,7 +455,7 @@ void TuningFileParser::parseTuning() {
     setParameter(ORIENTATION, string2Int(attributes[3]), tuning);
     setParameter(OUTPUT_CHANNELS, string2Int(attributes[4]), tuning);
 
-    mIterator.childrenNext();
+    enter(section);
     parseDeviceTunings(name);
     if (mBudget.isSpent()) {
         return;
@@ -347,12 +463,14 @@ void TuningFileParser::parseTuning() {
     if (!mIterator.isCurValid()) {
         // The position is not restored: a tuning without data ends the walk over the document.
         ALOGE("There is no <data> in Tuning section");
+        observeStop(section);
         return;
     }
-    mIterator.childrenNext();
+    beginSection(DocumentElement::DATA, section.object);
+    enter(section);
     for (; mIterator.isCurValid(); mIterator.next()) {
         if (mIterator.isElementNode()) {
-            readParameter(mIterator.readName(), tuning);
+            readParameterIfKnown(section, tuning);
         }
     }
     mIterator.popNode();
@@ -366,7 +484,7 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
         if (!mIterator.isElementNode()) {
             continue;
         }
-        if (mIterator.readName() != "device_id") {
+        if (mIterator.readName() != nameOf(DocumentElement::DEVICE_ID)) {
             return;
         }
         parseDeviceTuning(tuningName);
@@ -374,8 +492,8 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
 }
 
 void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
-    static NeverDestroyed<Names> names(Names{"id", "endpoint_port"});
-    const auto attributes = readAttributes(*names);
+    beginSection(DocumentElement::DEVICE_ID, mDocuments.back().deviceTunings.size());
+    const auto attributes = readAttributes(DocumentElement::DEVICE_ID);
     mBudget.chargeObject();
     mBudget.chargeKeptText(attributes[0].size() + attributes[1].size() + tuningName.size());
     if (!mBudget.isSpent()) {

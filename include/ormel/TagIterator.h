@@ -140,16 +140,14 @@ class TagIterator {
     /** Number of live iterators, but for those of document parsers. */
     static int32_t mInstanceCount;
 
-  protected:
-    /** Number of elements that begin before the current node does; 0 off the end. */
-    uint32_t getElementsBefore() const;
-
   private:
     friend class TuningFileParser;
 
     /** An iterator that pays with @p budget for what it is asked, and is not counted. */
     explicit TagIterator(DocumentBudget& budget);
 
+    /** Number of elements that begin before the current node does; 0 off the end. */
+    uint32_t getElementsBefore() const;
     bool isOnNode() const;
     bool isOnElement() const;
     bool isElementToRead();

@@ -4,6 +4,7 @@
 #include <ormel/DeviceData.h>
 #include <ormel/DocumentBudget.h>
 #include <ormel/TagIterator.h>
+#include <ormel/TuningFileObserver.h>
 #include <ormel/ValueSetter.h>
 
 #include <cstdint>
@@ -33,8 +34,6 @@ enum class VersionRuleKind : uint8_t;
 class TuningFileParser {
   public:
     TuningFileParser();
-    /** Uses the caller's iterator: every step goes through its virtual functions. Not null. */
-    explicit TuningFileParser(std::unique_ptr<TagIterator> iterator);
     TuningFileParser(const TuningFileParser&) = delete;
     TuningFileParser& operator=(const TuningFileParser&) = delete;
     virtual ~TuningFileParser() = default;
@@ -50,6 +49,10 @@ class TuningFileParser {
      *         getError() tells. The parser is as it was before, but for getError() and getBudget()
      */
     int setTuningFile(const std::string& path, bool fromMemory);
+
+    /** Has documents that are read from now on reported to @p observer, which is not owned; null
+     * for nobody, as at first. */
+    void setObserver(TuningFileObserver* observer) { mObserver = observer; }
 
     /** Why setTuningFile() failed last: the line and libxml2's words, or what else; empty if it did
      * not. */
@@ -111,7 +114,7 @@ class TuningFileParser {
     };
 
     void parseTuningFile();
-    std::string parseVersion();
+    std::string parseVersion(DocumentElement element);
     void parseAuthorizedTechnologies();
     void parseGlobalSetting();
     void parsePreset();
@@ -124,15 +127,27 @@ class TuningFileParser {
     void parseDeviceTuning(const std::string& tuningName);
 
     void parseDeviceTunings(const std::string& tuningName);
-    bool readParameter(std::string_view name, ParameterValues& values);
+    void readProfileParameter(const DocumentSection& section, ValueSetter& setter, Profile& profile,
+                              ProfileIeq& ieq);
+    ValueSetter* findSetter(std::string_view name) const;
+    void readParameter(const DocumentSection& section, ValueSetter& setter,
+                       ParameterValues& values);
+    void readParameterIfKnown(const DocumentSection& section, ParameterValues& values);
     void setParameter(Parameter param, int value, ParameterValues& values);
-    std::vector<std::string> readAttributes(const std::vector<std::string>& names);
+    std::vector<std::string> readAttributes(DocumentElement element);
     std::string readAttribute(const std::vector<std::string>& name);
     const VersionRule* findRule(VersionRuleKind kind) const;
     bool presetsAreNamed() const;
     /** Gives an object what the format version lays down for its class. */
-    void applyVersionRules(ParameterOwner owner, ParameterValues& object,
-                           const ProfileIeq& ieq);
+    void applyVersionRules(ParameterOwner owner, ParameterValues& object, const ProfileIeq& ieq);
+    bool isOn(DocumentElement element);
+    // What the observer is told, if there is one.
+    uint32_t elementNumber() const;
+    DocumentSection beginSection(DocumentElement kind, size_t object = 0);
+    void enter(DocumentSection& section);
+    void observeParameter(const DocumentSection& section, ValueSetter& setter);
+    void passOver(const DocumentSection& section);
+    void observeStop(const DocumentSection& section);
     void fillDeviceData();
     /** The objects of one kind of all documents. */
     template <typename Object>
@@ -143,8 +158,8 @@ class TuningFileParser {
     std::unique_ptr<DeviceData> mDeviceData;
     DocumentBudget mBudget;
     std::string mError;
-    const std::unique_ptr<TagIterator> mOwnIterator;
-    TagIterator& mIterator;
+    TagIterator mIterator;
+    TuningFileObserver* mObserver = nullptr;
     /** What has been read, a document each, the last being the one that is read now. */
     std::list<Objects> mDocuments;
 };

@@ -145,6 +145,9 @@ class PresetBandsValueSetter : public NamedAttributesValueSetter {
   public:
     void set(ParameterValues& values, TagIterator& iterator) override;
 
+    /** The name that every band must bear; null if any name will do. */
+    const char* getBandName() const { return mBandName; }
+
   protected:
     /** @param bandName a constant, the name that every band must bear; null if any name will do */
     PresetBandsValueSetter(std::string nodeName, std::vector<Parameter> params, AttrNames attrNames,

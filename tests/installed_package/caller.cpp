@@ -8,20 +8,14 @@
 #include <ormel/TuningFileParser.h>
 
 #include <cstdio>
-#include <memory>
 
 namespace {
 
-class CountingIterator : public ormel::TagIterator {
+class CountingObserver : public ormel::TuningFileObserver {
   public:
-    void next() override {
-        ++count;
-        TagIterator::next();
-    }
-    static int count;
+    void onSection(const ormel::DocumentSection& /* section */) override { ++count; }
+    int count = 0;
 };
-
-int CountingIterator::count = 0;
 
 bool sharesTheStore() {
     using ormel::SpatializerParamArray;
@@ -39,10 +33,12 @@ bool sharesTheSharedStore() {
     return ormel::KivParamStore::getInstance().getCommitCount() == 1;
 }
 
-bool walksWithTheCallersIterator() {
-    ormel::TuningFileParser parser(std::make_unique<CountingIterator>());
+bool reportsToTheCallersObserver() {
+    CountingObserver observer;
+    ormel::TuningFileParser parser;
+    parser.setObserver(&observer);
     return parser.setTuningFile("<d> <profile id='1'> </profile></d>", true) == 0 &&
-           parser.getNumOfProfiles() == 1 && CountingIterator::count > 0;
+           observer.count == 1;
 }
 
 }  // namespace
@@ -50,5 +46,5 @@ bool walksWithTheCallersIterator() {
 int main() {
     std::puts(ormel::SpatializerParamArray::kVersion);
     return (sharesTheStore() ? 0 : 1) + (sharesTheSharedStore() ? 0 : 2) +
-           (walksWithTheCallersIterator() ? 0 : 4);
+           (reportsToTheCallersObserver() ? 0 : 4);
 }

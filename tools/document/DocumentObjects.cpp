@@ -32,7 +32,9 @@ class ObjectList {
         const int count = ++mCounts[title];
         Json& json = mObjects.emplace_back();
         json["object"] = count == 1 ? title : title + " (" + std::to_string(count) + ")";
-        json["line"] = mTrace.lineOf(object);
+        if (const long line = mTrace.lineOf(&object); line != 0) {
+            json["line"] = line;
+        }
         json.update(fields);
         if constexpr (std::is_base_of_v<ParameterValues, Object>) {
             json["values"] = Json::object();

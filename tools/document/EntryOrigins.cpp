@@ -84,7 +84,7 @@ std::set<Parameter> readParams(Translator& translator, const std::set<Parameter>
 /** An object as the load hands it to the translators. */
 class EntryOrigins::Source {
   public:
-    Source(const ParameterValues& object, ReadAs kind, Endpoint endpoint,
+    Source(const ParameterValues& object, DocumentElement kind, Endpoint endpoint,
            const LoadedDocument& document)
         : mObject(object),
           mEndpoint(endpoint),
@@ -175,7 +175,7 @@ class EntryOrigins::Source {
         }
         const bool isAccepted = mObject.getValidParams().count(param) > 0;
         if (isAccepted && isAttribute(param)) {
-            return {Origin::Kind::LINE, param, mTrace.lineOf(mObject)};
+            return {Origin::Kind::LINE, param, mTrace.lineOf(&mObject)};
         }
         // No element of an endpoint gives this one, so the rules do not tell.
         if (param == VIRTUAL_BASS_TYPE) {
@@ -256,7 +256,7 @@ Origin EntryOrigins::speakerOrigin(Parameter param) const {
 
 void EntryOrigins::addEndpoint(const ProfileEndpoint& endpoint, Sources& sources) const {
     const bool isSpeaker = endpoint.getEndpoint() == ENDPOINT_SPEAKER;
-    Source source(endpoint, ReadAs::ENDPOINT, endpoint.getEndpoint(), mDocument);
+    Source source(endpoint, DocumentElement::ENDPOINT_TYPE, endpoint.getEndpoint(), mDocument);
     source.complete(speakerOrigin(VIRTUAL_BASS_MODE));
     source.complete({Origin::Kind::DEFAULT, ORIENTATION, 0});
     if (isSpeaker) {
@@ -272,13 +272,13 @@ void EntryOrigins::addEndpoint(const ProfileEndpoint& endpoint, Sources& sources
 EntryOrigins::Sources EntryOrigins::profileSources(const EffectList& list) const {
     Sources sources;
     if (const auto found = mProfiles.find(list.profile); found != mProfiles.end()) {
-        sources[DEVICE_OUT_DEFAULT].emplace_back(*found->second, ReadAs::PROFILE, ENDPOINT_OTHER,
-                                                 mDocument);
+        sources[DEVICE_OUT_DEFAULT].emplace_back(*found->second, DocumentElement::PROFILE,
+                                                 ENDPOINT_OTHER, mDocument);
     }
     if (const auto found = mGeqPresets.find(list.profile); found != mGeqPresets.end()) {
         for (const GeqPreset* const preset : found->second) {
-            sources[DEVICE_OUT_DEFAULT].emplace_back(*preset, ReadAs::PRESET, ENDPOINT_OTHER,
-                                                     mDocument);
+            sources[DEVICE_OUT_DEFAULT].emplace_back(*preset, DocumentElement::PRESET,
+                                                     ENDPOINT_OTHER, mDocument);
         }
     }
     if (const auto found = mProfileEndpoints.find(list.profile); found != mProfileEndpoints.end()) {
@@ -294,8 +294,8 @@ EntryOrigins::Sources EntryOrigins::profileSources(const EffectList& list) const
         }
         const auto preset = mIeqPresets.find(entry.values.front());
         if (preset != mIeqPresets.end()) {
-            sources[entry.device].emplace_back(*preset->second, ReadAs::PRESET, ENDPOINT_OTHER,
-                                               mDocument);
+            sources[entry.device].emplace_back(*preset->second, DocumentElement::PRESET,
+                                               ENDPOINT_OTHER, mDocument);
         }
     }
     return sources;
@@ -305,7 +305,7 @@ EntryOrigins::Sources EntryOrigins::tuningSources(const EffectList& list) const 
     Sources sources;
     const auto tuning = mTuningOfDevice.find(list.name);
     if (tuning != mTuningOfDevice.end() && !list.entries.empty()) {
-        sources[list.entries.front().device].emplace_back(*tuning->second, ReadAs::TUNING,
+        sources[list.entries.front().device].emplace_back(*tuning->second, DocumentElement::TUNING,
                                                           tuning->second->getEndpoint(), mDocument);
     }
     return sources;

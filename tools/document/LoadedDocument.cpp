@@ -1,6 +1,7 @@
 #include "LoadedDocument.h"
 
 #include <set>
+#include <stdexcept>
 #include <utility>
 
 #include "ReadTrace.h"
@@ -38,7 +39,13 @@ std::vector<EffectList> builtInLists(SpatializerParamArray& store) {
 LoadedDocument::LoadedDocument(std::string file) : mFile(std::move(file)) {
     requireReadable(mFile);
     mStore = makeStore();
-    mTrace = std::make_unique<ReadTrace>(mFile);
+    const std::string text = readDocument(mFile);
+    const XmlErrorScope errors;
+    mElements = std::make_unique<XmlElements>(text);
+    if (!mElements->isReadable() && !text.empty()) {
+        throw std::runtime_error(mFile + errors.first());
+    }
+    mTrace = std::make_unique<ReadTrace>(mFile, text, *mElements);
     mObjects = &mTrace->getDocument();
     load(mFile, *mStore, ANDROID_LOG_SILENT);
 }

@@ -14,6 +14,7 @@
 namespace ormel::tools {
 
 class ReadTrace;
+class XmlElements;
 
 /** One packed list, and what it is for. */
 struct EffectList {
@@ -54,6 +55,7 @@ class LoadedDocument {
 
   private:
     std::string mFile;
+    std::unique_ptr<XmlElements> mElements;
     std::unique_ptr<ReadTrace> mTrace;
     const DeviceData* mObjects;
     std::unique_ptr<SpatializerParamArray> mStore;

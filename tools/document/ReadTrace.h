@@ -3,162 +3,154 @@
 
 #include <ormel/DeviceData.h>
 #include <ormel/TuningFileParser.h>
-#include <ormel/ValueSetter.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
-#include <map>
-#include <memory>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
+
+#include "XmlElements.h"
 
 namespace ormel::tools {
 
-/** What the reader took an element for. */
-enum class ReadAs : uint8_t {
-    NOTHING,
-    VERSION,
-    SETTING,
-    PRESET,
-    PROFILE,
-    ENDPOINT,
-    INCLUDE,
-    TUNING,
-    DEVICE,
-    /** An element that a setter reads into the values of a section. */
-    PARAMETER,
-    /** Within such an element or within a preset. */
-    BAND,
-    ROW,
-};
-
-/** The class of objects that a section's parameters go to; NONE for presets and others. */
-ParameterOwner ownerOf(ReadAs section);
-
 /** What the reader did with one element of the document. */
 struct ReadElement {
-    /** Its place in document order, from 0. */
-    size_t index = 0;
-    /** Where its start tag begins. */
-    long line = 0;
-    ReadAs as = ReadAs::NOTHING;
+    enum class As : uint8_t {
+        NOTHING,
+        /** What its kind says. */
+        SECTION,
+        /** An element that a setter reads into the values of a section. */
+        PARAMETER,
+        /** Within such an element or within a preset. */
+        BAND,
+        ROW,
+    };
+
+    static constexpr uint32_t kNoSection = UINT32_MAX;
+
+    bool is(DocumentElement wanted) const { return as == As::SECTION && kind == wanted; }
+
+    As as = As::NOTHING;
+    DocumentElement kind = {};
     /** Whether the reader came across it and looked at its name. */
     bool isNamed = false;
     /** Whether the reader went on to its children, passing over the first of them. */
     bool isEntered = false;
     /** Whether the reader wanted to, found none, and read on from the element itself. */
     bool isStray = false;
-    /** Whether every attribute counted, or only the first, whatever their names. */
-    bool isReadWhole = false;
-    bool isReadFirst = false;
-    /** Names of the attributes that were asked for; null where none were by name. */
-    const std::set<std::string>* attributes = nullptr;
+    /** Index of the section that was being read, or that begins here. */
+    uint32_t section = kNoSection;
     /** The setter that read it as a parameter, or in whose parameter it is a band or row. */
     ValueSetter* setter = nullptr;
-    /** Index of the section that was being read, or that begins here; none: kNoSection. */
-    size_t section = kNoSection;
-
-    static constexpr size_t kNoSection = static_cast<size_t>(-1);
-    static constexpr size_t kNoElement = static_cast<size_t>(-1);
 };
 
 /** A part of the document that one object came from. */
 struct ReadSection {
-    ReadAs as;
-    /** Index of its element. */
-    size_t element;
+    static constexpr size_t kNoElement = SIZE_MAX;
+
+    /** The element that gave a parameter last, of those before @p end; kNoElement for none. */
+    size_t sourceOf(Parameter param, size_t end = kNoElement) const;
+
+    DocumentElement kind;
+    /** Number of its element. */
+    uint32_t element;
+    /** Place of its object among those of its class. */
+    size_t place;
+    /** Of an endpoint, the section that it was read in. */
+    uint32_t outer = ReadElement::kNoSection;
     /** The object, DeviceTuning for a device; null where none came of it. */
     const void* object = nullptr;
-    /** By parameter the index of the element that fed it last. */
-    std::map<Parameter, size_t> givers;
-    /** The same of what stands outside the section, for an endpoint in its profile. */
-    std::map<Parameter, size_t> outerGivers;
-    /**
-     * Elements that are no part of the section but were read into it, since the reader found no
-     * children where it wanted to go on.
-     */
+    /** In the order of reading, the elements that gave parameters. */
+    std::vector<std::pair<Parameter, uint32_t>> sources = {};
+    /** Elements behind the section that were read into it, since it has no children. */
     size_t strays = 0;
 };
+
+/** The class of objects that parameters of a section go to; NONE for presets and others. */
+ParameterOwner ownerOf(DocumentElement section);
 
 /** What is thrown for a document that the library refuses. */
 class RefusedDocument : public std::runtime_error {
   public:
     RefusedDocument(const std::string& what, long line) : std::runtime_error(what), mLine(line) {}
 
-    /** The line that the reader had come to. */
+    /** The line that the reader had come to; 0 when it had not begun. */
     long getLine() const { return mLine; }
 
   private:
     long mLine;
 };
 
-/** The bytes of a document. Throws std::runtime_error for anything but a readable regular file. */
-std::string readDocument(const std::string& path);
-
-/**
- * The document as the library's own reader sees it, and where everything in it comes from.
- *
- * The reader itself is watched, so that what is said of a document is what becomes of it. Only one
- * document may be read at a time in a process.
- */
-class ReadTrace {
+/** The document as the library's own reader says that it reads it. */
+class ReadTrace : private TuningFileObserver {
   public:
-    /** Reads a document. Throws std::runtime_error if it cannot be read, RefusedDocument if the
-     * library refuses it. */
-    explicit ReadTrace(const std::string& path);
-
-    /** The same with the document's bytes, which @p path is named for in errors. */
-    ReadTrace(const std::string& path, const std::string& text);
-
+    /**
+     * Reads a document. Throws RefusedDocument.
+     *
+     * @param path     what errors name it
+     * @param text     its bytes
+     * @param elements its elements, which must outlive this
+     */
+    ReadTrace(const std::string& path, const std::string& text, const XmlElements& elements);
     ReadTrace(const ReadTrace&) = delete;
     ReadTrace& operator=(const ReadTrace&) = delete;
-    ~ReadTrace();
 
     /** The content of the document. Lives as long as the trace. */
-    DeviceData& getDocument();
+    DeviceData& getDocument() const { return *mParser.getDeviceData(); }
 
     /**
-     * Line of the element that gave an object of the document its values of a parameter; 0 where
-     * none did, since they are a default's or a version rule's.
+     * Number of the element that gave an object its values of a parameter; kNoElement where none
+     * did, since they are a default's or a version rule's.
      */
+    size_t sourceOf(const ParameterValues& object, Parameter param) const;
+
+    /** Line of that element, and of an object's own section; 0 where there is none. */
     long lineOf(const ParameterValues& object, Parameter param) const;
+    long lineOf(const void* object) const;
 
-    /** That element itself; null where there is none. */
-    const ReadElement* giverOf(const ParameterValues& object, Parameter param) const;
-
-    /** Line of an object's own section; 0 where unknown. */
-    long lineOf(const ParameterValues& object) const;
-    long lineOf(const DeviceTuning& object) const;
-
-    /** In document order: the k-th start tag of the document is the k-th element. */
-    const std::deque<ReadElement>& getElements() const;
+    /** By number. */
+    const std::vector<ReadElement>& getElements() const { return mElements; }
 
     /** In the order in which the reader came across them. */
-    const std::vector<ReadSection>& getSections() const;
+    const std::vector<ReadSection>& getSections() const { return mSections; }
 
     /** Index of the tuning without data that the reader stopped at; kNoSection if it did not. */
-    size_t getStop() const;
+    uint32_t getStop() const { return mStop; }
 
   private:
-    class Walker;
+    struct Position;
 
-    void matchObjects();
-    template <typename Objects, typename Predicate>
-    void match(const Objects& objects, Predicate isTheirs);
-    const ReadElement* startOf(const ReadSection* section) const;
+    void onSection(const DocumentSection& section) override;
+    void onParameter(const DocumentSection& section, ValueSetter& setter,
+                     uint32_t element) override;
+    void onSetting(const DocumentSection& section, std::string_view name) override;
+    void onPassedOver(uint32_t element, Reason reason) override;
+
+    ReadElement* come(uint32_t element);
+    void beginSection(const DocumentSection& section);
+    bool isAt(const Position& position) const;
+    Position enter(const Position& position);
+    void findBands(size_t element, const ReadElement& parameter);
+    void addBands(const Position& position, ReadElement::As as, const char* name,
+                  const ReadElement& parameter);
+    static void addSources(ReadSection& section, const ValueSetter& setter, size_t element);
+    template <typename Objects>
+    void match(const Objects& objects, DocumentElement kind, ParameterOwner owner);
     const ReadSection* sectionOf(const void* object) const;
 
-    /** The parser's. */
-    Walker* mWalker = nullptr;
-    std::unique_ptr<TuningFileParser> mParser;
-    std::unordered_map<const void*, const ReadSection*> mSectionOfObject;
+    const XmlElements& mXml;
+    std::vector<ReadElement> mElements;
+    std::vector<ReadSection> mSections;
+    uint32_t mStop = ReadElement::kNoSection;
+    uint32_t mProfile = ReadElement::kNoSection;
+    /** The element that the reader has come to, and the one that gave the type of virtual bass. */
+    size_t mLast = ReadSection::kNoElement;
+    size_t mVirtualBass = ReadSection::kNoElement;
+    TuningFileParser mParser;
+    std::unordered_map<const void*, size_t> mSectionOfObject;
 };
-
-/** The lines on which a well-formed document's start tags begin, in document order. */
-std::vector<long> startTagLines(const std::string& text);
 
 }  // namespace ormel::tools

@@ -1,8 +1,10 @@
 #include <ormel/SpatializerParamArray.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <string_view>
+#include <tuple>
 
 #include "CheckMeaning.h"
 #include "CheckText.h"
@@ -32,6 +34,16 @@ std::string quoted(std::string_view text) {
     return quoted + (text.size() > kLongest ? "...\"" : "\"");
 }
 
+using As = ReadElement::As;
+
+/** How the attributes of an element are read: the first, all, those of certain names, or none. */
+struct Reading {
+    enum class Kind { NONE, FIRST, ALL, NAMED };
+
+    Kind kind = Kind::NONE;
+    std::set<std::string> names;
+};
+
 /** What the elements of a document have for attributes, element by element. */
 class AttributeCheck {
   public:
@@ -45,7 +57,7 @@ class AttributeCheck {
     void run() {
         for (mElement = 1; mElement < mDocument.size(); ++mElement) {
             const ReadElement& record = mContext.read(mElement);
-            if (record.as == ReadAs::NOTHING || isMisread(record)) {
+            if (record.as == As::NOTHING || isMisread(record)) {
                 continue;
             }
             mAttributes = mDocument.attributes(mElement);
@@ -60,7 +72,7 @@ class AttributeCheck {
      * children, or since bands lie deeper.
      */
     bool isMisread(const ReadElement& record) const {
-        if (record.as != ReadAs::BAND && record.as != ReadAs::ROW) {
+        if (record.as != As::BAND && record.as != As::ROW) {
             return false;
         }
         const ReadElement& parent = mContext.read(mDocument.parent(mElement));
@@ -84,70 +96,143 @@ class AttributeCheck {
     }
 
     void checkUnread(const ReadElement& record) const {
-        const bool isByName = record.attributes != nullptr;
-        if (record.isReadWhole || (!isByName && !record.isReadFirst)) {
+        const Reading& reading = readingOf(record);
+        if (reading.kind == Reading::Kind::NONE || reading.kind == Reading::Kind::ALL) {
             return;
         }
-        for (size_t i = record.isReadFirst && !isByName ? 1 : 0; i < mAttributes.size(); ++i) {
+        for (size_t i = reading.kind == Reading::Kind::FIRST ? 1 : 0; i < mAttributes.size(); ++i) {
             const DocumentAttribute& attribute = mAttributes[i];
             // The schema's own references between elements need an attribute "type".
-            const bool isAsked = isByName && record.attributes->count(std::string(attribute.name));
+            const bool isAsked = reading.names.count(std::string(attribute.name)) != 0;
             if (!isAsked && !attribute.isQualified && attribute.name != "type") {
-                add(Rule::UNKNOWN_ATTRIBUTE, attribute.name, "is not looked at" + asked(record));
+                add(Rule::UNKNOWN_ATTRIBUTE, attribute.name,
+                    "is not looked at" + asked(record, reading));
             }
         }
     }
 
-    static std::string asked(const ReadElement& record) {
-        if (record.attributes == nullptr) {
+    static std::string asked(const ReadElement& record, const Reading& reading) {
+        if (reading.kind == Reading::Kind::FIRST) {
             return "; of a row the first attribute counts";
         }
-        std::string names;
-        for (const std::string& name : *record.attributes) {
-            names.append(names.empty() ? "" : ", ").append(name);
-        }
+        const std::vector<std::string> names(reading.names.begin(), reading.names.end());
         // Settings are picked from what there is, the others are asked for.
-        return record.as == ReadAs::SETTING ? "" : "; the reader asks for " + names;
+        return record.is(DocumentElement::GLOBAL_SETTING)
+                       ? ""
+                       : "; the reader asks for " + joined(names, ", ");
+    }
+
+    /** How the reader reads the attributes of such elements. */
+    const Reading& readingOf(const ReadElement& record) const {
+        const auto [found, isNew] =
+                mReadings.try_emplace({record.as, record.kind, record.setter}, Reading());
+        if (isNew) {
+            found->second = makeReading(record);
+        }
+        return found->second;
+    }
+
+    Reading makeReading(const ReadElement& record) const {
+        using Kind = Reading::Kind;
+        const ValueSetter* const setter = record.setter;
+        const std::vector<std::string> names = attributeNamesOf(setter);
+        switch (record.as) {
+            case As::SECTION:
+                return sectionReading(record.kind);
+            case As::BAND:
+                return {Kind::NAMED, {names.begin(), names.end()}};
+            case As::ROW:
+                return {Kind::FIRST, {}};
+            case As::PARAMETER:
+                break;
+            case As::NOTHING:
+                return {Kind::NONE, {}};
+        }
+        if (dynamic_cast<const SimpleValueSetter*>(setter) != nullptr) {
+            return {Kind::NAMED, {"value"}};
+        }
+        if (dynamic_cast<const VirtualBassValueSetter*>(setter) != nullptr) {
+            return {Kind::NAMED, {names.begin(), names.end()}};
+        }
+        if (dynamic_cast<const VirtualBassSubgainValueSetter*>(setter) != nullptr) {
+            return {Kind::ALL, {}};
+        }
+        const bool isRow = dynamic_cast<const RowDataValueSetter*>(setter) != nullptr;
+        return {isRow ? Kind::FIRST : Kind::NONE, {}};
+    }
+
+    Reading sectionReading(DocumentElement kind) const {
+        if (kind == DocumentElement::AUTHORIZED_TECHNOLOGIES) {
+            return {Reading::Kind::NONE, {}};
+        }
+        if (kind == DocumentElement::INCLUDE) {
+            return {Reading::Kind::NAMED, {presetAttribute()}};
+        }
+        Reading reading = {Reading::Kind::NAMED, {}};
+        for (const char* const name : rowOf(kind).attributes) {
+            if (name != nullptr) {
+                reading.names.insert(name);
+            }
+        }
+        return reading;
+    }
+
+    bool arePresetsNamed() const { return mContext.has(VersionRuleKind::IEQ_PRESETS_NAMED); }
+
+    /** What an include chooses a preset by. */
+    const char* presetAttribute() const {
+        return rowOf(DocumentElement::INCLUDE).attributes[arePresetsNamed() ? 0 : 1];
     }
 
     void checkTexts(const ReadElement& record) {
         switch (record.as) {
-            case ReadAs::PARAMETER:
+            case As::PARAMETER:
                 checkParameter(*record.setter);
                 break;
-            case ReadAs::BAND:
+            case As::BAND:
                 checkBand(record);
                 break;
-            case ReadAs::ROW:
+            case As::ROW:
                 checkRow();
                 break;
-            case ReadAs::PRESET:
+            case As::SECTION:
+                checkSection(record);
+                break;
+            case As::NOTHING:
+                break;
+        }
+    }
+
+    void checkSection(const ReadElement& record) {
+        switch (record.kind) {
+            case DocumentElement::PRESET:
                 checkPresetId(record);
                 break;
-            case ReadAs::PROFILE:
+            case DocumentElement::PROFILE:
                 checkNumber("id");
                 break;
-            case ReadAs::ENDPOINT:
+            case DocumentElement::ENDPOINT_TYPE:
                 checkEndpoint("id", "other, which is never sent");
                 break;
-            case ReadAs::TUNING:
+            case DocumentElement::TUNING:
                 checkTuning();
                 break;
-            case ReadAs::DEVICE:
+            case DocumentElement::DEVICE_ID:
                 checkDevice();
                 break;
-            case ReadAs::INCLUDE:
-                checkInclude(record);
+            case DocumentElement::INCLUDE:
+                checkInclude();
                 break;
-            case ReadAs::SETTING:
+            case DocumentElement::GLOBAL_SETTING:
                 checkSetting(record);
                 break;
-            case ReadAs::VERSION:
-                for (const std::string& part : *record.attributes) {
+            case DocumentElement::FORMAT_VERSION:
+            case DocumentElement::TOOL_VERSION:
+                for (const std::string& part : readingOf(record).names) {
                     checkGiven(part, "an empty part of the version");
                 }
                 break;
-            case ReadAs::NOTHING:
+            default:
                 break;
         }
     }
@@ -311,7 +396,7 @@ class AttributeCheck {
             return;
         }
         const bool isIeq = record.setter->getParams().front() == IEQ_FREQUENCY;
-        if (isIeq && mContext.has(VersionRuleKind::IEQ_PRESETS_NAMED)) {
+        if (isIeq && arePresetsNamed()) {
             checkPresetName("id");
         } else {
             checkNumber("id");
@@ -336,19 +421,20 @@ class AttributeCheck {
         return isKnown;
     }
 
-    void checkInclude(const ReadElement& record) {
+    void checkInclude() {
+        const char* const attribute = presetAttribute();
         int preset = 0;
-        if (record.attributes->count("preset") != 0) {
-            if (!checkPresetName("preset")) {
+        if (arePresetsNamed()) {
+            if (!checkPresetName(attribute)) {
                 return;
             }
             const auto* const known = std::find(std::begin(kIeqPresetNames),
-                                                std::end(kIeqPresetNames), *find("preset"));
+                                                std::end(kIeqPresetNames), *find(attribute));
             preset = static_cast<int>(known - std::begin(kIeqPresetNames));
         } else {
-            const std::string* const text = checkGiven("ieq_preset", "preset 0");
+            const std::string* const text = checkGiven(attribute, "preset 0");
             if (text == nullptr || faultOfNumber(*text) != TextFault::NONE) {
-                report(text == nullptr ? TextFault::NONE : faultOfNumber(*text), "ieq_preset",
+                report(text == nullptr ? TextFault::NONE : faultOfNumber(*text), attribute,
                        text == nullptr ? "" : *text,
                        text == nullptr ? "" : std::to_string(string2Int(*text)));
                 return;
@@ -356,7 +442,7 @@ class AttributeCheck {
             preset = string2Int(*text);
         }
         if (mIeqPresets.count(preset) == 0) {
-            add(Rule::UNKNOWN_PRESET, *record.attributes->begin(),
+            add(Rule::UNKNOWN_PRESET, attribute,
                 "names a preset that the document does not have; the endpoint goes with the one "
                 "before it");
         }
@@ -404,7 +490,7 @@ class AttributeCheck {
     }
 
     void checkSetting(const ReadElement& record) {
-        for (const std::string& name : *record.attributes) {
+        for (const std::string& name : readingOf(record).names) {
             if (name != "device_name") {
                 checkNumberIfGiven(name);
             }
@@ -413,6 +499,7 @@ class AttributeCheck {
 
     const CheckContext& mContext;
     const CheckDocument& mDocument;
+    mutable std::map<std::tuple<As, DocumentElement, const ValueSetter*>, Reading> mReadings;
     size_t mElement = 0;
     std::vector<DocumentAttribute> mAttributes;
     std::set<int> mIeqPresets;

@@ -11,16 +11,9 @@
 
 #include "CheckRules.h"
 #include "CheckSchema.h"
-#include "document/XmlTree.h"
+#include "document/XmlElements.h"
 
 namespace ormel::tools {
-
-struct DocumentAttribute {
-    std::string_view name;
-    std::string text;
-    /** Whether it is in a namespace, and so no attribute of tuning documents. */
-    bool isQualified;
-};
 
 /** The elements of a well-formed document by their places in document order, the root's being 0. */
 class CheckDocument {
@@ -32,51 +25,35 @@ class CheckDocument {
     CheckDocument(const std::string& text, SchemaValidation& validation, Findings& findings);
 
     /** Whether it is well-formed. If it is not, there is nothing to be asked below. */
-    bool isReadable() const { return mIsReadable; }
+    bool isReadable() const { return mElements.has_value() && mElements->isReadable(); }
 
-    size_t size() const { return mElements.size(); }
-    std::string_view name(size_t element) const { return toText(mElements[element].name); }
-    long line(size_t element) const { return mElements[element].line; }
+    /** The elements, whose numbers are their places. */
+    const XmlElements& elements() const { return *mElements; }
+    size_t size() const { return mElements->size(); }
+    std::string_view name(size_t element) const { return mElements->name(element); }
+    long line(size_t element) const { return mElements->line(element); }
     /** Place of the parent; the root is its own. */
-    size_t parent(size_t element) const { return mElements[element].parent; }
+    size_t parent(size_t element) const { return mElements->parent(element); }
     /** Place behind the last element below. */
-    size_t end(size_t element) const { return mElements[element].end; }
+    size_t end(size_t element) const { return mElements->end(element); }
     /** Whether nothing precedes it in its parent, not even whitespace. */
-    bool isFirstNode(size_t element) const { return mElements[element].isFirstNode; }
-    std::vector<DocumentAttribute> attributes(size_t element) const;
+    bool isFirstNode(size_t element) const { return mElements->nodesBefore(element) == 0; }
+    std::vector<DocumentAttribute> attributes(size_t element) const {
+        return mElements->attributes(element);
+    }
     /** The text of an attribute by its local name. */
-    std::optional<std::string> attribute(size_t element, std::string_view name) const;
+    std::optional<std::string> attribute(size_t element, std::string_view name) const {
+        return mElements->attribute(element, name);
+    }
 
     /** A finding about an element or one of its attributes. */
     Finding finding(Rule rule, size_t element, std::string what, std::string attribute = "") const;
 
   private:
-    class Reader;
+    void findOddities(Findings& findings) const;
 
-    // A document of 16 MiB has a million of each.
-    struct Element {
-        const xmlChar* name;
-        uint32_t parent;
-        uint32_t end;
-        uint32_t line;
-        uint32_t firstAttribute;
-        bool isFirstNode;
-        bool hasNodes;
-    };
-    struct Attribute {
-        const xmlChar* name;
-        /** Where its text ends in that of all attributes. */
-        uint32_t textEnd;
-        bool isQualified;
-    };
-
-    void setLines(const std::string& text);
-
-    bool mIsReadable = false;
-    XmlPointer<xmlDict> mNames;
-    std::deque<Element> mElements;
-    std::deque<Attribute> mAttributes;
-    std::string mTexts;
+    /** None of a file that is packed. */
+    std::optional<XmlElements> mElements;
 };
 
 }  // namespace ormel::tools

@@ -1,7 +1,6 @@
 #include "CheckFile.h"
 
 #include <algorithm>
-#include <memory>
 #include <set>
 #include <utility>
 #include <vector>
@@ -60,7 +59,7 @@ class ReportedPlaces {
     std::vector<std::pair<size_t, size_t>> mSubtrees;
 };
 
-void checkMeaning(const CheckDocument& document, ReadTrace& trace, Findings& findings) {
+void checkMeaning(const CheckDocument& document, const ReadTrace& trace, Findings& findings) {
     const DeviceData& data = trace.getDocument();
     const CheckContext context = {document, trace, data, data.getFormatVersion(), findings};
     checkStructure(context);
@@ -72,23 +71,17 @@ void checkMeaning(const CheckDocument& document, ReadTrace& trace, Findings& fin
 
 Findings checkFile(const std::string& path, const CheckSchema& schema) {
     const std::string text = readDocument(path);
-    std::unique_ptr<ReadTrace> trace;
-    long refusedAt = 0;
-    try {
-        trace = std::make_unique<ReadTrace>(path, text);
-    } catch (const RefusedDocument& refused) {
-        refusedAt = refused.getLine();
-    }
     Findings findings;
     SchemaValidation validation(schema);
     const CheckDocument document(text, validation, findings);
     if (!document.isReadable()) {
         return findings;
     }
-    if (trace == nullptr) {
-        findings.add({Rule::REFUSED, refusedAt, "the library gives up reading the document here"});
-    } else if (trace->getElements().size() == document.size()) {
-        checkMeaning(document, *trace, findings);
+    try {
+        checkMeaning(document, ReadTrace(path, text, document.elements()), findings);
+    } catch (const RefusedDocument& refused) {
+        findings.add({Rule::REFUSED, refused.getLine(),
+                      "the library gives up reading the document here"});
     }
     const ReportedPlaces reported(findings, document);
     for (const Finding& found : validation.findings()) {

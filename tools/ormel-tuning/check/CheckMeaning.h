@@ -27,7 +27,7 @@ struct CheckContext {
     /** Whether the reader was at the element at all, other than to look at its name. */
     bool isUsed(size_t element) const {
         const ReadElement& record = read(element);
-        return record.as != ReadAs::NOTHING || record.isEntered || record.isStray;
+        return record.as != ReadElement::As::NOTHING || record.isEntered || record.isStray;
     }
     /** Whether the reader passed over the element since its parent has nothing in front of it. */
     bool isLostFirst(size_t element) const {

@@ -38,7 +38,7 @@ class ParameterCheck {
     explicit ParameterCheck(const CheckContext& context)
         : mContext(context), mDocument(context.document) {
         for (const ReadSection& section : mContext.trace.getSections()) {
-            if (section.as == ReadAs::ENDPOINT) {
+            if (section.kind == DocumentElement::ENDPOINT_TYPE) {
                 const size_t profile = mContext.read(mDocument.parent(section.element)).section;
                 const auto [found, isNew] =
                         mEndpoints.try_emplace(profile, Range{section.element, section.element});
@@ -50,7 +50,7 @@ class ParameterCheck {
     void run() {
         for (size_t i = 1; i < mDocument.size(); ++i) {
             const ReadElement& record = mContext.read(i);
-            if (record.as == ReadAs::PARAMETER) {
+            if (record.as == ReadElement::As::PARAMETER) {
                 check(i, *record.setter, mContext.section(i));
             }
         }
@@ -69,14 +69,14 @@ class ParameterCheck {
         const auto [earlier, isFirst] = mLast.try_emplace(key, element);
         const size_t before = isFirst ? 0 : earlier->second;
         earlier->second = element;
-        if (section.as == ReadAs::PROFILE && isProfilesValue(param)) {
+        if (section.kind == DocumentElement::PROFILE && isProfilesValue(param)) {
             checkForEndpoints(element, before);
             return;
         }
         if (before != 0) {
             addRepeated(element, before);
         }
-        if (parametersOf(ownerOf(section.as)).count(param) == 0) {
+        if (parametersOf(ownerOf(section.kind)).count(param) == 0) {
             mContext.add(Rule::WRONG_SECTION, element,
                          std::string("is not sent from here; it belongs into ") +
                                  placeOf(kParameterOwners[param]));
@@ -110,7 +110,7 @@ class ParameterCheck {
 
     bool endpointBetween(size_t profile, size_t begin, size_t end) const {
         for (size_t i = begin; i < end; ++i) {
-            if (mContext.read(i).as == ReadAs::ENDPOINT &&
+            if (mContext.read(i).is(DocumentElement::ENDPOINT_TYPE) &&
                 mContext.read(mDocument.parent(i)).section == profile) {
                 return true;
             }
@@ -128,7 +128,7 @@ class ParameterCheck {
     }
 
     void checkOverwritten(size_t element, Parameter param, const ReadSection& section) const {
-        const VersionRule* const rule = ruleOf(ownerOf(section.as), param);
+        const VersionRule* const rule = ruleOf(ownerOf(section.kind), param);
         if (rule == nullptr || section.object == nullptr) {
             return;
         }
@@ -215,14 +215,14 @@ class TuningCheck {
     }
 
     /** Place of the element that gives a parameter, else that of the tuning. */
-    size_t giverOf(Parameter param) const {
-        const ReadElement* const giver = mContext.trace.giverOf(mTuning, param);
-        return giver == nullptr ? mElement : giver->index;
+    size_t sourceOf(Parameter param) const {
+        const size_t source = mContext.trace.sourceOf(mTuning, param);
+        return source == ReadSection::kNoElement ? mElement : source;
     }
 
     void addNotSent(const std::string& what, Parameter param) const {
         const int channels = firstOr0(valuesOf(OUTPUT_CHANNELS));
-        mContext.add(Rule::CHANNELS_NOT_SENT, giverOf(param),
+        mContext.add(Rule::CHANNELS_NOT_SENT, sourceOf(param),
                      what + " is not sent for output_channels=\"" + std::to_string(channels) +
                              "\", only for 2 and 4");
     }
@@ -244,7 +244,7 @@ class TuningCheck {
         for (size_t i = 1; i < std::min(channels, lists.lists.size()); ++i) {
             const size_t other = valuesOf(lists.lists[i]).size();
             if (other != length) {
-                mContext.add(Rule::UNEQUAL_COLUMNS, giverOf(lists.lists[i]),
+                mContext.add(Rule::UNEQUAL_COLUMNS, sourceOf(lists.lists[i]),
                              std::string(parameterName(lists.lists[i])) + " has " +
                                      std::to_string(other) + " values and the left channel " +
                                      std::to_string(length) + ", the only length that is sent");
@@ -255,9 +255,9 @@ class TuningCheck {
     void checkMixMatrix() const {
         const size_t length = valuesOf(OUTPUT_MIX_MATRIX).size();
         const size_t wanted = SpatializerParamArray::kDefaultMixMatrix.size();
-        const ReadElement* const giver = mContext.trace.giverOf(mTuning, OUTPUT_MIX_MATRIX);
-        if (giver != nullptr && length != wanted) {
-            mContext.add(Rule::MIX_MATRIX_LENGTH, giver->index,
+        const size_t source = mContext.trace.sourceOf(mTuning, OUTPUT_MIX_MATRIX);
+        if (source != ReadSection::kNoElement && length != wanted) {
+            mContext.add(Rule::MIX_MATRIX_LENGTH, source,
                          "has a mix matrix of " + std::to_string(length) + " values in place of " +
                                  std::to_string(wanted));
         }
@@ -304,15 +304,15 @@ class ReferenceCheck {
   private:
     void check(const ReadSection& section) {
         const ValueSetter* const setter = mContext.read(section.element).setter;
-        switch (section.as) {
-            case ReadAs::PROFILE: {
+        switch (section.kind) {
+            case DocumentElement::PROFILE: {
                 const auto* const profile = objectOf<Profile>(section);
                 checkOnce(Rule::REPEATED_PROFILE, section.element,
                           "profile " + std::to_string(profile->getProfileId()),
                           "the first one stands and gets the endpoints of both");
                 break;
             }
-            case ReadAs::ENDPOINT: {
+            case DocumentElement::ENDPOINT_TYPE: {
                 const auto* const endpoint = objectOf<ProfileEndpoint>(section);
                 if (endpoint->getEndpoint() == ENDPOINT_OTHER) {
                     break;
@@ -323,7 +323,7 @@ class ReferenceCheck {
                           std::to_string(mContext.document.parent(section.element)));
                 break;
             }
-            case ReadAs::PRESET:
+            case DocumentElement::PRESET:
                 if (setter->getParams().front() == IEQ_FREQUENCY) {
                     checkOnce(Rule::REPEATED_PRESET, section.element,
                               "ieq preset " +
@@ -336,14 +336,14 @@ class ReferenceCheck {
                               "both are sent, and the first one's gains stand");
                 }
                 break;
-            case ReadAs::TUNING: {
+            case DocumentElement::TUNING: {
                 const auto* const tuning = objectOf<Tuning>(section);
                 checkOnce(Rule::REPEATED_TUNING, section.element, "tuning " + tuning->getName(),
                           "devices of either get the first one");
                 TuningCheck(mContext, *tuning, section.element).run();
                 break;
             }
-            case ReadAs::DEVICE: {
+            case DocumentElement::DEVICE_ID: {
                 const auto* const device = static_cast<const DeviceTuning*>(section.object);
                 checkOnce(Rule::REPEATED_DEVICE, section.element,
                           "tuning device " + device->getDevice(), "the last one stands");
@@ -389,7 +389,7 @@ class ReferenceCheck {
     size_t firstTuning() const {
         const auto& sections = mContext.trace.getSections();
         const auto found = std::find_if(sections.begin(), sections.end(), [](const auto& section) {
-            return section.as == ReadAs::TUNING;
+            return section.kind == DocumentElement::TUNING;
         });
         return found == sections.end() ? 0 : found->element;
     }

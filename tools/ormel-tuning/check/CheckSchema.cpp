@@ -73,7 +73,7 @@ CheckSchema::CheckSchema(const std::string& file) {
 SchemaValidation::SchemaValidation(const CheckSchema& schema)
     : mValidator(xmlSchemaNewValidCtxt(schema.get())) {
     xmlSchemaSetValidStructuredErrors(mValidator.get(), takeError, this);
-    mPlug.reset(xmlSchemaSAXPlug(mValidator.get(), &mHandlers, &mContext));
+    mPlug.reset(xmlSchemaSAXPlug(mValidator.get(), &mListener.handlers, &mListener.context));
 }
 
 void SchemaValidation::takeError(void* self, XmlError* error) {
@@ -84,8 +84,9 @@ void SchemaValidation::takeError(void* self, XmlError* error) {
 
 void SchemaValidation::add(std::string_view message) {
     std::string attribute = attributeIn(message);
-    if (mFaulty.insert({mElement, attribute}).second) {
-        mFindings.add({Rule::SCHEMA, 0, textOf(message), mElement, "", std::move(attribute)});
+    if (mFaulty.insert({mListener.element, attribute}).second) {
+        mFindings.add(
+                {Rule::SCHEMA, 0, textOf(message), mListener.element, "", std::move(attribute)});
     }
 }
 

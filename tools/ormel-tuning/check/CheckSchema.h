@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "CheckRules.h"
-#include "document/XmlTree.h"
+#include "document/XmlElements.h"
 
 namespace ormel::tools {
 
@@ -43,15 +43,8 @@ class SchemaValidation {
   public:
     explicit SchemaValidation(const CheckSchema& schema);
 
-    /**
-     * Passes on what a parser hands a SAX2 handler, in order. @p element is the place of the
-     * current element in document order.
-     */
-    template <typename Handler, typename... Arguments>
-    void pass(size_t element, Handler xmlSAXHandler::*handler, Arguments... arguments) {
-        mElement = element;
-        (mHandlers->*handler)(mContext, arguments...);
-    }
+    /** Gets what the parser comes across. */
+    XmlListener& listener() { return mListener; }
 
     /** What the document does not keep to, an element's or attribute's first fault each. */
     const std::vector<Finding>& findings() const { return mFindings.all(); }
@@ -61,10 +54,8 @@ class SchemaValidation {
     void add(std::string_view message);
 
     const SchemaPointer<xmlSchemaValidCtxt> mValidator;
-    xmlSAXHandler* mHandlers = nullptr;
-    void* mContext = nullptr;
+    XmlListener mListener;
     SchemaPointer<xmlSchemaSAXPlugStruct> mPlug;
-    size_t mElement = 0;
     std::set<std::pair<size_t, std::string>> mFaulty;
     Findings mFindings;
 };

@@ -28,11 +28,9 @@ std::string similarName(std::string_view name) {
             return like;
         }
     }
-    for (const char* const known :
-         {"format_version", "tool_version", "authorized_technologies", "global_setting", "preset",
-          "profile", "endpoint_type", "tuning", "device_id", "include"}) {
-        if (likeness(known) == like && known != name) {
-            return known;
+    for (const DocumentElementRow& known : kDocumentElements) {
+        if (likeness(known.name) == like && known.name != name) {
+            return known.name;
         }
     }
     return "";
@@ -58,7 +56,7 @@ class StructureCheck {
   private:
     /** Place of the tuning that the reader stopped at; behind everything if it did not. */
     size_t checkStop() {
-        const size_t section = mContext.trace.getStop();
+        const uint32_t section = mContext.trace.getStop();
         if (section == ReadElement::kNoSection) {
             return mDocument.size();
         }
@@ -66,8 +64,8 @@ class StructureCheck {
         size_t unread = 0;
         size_t first = 0;
         for (size_t i = mDocument.end(tuning); i < mDocument.size(); i = mDocument.end(i)) {
-            const std::string_view name = mDocument.name(i);
-            if (name == "profile" || name == "preset" || name == "tuning") {
+            if (isNamed(i, DocumentElement::PROFILE) || isNamed(i, DocumentElement::PRESET) ||
+                isNamed(i, DocumentElement::TUNING)) {
                 first = unread++ == 0 ? i : first;
             }
         }
@@ -84,7 +82,7 @@ class StructureCheck {
     size_t checkElement(size_t element) {
         const ReadElement& record = mContext.read(element);
         const bool isTop = mDocument.parent(element) == 0;
-        if (isTop && mDocument.name(element) == "preset") {
+        if (isTop && isNamed(element, DocumentElement::PRESET)) {
             checkPreset(element);
             return mDocument.end(element);
         }
@@ -93,9 +91,9 @@ class StructureCheck {
         }
         if (mContext.isLostFirst(element)) {
             addLostFirst(element);
-        } else if (mDocument.name(element) == "include" && isInSection(element)) {
+        } else if (isNamed(element, DocumentElement::INCLUDE) && isInSection(element)) {
             addInclude(element);
-        } else if (isTop && mDocument.name(element) == "authorized_technologies") {
+        } else if (isTop && isNamed(element, DocumentElement::AUTHORIZED_TECHNOLOGIES)) {
             checkUnreadSettings(element);
         } else if (record.isNamed || !mContext.read(mDocument.parent(element)).isEntered) {
             addUnknown(element);
@@ -107,8 +105,12 @@ class StructureCheck {
     }
 
     bool isInSection(size_t element) const {
-        const ReadAs parent = mContext.read(mDocument.parent(element)).as;
-        return parent == ReadAs::PROFILE || parent == ReadAs::ENDPOINT;
+        const ReadElement& parent = mContext.read(mDocument.parent(element));
+        return parent.is(DocumentElement::PROFILE) || parent.is(DocumentElement::ENDPOINT_TYPE);
+    }
+
+    bool isNamed(size_t element, DocumentElement kind) const {
+        return mDocument.name(element) == rowOf(kind).name;
     }
 
     void addLostFirst(size_t element) {
@@ -128,7 +130,8 @@ class StructureCheck {
     }
 
     void addInclude(size_t element) {
-        const bool isProfile = mContext.read(mDocument.parent(element)).as == ReadAs::PROFILE;
+        const bool isProfile =
+                mContext.read(mDocument.parent(element)).is(DocumentElement::PROFILE);
         const bool wantsProfile = mContext.has(VersionRuleKind::INCLUDE_IN_PROFILE);
         std::string what = "chooses no preset here; ";
         if (wantsProfile) {
@@ -206,7 +209,7 @@ class StructureCheck {
         PresetBands bands;
         for (size_t i = preset + 1; i < mDocument.end(preset); ++i) {
             const ReadElement& record = mContext.read(i);
-            const bool isRead = record.as == ReadAs::BAND;
+            const bool isRead = record.as == ReadElement::As::BAND;
             const bool looksLikeOne = hasBandAttribute(i, mContext.read(preset).setter);
             bands.read += isRead ? 1 : 0;
             bands.valid += isRead && looksLikeOne ? 1 : 0;
@@ -230,14 +233,13 @@ class StructureCheck {
 
     void checkBandCount(size_t preset, size_t read) {
         // As many as a profile's list of the graphic equalizer has to have to be sent.
-        const auto& givers = mContext.section(preset).givers;
         if (mContext.read(preset).setter->getParams().front() != GEQ_FREQUENCY ||
             read == kGeqBands) {
             return;
         }
-        const auto container = givers.find(GEQ_FREQUENCY);
+        const size_t container = mContext.section(preset).sourceOf(GEQ_FREQUENCY);
         mContext.addWhole(Rule::GEQ_BAND_COUNT,
-                          container == givers.end() ? preset : container->second,
+                          container == ReadSection::kNoElement ? preset : container,
                           "has " + countText(read, "band", "bands") +
                                   ", so the preset is dropped when its profile is applied; write " +
                                   std::to_string(kGeqBands));
@@ -245,7 +247,7 @@ class StructureCheck {
 
     void checkSections() {
         for (const ReadSection& section : mContext.trace.getSections()) {
-            if (section.strays != 0 && section.as != ReadAs::PRESET) {
+            if (section.strays != 0 && section.kind != DocumentElement::PRESET) {
                 mContext.add(Rule::CHILDLESS, section.element,
                              "has no children where the reader looks for some; it takes " +
                                      countText(section.strays, "element", "elements") + " that " +
