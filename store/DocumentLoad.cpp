@@ -166,7 +166,7 @@ void DocumentLoad::translateAll(ParameterTranslator& translator, SetParamCommand
 }
 
 std::vector<int32_t> DocumentLoad::takeList(SetParamCommand& command) {
-    command.mParams[1] = command.mParamCount;
+    command.mParams[SetParamCommand::LIST_COUNT] = command.mParamCount;
     command.mParams.shrink_to_fit();
     return std::move(command.mParams);
 }
@@ -324,7 +324,8 @@ void DocumentLoad::translateForHeadphones(SetParamCommand& command) {
         mBudget.chargeNumbers(ofFirst.size());
         list.insert(list.end(), ofFirst.begin(), ofFirst.end());
         for (; at < list.size();
-             at += SetParamCommand::kEntryHeaderWords + static_cast<size_t>(list[at + 2])) {
+             at += SetParamCommand::kEntryHeaderWords +
+                   static_cast<size_t>(list[at + SetParamCommand::ENTRY_COUNT])) {
             list[at] = kHeadphoneDevices[i];
         }
         command.mParamCount += entries;

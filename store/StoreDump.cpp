@@ -1,4 +1,5 @@
 // The store's state as text.
+#include <ormel/SetParamCommand.h>
 #include <ormel/SpatializerParamArray.h>
 
 #include <algorithm>
@@ -37,8 +38,9 @@ std::string printable(std::string text) {
 }
 
 std::string entriesOf(const List& list) {
-    // The count stands behind the profile id. A list that a lookup left behind has neither.
-    return std::to_string(list.size() < 2 ? 0 : list[1]) + " entries";
+    // A list that a lookup left behind has no header.
+    const bool hasHeader = list.size() >= SetParamCommand::kListHeaderWords;
+    return std::to_string(hasHeader ? list[SetParamCommand::LIST_COUNT] : 0) + " entries";
 }
 
 std::string gainsText(const List& gains) {

@@ -319,6 +319,68 @@ TEST(ParameterTranslator, TranslatesAllParametersOfTheSourcesClass) {
     EXPECT_EQ(textOf(command), "ieid 6; iebs 0; ieid 6; iebs 0");
 }
 
+// What a layout says that an entry holds, of lists of one value and four channels.
+Values lay(const EntryLayout& layout, const ValueMap& values) {
+    Values laid;
+    for (const ParameterList* const lists : {&layout.lists, &layout.channelLists}) {
+        for (const Parameter param : *lists) {
+            laid.push_back(values.at(param).front());
+        }
+    }
+    switch (layout.head) {
+        case EntryHead::NONE:
+            break;
+        case EntryHead::BANDS:
+            laid.insert(laid.begin(), 1);
+            break;
+        case EntryHead::BANDS_CHANNELS:
+            laid.insert(laid.begin(), {1, 4});
+            break;
+        case EntryHead::CHANNELS_BANDS:
+            laid.insert(laid.begin(), {4, 1});
+            break;
+        case EntryHead::CHANNELS:
+            laid.insert(laid.begin(), 4);
+            break;
+    }
+    if (layout.destination == DOM) {
+        laid.insert(laid.begin() + 1, ENDPOINT_SPEAKER);
+    }
+    return laid;
+}
+
+TEST(EntryLayout, IsWhatTranslatorsWrite) {
+    ValueMap values;
+    for (int32_t param = 0; param < 106; ++param) {
+        values[Parameter{param}] = {1000 + param};
+    }
+    for (const Parameter param : {COMPLEX_EQUALIZER_ENABLE, REGULATOR_SIBILANCE_SUPPRESS_ENABLE,
+                                  BASS_MBDRC_ENABLE, VIRTUAL_BASS_ENABLE}) {
+        values[param] = {1};
+    }
+    values[OUTPUT_CHANNELS] = {4};
+    values[DIALOG_ENHANCER_AMOUNT] = {12};
+    SetParamCommand command(0);
+    for (Translator* const translator : TranslatorCollection::kAllTranslators) {
+        ProfileEndpoint source(1, ENDPOINT_SPEAKER, 0);
+        source.getValues() = values;
+        translator->kivTranslate(command, source, ENDPOINT_SPEAKER, false);
+    }
+    const std::vector<int32_t>& words = command.mParams;
+    SetParamCommand expected(0);
+    for (size_t at = 2; at < words.size(); at += 3 + static_cast<size_t>(words[at + 2])) {
+        const auto code = std::find(std::begin(kKivParameterCodes), std::end(kKivParameterCodes),
+                                    words[at + 1]);
+        const KivParameter destination{static_cast<int32_t>(code - kKivParameterCodes)};
+        const EntryLayout layout =
+                ParameterTranslator::sTranslatorCollection->getLayout(destination);
+        expected.add(destination, lay(layout, values));
+    }
+    EXPECT_EQ(textOf(command), textOf(expected));
+    EXPECT_EQ(command.mParamCount, 68 + 15);
+    EXPECT_EQ(ParameterTranslator::sTranslatorCollection->getLayout(VOL).lists.size(), 0U);
+}
+
 /** A translator of another library's, whose operations are not const. */
 class OutsideTranslator : public SimpleTranslator {
   public:

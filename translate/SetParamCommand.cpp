@@ -14,10 +14,10 @@ static_assert(kivCode(VOL) == 0x006c6f76 && kivCode(DEON) == 0x6e6f6564,
 SetParamCommand::SetParamCommand(int profileId) : mParams{profileId, 0} {}
 
 int SetParamCommand::execute(KivEffect& effect) {
-    if (mParamCount == 0 || mParams.size() < 2) {
+    if (mParamCount == 0 || mParams.size() < kListHeaderWords) {
         return 0;
     }
-    mParams[1] = mParamCount;
+    mParams[LIST_COUNT] = mParamCount;
     return effect.send(0, mParams);
 }
 

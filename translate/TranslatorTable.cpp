@@ -180,4 +180,16 @@ Translator& TranslatorCollection::at(size_t place) const {
     return *translators().at(place);
 }
 
+EntryLayout TranslatorCollection::getLayout(KivParameter destination) const {
+    if (const EntryLayout* const layout = findEntryLayout(destination)) {
+        return *layout;
+    }
+    for (const TranslatorRow& row : kTranslatorRows) {
+        if (row.kind == kKind<SimpleTranslator> && row.dst == destination) {
+            return {destination, EntryHead::NONE, {}, {Parameter{row.src}}, {}};
+        }
+    }
+    return {destination, EntryHead::NONE, {}, {}, {}};
+}
+
 }  // namespace ormel

@@ -1,3 +1,4 @@
+#include <ormel/EntryLayout.h>
 #include <ormel/Translator.h>
 
 namespace ormel {
@@ -15,34 +16,49 @@ Values sizeOf(const Values& values) {
     return {static_cast<int>(values.size())};
 }
 
-/** The parameters that hold a list per channel, in the order in which the effect takes them. */
-struct ChannelParams {
-    Parameter left;
-    Parameter right;
-    Parameter leftSurround;
-    Parameter rightSurround;
-};
-
 /** Asked before any list is read, since reading leaves empty lists in the source. */
 bool hasChannelLists(int channels) {
     return channels == kStereoChannels || channels == kQuadChannels;
 }
 
+template <KivParameter kDestination>
+constexpr const EntryLayout& kLayout = *findEntryLayout(kDestination);
+
 /** An entry of @p first, @p head and as many channels' lists as there are channels. */
-void addByChannel(SetParamCommand& cmd, KivParameter param, int channels, int first,
-                  const Values& head, ValueMap& from, const ChannelParams& lists) {
+void addByChannel(SetParamCommand& cmd, const EntryLayout& layout, int channels, int first,
+                  const Values& head, ValueMap& from) {
+    const ParameterList& lists = layout.channelLists;
     if (channels == kQuadChannels) {
-        cmd.add(param, first,
-                {&head, &from[lists.left], &from[lists.right], &from[lists.leftSurround],
-                 &from[lists.rightSurround]});
+        cmd.add(layout.destination, first,
+                {&head, &from[lists[0]], &from[lists[1]], &from[lists[2]], &from[lists[3]]});
     } else if (channels == kStereoChannels) {
-        cmd.add(param, first, {&head, &from[lists.left], &from[lists.right]});
+        cmd.add(layout.destination, first, {&head, &from[lists[0]], &from[lists[1]]});
     }
 }
 
-void addBands(SetParamCommand& cmd, KivParameter param, const Values& frequencies,
-              const Values& levels) {
-    cmd.add(param, static_cast<int>(frequencies.size()), {&frequencies, &levels});
+/** The same of channels and their number of bands, while they are switched on. */
+void addIfEnabled(SetParamCommand& cmd, const EntryLayout& layout, int channels, ValueMap& from) {
+    if (firstOr0(from[layout.enable[0]]) == 1 && hasChannelLists(channels)) {
+        addByChannel(cmd, layout, channels, channels, sizeOf(from[layout.channelLists[0]]), from);
+    }
+}
+
+/** An entry of two or four lists of bands behind their number. */
+void addBands(SetParamCommand& cmd, const EntryLayout& layout, ValueMap& from) {
+    const ParameterList& lists = layout.lists;
+    const Values& first = from[lists[0]];
+    const auto count = static_cast<int>(first.size());
+    if (lists.size() == 2) {
+        cmd.add(layout.destination, count, {&first, &from[lists[1]]});
+    } else {
+        cmd.add(layout.destination, count,
+                {&first, &from[lists[1]], &from[lists[2]], &from[lists[3]]});
+    }
+}
+
+/** An entry of two lists. */
+void addPair(SetParamCommand& cmd, const EntryLayout& layout, ValueMap& from) {
+    cmd.add(layout.destination, {&from[layout.lists[0]], &from[layout.lists[1]]});
 }
 
 }  // namespace
@@ -70,27 +86,18 @@ void SimpleTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& value
 
 void GeqTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
                                  Endpoint /* endpoint */, bool /* mono */) {
-    auto& from = values.getValues();
-    addBands(cmd, GEBS, from[GEQ_FREQUENCY], from[GEQ_GAIN]);
+    addBands(cmd, kLayout<GEBS>, values.getValues());
 }
 
 void IeqTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
                                  Endpoint /* endpoint */, bool /* mono */) {
-    auto& from = values.getValues();
-    addBands(cmd, IEBS, from[IEQ_FREQUENCY], from[IEQ_TARGET]);
+    addBands(cmd, kLayout<IEBS>, values.getValues());
 }
 
 void ComplexEqualizerTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
                                               Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
-    const int enable = firstOr0(from[COMPLEX_EQUALIZER_ENABLE]);
-    const int channels = firstOr0(from[OUTPUT_CHANNELS]);
-    if (enable == 1 && hasChannelLists(channels)) {
-        addByChannel(
-                cmd, CEQT, channels, channels, sizeOf(from[COMPLEX_EQUALIZER_TUNING_LEFT]), from,
-                {COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_TUNING_RIGHT,
-                 COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND});
-    }
+    addIfEnabled(cmd, kLayout<CEQT>, firstOr0(from[OUTPUT_CHANNELS]), from);
 }
 
 void VirtualBassEnableTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
@@ -107,8 +114,8 @@ void VirtualBassEnableTranslator::kivTranslate(SetParamCommand& cmd, ParameterVa
 void VirtualBassTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
                                          Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
-    cmd.add(VBSF, {&from[VIRTUAL_BASS_SRC_FREQ_LOW], &from[VIRTUAL_BASS_SRC_FREQ_HIGH]});
-    cmd.add(VBMF, {&from[VIRTUAL_BASS_MIX_FREQ_LOW], &from[VIRTUAL_BASS_MIX_FREQ_HIGH]});
+    addPair(cmd, kLayout<VBSF>, from);
+    addPair(cmd, kLayout<VBMF>, from);
 }
 
 void BassMbdrcTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
@@ -131,14 +138,13 @@ void DeAmountTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& val
 void AudioOptimizerTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
                                             Endpoint /* endpoint */, bool /* mono */) {
     auto& from = values.getValues();
-    const Values& frequencies = from[AUDIO_OPTIMIZER_FREQUENCY];
+    const EntryLayout& layout = kLayout<AOBS>;
+    const Values& frequencies = from[layout.lists[0]];
     const int channels = firstOr0(from[OUTPUT_CHANNELS]);
     // Unlike the other entries by channel, this one counts its bands before its channels.
     Values head = {channels};
     head.insert(head.end(), frequencies.begin(), frequencies.end());
-    addByChannel(cmd, AOBS, channels, static_cast<int>(frequencies.size()), head, from,
-                 {AUDIO_OPTIMIZER_GAIN_L, AUDIO_OPTIMIZER_GAIN_R, AUDIO_OPTIMIZER_GAIN_LS,
-                  AUDIO_OPTIMIZER_GAIN_RS});
+    addByChannel(cmd, layout, channels, static_cast<int>(frequencies.size()), head, from);
 }
 
 void AudioRegulatorTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,
@@ -151,21 +157,8 @@ void AudioRegulatorTranslator::kivTranslate(SetParamCommand& cmd, ParameterValue
         stressAmount.resize(kStereoChannels);
     }
     cmd.add(ARSA, {&outputChannels, &stressAmount});
-
-    const Values& frequencies = from[REGULATOR_FREQUENCY];
-    cmd.add(ARBS, static_cast<int>(frequencies.size()),
-            {&frequencies, &from[REGULATOR_THRESHOLD_LOW], &from[REGULATOR_THRESHOLD_HIGH],
-             &from[REGULATOR_ISOLATED_BAND]});
-
-    const bool suppress = firstOr0(from[REGULATOR_SIBILANCE_SUPPRESS_ENABLE]) == 1;
-    if (suppress && hasChannelLists(channels)) {
-        addByChannel(cmd, RSSA, channels, channels,
-                     sizeOf(from[REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT]), from,
-                     {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT,
-                      REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT,
-                      REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND,
-                      REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND});
-    }
+    addBands(cmd, kLayout<ARBS>, from);
+    addIfEnabled(cmd, kLayout<RSSA>, channels, from);
 }
 
 void OutputModeTranslator::kivTranslate(SetParamCommand& cmd, ParameterValues& values,

@@ -1,6 +1,8 @@
 // The elements of a tuning document that are no parameters.
 #pragma once
 
+#include <ormel/Parameter.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -21,9 +23,11 @@ enum class DocumentElement : uint8_t {
     DATA,
 };
 
-/** Name of an element, and the attributes that the reader looks at; null for no more. */
 struct DocumentElementRow {
     const char* name;
+    /** The class of the objects that parameters in it go to; a preset's depends on its type. */
+    ParameterOwner owner;
+    /** Those that the reader looks at; null for no more. */
     std::array<const char*, 5> attributes;
 };
 
@@ -33,17 +37,17 @@ struct DocumentElementRow {
  */
 // clang-format off
 inline constexpr DocumentElementRow kDocumentElements[] = {
-    {"format_version",          {"major", "minor", "maintenance"}},
-    {"tool_version",            {"major", "minor", "maintenance"}},
-    {"authorized_technologies", {}},
-    {"global_setting",          {"device_name", "device_index", "tuning_version", "virtual_bass_process", "altivo_game_system_gain"}},
-    {"preset",                  {"id", "name", "type"}},
-    {"profile",                 {"id", "name", "group"}},
-    {"endpoint_type",           {"id"}},
-    {"include",                 {"preset", "ieq_preset"}},
-    {"tuning",                  {"name", "endpoint_type", "mono_device", "orientation", "output_channels"}},
-    {"device_id",               {"id", "endpoint_port"}},
-    {"",                        {}},
+    {"format_version",          ParameterOwner::NONE,             {"major", "minor", "maintenance"}},
+    {"tool_version",            ParameterOwner::NONE,             {"major", "minor", "maintenance"}},
+    {"authorized_technologies", ParameterOwner::NONE,             {}},
+    {"global_setting",          ParameterOwner::NONE,             {"device_name", "device_index", "tuning_version", "virtual_bass_process", "altivo_game_system_gain"}},
+    {"preset",                  ParameterOwner::NONE,             {"id", "name", "type"}},
+    {"profile",                 ParameterOwner::PROFILE,          {"id", "name", "group"}},
+    {"endpoint_type",           ParameterOwner::PROFILE_ENDPOINT, {"id"}},
+    {"include",                 ParameterOwner::NONE,             {"preset", "ieq_preset"}},
+    {"tuning",                  ParameterOwner::TUNING,           {"name", "endpoint_type", "mono_device", "orientation", "output_channels"}},
+    {"device_id",               ParameterOwner::NONE,             {"id", "endpoint_port"}},
+    {"",                        ParameterOwner::NONE,             {}},
 };
 // clang-format on
 

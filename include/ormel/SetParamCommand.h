@@ -20,8 +20,11 @@ class KivEffect;
  */
 class SetParamCommand {
   public:
-    /** Device, code and value count, which stand before the values of every entry. */
-    static constexpr size_t kEntryHeaderWords = 3;
+    /** Places of the words that a list begins with. */
+    enum ListHeader : size_t { LIST_ID, LIST_COUNT, kListHeaderWords };
+
+    /** Places of the words that stand before the values of every entry. */
+    enum EntryHeader : size_t { ENTRY_DEVICE, ENTRY_CODE, ENTRY_COUNT, kEntryHeaderWords };
 
     /** @param profileId word 0 of the list */
     explicit SetParamCommand(int profileId);

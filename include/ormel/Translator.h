@@ -1,6 +1,7 @@
 // The translation of tuning parameters into effect parameters.
 #pragma once
 
+#include <ormel/EntryLayout.h>
 #include <ormel/KivParameter.h>
 #include <ormel/ParameterValues.h>
 #include <ormel/SetParamCommand.h>
@@ -228,6 +229,9 @@ class TranslatorCollection {
 
     /** @param place of a translator, as findPlace() gives it */
     Translator& at(size_t place) const;
+
+    /** How the entries of a destination are made; of one that nothing writes, from no lists. */
+    EntryLayout getLayout(KivParameter destination) const;
 };
 
 /**

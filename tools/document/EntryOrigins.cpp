@@ -1,15 +1,8 @@
 #include "EntryOrigins.h"
 
-#include <ormel/KivParameter.h>
-#include <ormel/Translator.h>
-#include <ormel/ValueSetter.h>
 #include <ormel/VersionRules.h>
 
-#include <algorithm>
-#include <deque>
-#include <map>
 #include <set>
-#include <utility>
 
 #include "ReadTrace.h"
 
@@ -17,317 +10,176 @@ namespace ormel::tools {
 
 namespace {
 
-using Values = std::vector<int32_t>;
-using ValueMap = std::map<Parameter, Values>;
-
-/** What the reader begins with. */
-constexpr int32_t kInitialVirtualBassType = 1;
-
-/** Values to try translators on, in place of an object's. */
-class Sample : public ParameterValues {
-  public:
-    Sample(const std::set<Parameter>& validParams, ValueMap values)
-        : ParameterValues(-1, false), mValidParams(validParams) {
-        getValues() = std::move(values);
-    }
-
-    int64_t getId() const override { return mId; }
-    const std::set<Parameter>& getValidParams() const override { return mValidParams; }
-
-  private:
-    const std::set<Parameter>& mValidParams;
-};
-
-/** Whether a parameter is read from the start tag of its section. */
-bool isAttribute(Parameter param) {
-    const auto& setters = SetterCollection::kAllValueSetters;
-    return std::none_of(setters.begin(), setters.end(), [param](const ValueSetter* setter) {
-        const auto& params = setter->getParams();
-        return std::find(params.begin(), params.end(), param) != params.end();
-    });
-}
-
-/** The values of what a translator writes, by code. */
-std::map<int32_t, Values> written(Translator& translator, Sample sample, Endpoint endpoint) {
-    SetParamCommand command(DEVICE_OUT_DEFAULT);
-    translator.kivTranslate(command, sample, endpoint, false);
-    command.mParams[1] = command.mParamCount;
-    std::map<int32_t, Values> byCode;
-    for (Entry& entry : entriesOf(command.mParams)) {
-        byCode[entry.code] = std::move(entry.values);
-    }
-    return byCode;
-}
-
-/** The parameters that a translator looks at, whether or not their change calls for it. */
-std::set<Parameter> readParams(Translator& translator, const std::set<Parameter>& validParams,
-                               Endpoint endpoint) {
-    const auto& sources = translator.getSrcParams();
-    std::set<Parameter> params(sources.begin(), sources.end());
-    Sample sample(validParams, {});
-    // What it reads and does not find, it leaves behind empty. A switch may hide what else it
-    // reads, so those that it has asked for are switched on.
-    for (size_t known = 0, count = 1; known != count; count = sample.getValues().size()) {
-        known = sample.getValues().size();
-        SetParamCommand command(DEVICE_OUT_DEFAULT);
-        translator.kivTranslate(command, sample, endpoint, false);
-        for (auto& [param, values] : sample.getValues()) {
-            params.insert(param);
-            values = {1};
+/** The class of the objects that entries are made from; only endpoints have a parameter of none. */
+ParameterOwner ownerOf(const EntryLayout& layout) {
+    for (const ParameterList* const params :
+         {&layout.enable, &layout.lists, &layout.channelLists}) {
+        if (params->size() != 0 && kParameterOwners[(*params)[0]] != ParameterOwner::NONE) {
+            return kParameterOwners[(*params)[0]];
         }
+    }
+    return ParameterOwner::PROFILE_ENDPOINT;
+}
+
+const std::vector<int>& valuesOf(const ParameterValues& object, Parameter param) {
+    static const std::vector<int> none;
+    const auto found = object.getValues().find(param);
+    return found == object.getValues().end() ? none : found->second;
+}
+
+template <typename Key>
+const ParameterValues* findIn(const std::map<Key, const ParameterValues*>& objects,
+                              const Key& key) {
+    const auto found = objects.find(key);
+    return found == objects.end() ? nullptr : found->second;
+}
+
+/** What an entry was made from. */
+std::set<Parameter> paramsOf(const Entry& entry, const EntryLayout& layout,
+                             const ParameterValues& object) {
+    std::set<Parameter> params(layout.enable.begin(), layout.enable.end());
+    const bool isOff =
+            layout.enable.size() != 0 && firstOr0(valuesOf(object, layout.enable[0])) == 0;
+    for (const Parameter param : layout.lists) {
+        const bool isLeftOut = param == OUTPUT_MIX_MATRIX && entry.device != DEVICE_OUT_SPEAKER;
+        if (!isOff && !isLeftOut) {
+            params.insert(param);
+        }
+    }
+    if (const auto channels = channelsOf(entry, layout); channels.has_value()) {
+        params.insert(OUTPUT_CHANNELS);
+        params.insert(layout.channelLists.begin(), layout.channelLists.begin() + *channels);
     }
     return params;
 }
 
-}  // namespace
-
-/** An object as the load hands it to the translators. */
-class EntryOrigins::Source {
-  public:
-    Source(const ParameterValues& object, DocumentElement kind, Endpoint endpoint,
-           const LoadedDocument& document)
-        : mObject(object),
-          mEndpoint(endpoint),
-          mTrace(document.trace()),
-          mFormatVersion(document.objects().getFormatVersion()),
-          mOwner(ownerOf(kind)),
-          mValues(object.getValues()) {}
-
-    /** Completes the object where the load does, with any values: only changes are looked at. */
-    void complete(const Origin& origin) {
-        mValues[origin.param] = {2};
-        mCompletions.emplace(origin.param, origin);
+/** The devices that an endpoint is sent to. */
+std::vector<int32_t> devicesOf(Endpoint endpoint) {
+    if (endpoint == ENDPOINT_HEADPHONE) {
+        return {kHeadphoneDevices.begin(), kHeadphoneDevices.end()};
     }
-
-    /** The origins of the object's entry under a code, null when it has none. */
-    const Origins* origins(int32_t code) {
-        if (mOrigins.empty()) {
-            findOrigins();
-        }
-        const auto found = mOrigins.find(code);
-        return found == mOrigins.end() ? nullptr : &found->second;
-    }
-
-  private:
-    void findOrigins() {
-        std::set<Translator*> translators;
-        for (const Parameter param : mObject.getValidParams()) {
-            translators.insert(ParameterTranslator::sTranslatorCollection->getTranslator(param));
-        }
-        translators.erase(nullptr);
-        for (Translator* const translator : translators) {
-            findOrigins(*translator);
-        }
-    }
-
-    void findOrigins(Translator& translator) {
-        const std::set<Parameter> params =
-                readParams(translator, mObject.getValidParams(), mEndpoint);
-        ValueMap values;
-        for (const Parameter param : params) {
-            if (const auto found = mValues.find(param); found != mValues.end()) {
-                values.insert(*found);
-            }
-        }
-        const auto entries = write(translator, values);
-        for (const auto& [code, entryValues] : entries) {
-            mOrigins.emplace(code, Origins());
-        }
-        for (const Parameter param : params) {
-            const std::set<int32_t> codes = entriesFrom(translator, entries, values, param);
-            for (const int32_t code : codes) {
-                mOrigins[code].push_back(originOf(param));
-            }
-        }
-    }
-
-    /** The codes of those @p entries that change with a parameter. */
-    std::set<int32_t> entriesFrom(Translator& translator, const std::map<int32_t, Values>& entries,
-                                  ValueMap values, Parameter param) const {
-        std::set<int32_t> codes;
-        for (const Values& other : {Values(), Values{1}}) {
-            values[param] = other;
-            const auto changed = write(translator, values);
-            for (const auto& [code, entryValues] : entries) {
-                const auto found = changed.find(code);
-                if (found == changed.end() || found->second != entryValues) {
-                    codes.insert(code);
-                }
-            }
-        }
-        return codes;
-    }
-
-    std::map<int32_t, Values> write(Translator& translator, const ValueMap& values) const {
-        return written(translator, Sample(mObject.getValidParams(), values), mEndpoint);
-    }
-
-    Origin originOf(Parameter param) const {
-        if (const auto done = mCompletions.find(param); done != mCompletions.end()) {
-            return done->second;
-        }
-        if (const long line = mTrace.lineOf(mObject, param); line != 0) {
-            return {Origin::Kind::LINE, param, line};
-        }
-        const auto found = mValues.find(param);
-        if (found == mValues.end() || found->second.empty()) {
-            return {Origin::Kind::ABSENT, param, 0};
-        }
-        const bool isAccepted = mObject.getValidParams().count(param) > 0;
-        if (isAccepted && isAttribute(param)) {
-            return {Origin::Kind::LINE, param, mTrace.lineOf(&mObject)};
-        }
-        // No element of an endpoint gives this one, so the rules do not tell.
-        if (param == VIRTUAL_BASS_TYPE) {
-            const bool isInitial = found->second.front() == kInitialVirtualBassType;
-            return {isInitial ? Origin::Kind::DEFAULT : Origin::Kind::VERSION_RULE, param, 0};
-        }
-        const VersionRule* const rule = findVersionRule(mFormatVersion, mOwner, param);
-        const bool isFixed = rule != nullptr && rule->kind == VersionRuleKind::VALUE;
-        return {isFixed ? Origin::Kind::VERSION_RULE : Origin::Kind::DEFAULT, param, 0};
-    }
-
-    const ParameterValues& mObject;
-    Endpoint mEndpoint;
-    const ReadTrace& mTrace;
-    std::string mFormatVersion;
-    ParameterOwner mOwner;
-    ValueMap mValues;
-    std::map<Parameter, Origin> mCompletions;
-    std::map<int32_t, Origins> mOrigins;
-};
-
-const char* nameOf(Origin::Kind kind) {
-    switch (kind) {
-        case Origin::Kind::LINE:
-            break;
-        case Origin::Kind::VERSION_RULE:
-            return "version rule";
-        case Origin::Kind::DEFAULT:
-            return "default";
-        case Origin::Kind::ABSENT:
-            return "absent";
-    }
-    return "line";
+    return endpoint == ENDPOINT_SPEAKER ? std::vector<int32_t>{DEVICE_OUT_SPEAKER}
+                                        : std::vector<int32_t>();
 }
 
-EntryOrigins::EntryOrigins(const LoadedDocument& document) : mDocument(document) {
+}  // namespace
+
+const char* nameOf(Origin::Kind kind) {
+    constexpr const char* kNames[] = {"line", "version rule", "default", "absent"};
+    return kNames[static_cast<size_t>(kind)];
+}
+
+EntryOrigins::EntryOrigins(const LoadedDocument& document)
+    : mDocument(document), mFormatVersion(document.objects().getFormatVersion()) {
     const DeviceData& objects = document.objects();
+    std::map<std::string, const Tuning*> tunings;
     for (const Tuning* const tuning : objects.getTunings()) {
-        mTunings.emplace(tuning->getName(), tuning);
+        tunings.emplace(tuning->getName(), tuning);
     }
-    const std::string speaker = document.store().getSelectedTuningDevice(PORT_INTERNAL_SPEAKER);
-    bool isSpeakerKnown = false;
+    std::map<std::string, const Tuning*> firstTunings;
     for (const DeviceTuning* const binding : objects.getDeviceTunings()) {
-        const auto tuning = mTunings.find(binding->getTuning());
-        const bool isThere = tuning != mTunings.end();
+        const auto tuning = tunings.find(binding->getTuning());
+        const bool isThere = tuning != tunings.end();
+        firstTunings.emplace(binding->getDevice(), isThere ? tuning->second : nullptr);
         if (isThere) {
             mTuningOfDevice[binding->getDevice()] = tuning->second;
         }
-        if (!isSpeakerKnown && binding->getDevice() == speaker) {
-            mSpeakerTuning = isThere ? tuning->second : nullptr;
-            isSpeakerKnown = true;
-        }
     }
+    mSpeakerTuning = firstTunings[document.store().getSelectedTuningDevice(PORT_INTERNAL_SPEAKER)];
     for (const IeqPreset* const preset : objects.getIeqPresets()) {
         mIeqPresets.emplace(preset->getPresetId(), preset);
     }
     for (const Profile* const profile : objects.getProfiles()) {
-        mProfiles.emplace(profile->getProfileId(), profile);
+        mObjects[{profile->getProfileId(), DEVICE_OUT_DEFAULT, ParameterOwner::PROFILE}].push_back(
+                profile);
     }
     for (const GeqPreset* const preset : objects.getGeqPresets()) {
-        mGeqPresets[preset->getProfileId()].push_back(preset);
+        mObjects[{preset->getProfileId(), DEVICE_OUT_DEFAULT, ParameterOwner::GEQ_PRESET}]
+                .push_back(preset);
     }
     for (const ProfileEndpoint* const endpoint : objects.getProfileEndpoints()) {
-        mProfileEndpoints[endpoint->getProfileId()].push_back(endpoint);
-    }
-}
-
-Origin EntryOrigins::speakerOrigin(Parameter param) const {
-    if (mSpeakerTuning != nullptr) {
-        const auto& values = mSpeakerTuning->getValues();
-        const auto found = values.find(param);
-        if (found != values.end() && !found->second.empty()) {
-            return {Origin::Kind::LINE, param, mDocument.trace().lineOf(*mSpeakerTuning, param)};
+        for (const int32_t device : devicesOf(endpoint->getEndpoint())) {
+            mObjects[{endpoint->getProfileId(), device, ParameterOwner::PROFILE_ENDPOINT}]
+                    .push_back(endpoint);
         }
     }
-    return {Origin::Kind::DEFAULT, param, 0};
-}
-
-void EntryOrigins::addEndpoint(const ProfileEndpoint& endpoint, Sources& sources) const {
-    const bool isSpeaker = endpoint.getEndpoint() == ENDPOINT_SPEAKER;
-    Source source(endpoint, DocumentElement::ENDPOINT_TYPE, endpoint.getEndpoint(), mDocument);
-    source.complete(speakerOrigin(VIRTUAL_BASS_MODE));
-    source.complete({Origin::Kind::DEFAULT, ORIENTATION, 0});
-    if (isSpeaker) {
-        source.complete(speakerOrigin(OUTPUT_MIX_MATRIX));
-        sources[DEVICE_OUT_SPEAKER].push_back(source);
-    } else if (endpoint.getEndpoint() == ENDPOINT_HEADPHONE) {
-        for (const AndroidDevice device : kHeadphoneDevices) {
-            sources[device].push_back(source);
-        }
-    }
-}
-
-EntryOrigins::Sources EntryOrigins::profileSources(const EffectList& list) const {
-    Sources sources;
-    if (const auto found = mProfiles.find(list.profile); found != mProfiles.end()) {
-        sources[DEVICE_OUT_DEFAULT].emplace_back(*found->second, DocumentElement::PROFILE,
-                                                 ENDPOINT_OTHER, mDocument);
-    }
-    if (const auto found = mGeqPresets.find(list.profile); found != mGeqPresets.end()) {
-        for (const GeqPreset* const preset : found->second) {
-            sources[DEVICE_OUT_DEFAULT].emplace_back(*preset, DocumentElement::PRESET,
-                                                     ENDPOINT_OTHER, mDocument);
-        }
-    }
-    if (const auto found = mProfileEndpoints.find(list.profile); found != mProfileEndpoints.end()) {
-        for (const ProfileEndpoint* const endpoint : found->second) {
-            addEndpoint(*endpoint, sources);
-        }
-    }
-    // An endpoint whose preset the document lacks goes with an earlier one's, so the list itself is
-    // asked which it was.
-    for (const Entry& entry : list.entries) {
-        if (entry.code != kivCode(IEID) || entry.values.empty()) {
-            continue;
-        }
-        const auto preset = mIeqPresets.find(entry.values.front());
-        if (preset != mIeqPresets.end()) {
-            sources[entry.device].emplace_back(*preset->second, DocumentElement::PRESET,
-                                               ENDPOINT_OTHER, mDocument);
-        }
-    }
-    return sources;
-}
-
-EntryOrigins::Sources EntryOrigins::tuningSources(const EffectList& list) const {
-    Sources sources;
-    const auto tuning = mTuningOfDevice.find(list.name);
-    if (tuning != mTuningOfDevice.end() && !list.entries.empty()) {
-        sources[list.entries.front().device].emplace_back(*tuning->second, DocumentElement::TUNING,
-                                                          tuning->second->getEndpoint(), mDocument);
-    }
-    return sources;
 }
 
 std::vector<Origins> EntryOrigins::originsOf(const EffectList& list) const {
-    const bool isProfile = list.kind == EffectList::Kind::PROFILE;
-    Sources sources = isProfile ? profileSources(list) : tuningSources(list);
-    /** The sources of a device that an entry under a code may still come from, by both. */
-    std::map<std::pair<int32_t, int32_t>, size_t> next;
+    const bool isTuning = list.kind == EffectList::Kind::TUNING;
+    // Every object of a class has an entry under each code of the class.
+    std::map<std::pair<int32_t, int32_t>, size_t> countOf;
+    // An endpoint whose preset the document lacks goes with an earlier one's, so the list itself is
+    // asked which it was.
+    std::map<int32_t, int32_t> presetOfDevice;
     std::vector<Origins> all;
     all.reserve(list.entries.size());
     for (const Entry& entry : list.entries) {
-        std::deque<Source>& candidates = sources[entry.device];
-        size_t& candidate = next[{entry.device, entry.code}];
-        const Origins* origins = nullptr;
-        while (origins == nullptr && candidate < candidates.size()) {
-            origins = candidates[candidate++].origins(entry.code);
+        const EntryLayout layout = layoutOf(entry.code);
+        const ParameterOwner owner = ownerOf(layout);
+        if (entry.code == kivCode(IEID) && !entry.values.empty()) {
+            presetOfDevice[entry.device] = entry.values.front();
         }
-        all.push_back(origins == nullptr ? Origins() : *origins);
+        const ParameterValues* object = nullptr;
+        if (isTuning) {
+            object = findIn(mTuningOfDevice, list.name);
+        } else if (owner == ParameterOwner::IEQ_PRESET) {
+            object = findIn(mIeqPresets, presetOfDevice[entry.device]);
+        } else if (const auto found = mObjects.find({list.profile, entry.device, owner});
+                   found != mObjects.end()) {
+            const size_t place = countOf[{entry.device, entry.code}]++;
+            object = place < found->second.size() ? found->second[place] : nullptr;
+        }
+        all.push_back(object == nullptr ? Origins() : originsOf(entry, layout, *object));
     }
     return all;
+}
+
+Origins EntryOrigins::originsOf(const Entry& entry, const EntryLayout& layout,
+                                const ParameterValues& object) const {
+    const bool isEndpoint = ownerOf(layout) == ParameterOwner::PROFILE_ENDPOINT;
+    Origins origins;
+    for (const Parameter param : paramsOf(entry, layout, object)) {
+        // The load completes endpoints.
+        if (isEndpoint && (param == VIRTUAL_BASS_MODE || param == OUTPUT_MIX_MATRIX)) {
+            origins.push_back(speakerOrigin(param));
+        } else if (isEndpoint && param == ORIENTATION) {
+            origins.push_back({Origin::Kind::DEFAULT, param, 0});
+        } else {
+            origins.push_back(originOf(param, object));
+        }
+    }
+    return origins;
+}
+
+Origin EntryOrigins::speakerOrigin(Parameter param) const {
+    if (mSpeakerTuning == nullptr || valuesOf(*mSpeakerTuning, param).empty()) {
+        return {Origin::Kind::DEFAULT, param, 0};
+    }
+    return {Origin::Kind::LINE, param, mDocument.trace().lineOf(*mSpeakerTuning, param)};
+}
+
+Origin EntryOrigins::originOf(Parameter param, const ParameterValues& object) const {
+    const ReadTrace& trace = mDocument.trace();
+    if (const long line = trace.lineOf(object, param); line != 0) {
+        return {Origin::Kind::LINE, param, line};
+    }
+    const std::vector<int>& values = valuesOf(object, param);
+    if (values.empty()) {
+        return {Origin::Kind::ABSENT, param, 0};
+    }
+    const VersionRule* const rule =
+            param == VIRTUAL_BASS_TYPE
+                    ? findVersionRule(mFormatVersion, VersionRuleKind::SETTINGS_UNREAD)
+                    : findVersionRule(mFormatVersion, kParameterOwners[param], param);
+    if (rule != nullptr && rule->kind != VersionRuleKind::PROFILES_VALUE &&
+        rule->value == values.front()) {
+        return {Origin::Kind::VERSION_RULE, param, 0};
+    }
+    // What neither an element nor a rule gives to an object that accepts it is in its start tag.
+    const bool isAttribute = rule == nullptr && object.getValidParams().count(param) != 0;
+    const long line = isAttribute ? trace.lineOf(&object) : 0;
+    return {line == 0 ? Origin::Kind::DEFAULT : Origin::Kind::LINE, param, line};
 }
 
 }  // namespace ormel::tools

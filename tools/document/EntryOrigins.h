@@ -1,12 +1,12 @@
 // Where the entries of packed lists come from.
 #pragma once
 
-#include <ormel/Parameter.h>
+#include <ormel/EntryLayout.h>
 
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "LoadedDocument.h"
@@ -35,12 +35,7 @@ const char* nameOf(Origin::Kind kind);
 
 using Origins = std::vector<Origin>;
 
-/**
- * Tells where the entries of a document's lists come from.
- *
- * Which parameters an entry is made from is found out from the translators: those whose change
- * changes the entry.
- */
+/** Tells where the entries of a document's lists come from. */
 class EntryOrigins {
   public:
     /** The document must outlive this. */
@@ -50,27 +45,24 @@ class EntryOrigins {
     std::vector<Origins> originsOf(const EffectList& list) const;
 
   private:
-    class Source;
-    /** What a list is made from, by the device that the entries are for, in the list's order. */
-    using Sources = std::map<int32_t, std::deque<Source>>;
+    /** A profile, the device that entries are for, and the class of what they are made from. */
+    using Key = std::tuple<int32_t, int32_t, ParameterOwner>;
 
-    Sources tuningSources(const EffectList& list) const;
-    Sources profileSources(const EffectList& list) const;
-    void addEndpoint(const ProfileEndpoint& endpoint, Sources& sources) const;
+    Origins originsOf(const Entry& entry, const EntryLayout& layout,
+                      const ParameterValues& object) const;
+    Origin originOf(Parameter param, const ParameterValues& object) const;
     Origin speakerOrigin(Parameter param) const;
 
     const LoadedDocument& mDocument;
+    const std::string mFormatVersion;
 
     // The document's objects by what refers to them; of those that can be one only, the one that
     // counts.
-    std::map<std::string, const Tuning*> mTunings;
-    std::map<std::string, const Tuning*> mTuningOfDevice;
-    std::map<int, const IeqPreset*> mIeqPresets;
-    std::map<int, const Profile*> mProfiles;
-    std::map<int, std::vector<const GeqPreset*>> mGeqPresets;
-    std::map<int, std::vector<const ProfileEndpoint*>> mProfileEndpoints;
+    std::map<std::string, const ParameterValues*> mTuningOfDevice;
+    std::map<int32_t, const ParameterValues*> mIeqPresets;
+    std::map<Key, std::vector<const ParameterValues*>> mObjects;
     /** Of the internal speaker; null when the document gives none. */
-    const Tuning* mSpeakerTuning = nullptr;
+    const ParameterValues* mSpeakerTuning = nullptr;
 };
 
 }  // namespace ormel::tools

@@ -2,6 +2,7 @@
 
 #include <ormel/KivParameter.h>
 #include <ormel/SpatializerParamParser.h>
+#include <ormel/Translator.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -13,47 +14,6 @@ namespace ormel::tools {
 namespace {
 
 constexpr char kChannels[] = "channels";
-
-/** The numbers that an entry begins with. */
-enum class Head { BANDS, BANDS_CHANNELS, CHANNELS_BANDS };
-
-/** An entry of bands, column by column. */
-struct BandLayout {
-    KivParameter param;
-    Head head;
-    std::vector<Parameter> columns;
-    /** As many of these follow as there are channels. */
-    std::vector<Parameter> channelColumns;
-};
-
-const std::vector<BandLayout>& bandLayouts() {
-    static const auto& layouts = *new std::vector<BandLayout>{
-            {IEBS, Head::BANDS, {IEQ_FREQUENCY, IEQ_TARGET}, {}},
-            {GEBS, Head::BANDS, {GEQ_FREQUENCY, GEQ_GAIN}, {}},
-            {ARBS,
-             Head::BANDS,
-             {REGULATOR_FREQUENCY, REGULATOR_THRESHOLD_LOW, REGULATOR_THRESHOLD_HIGH,
-              REGULATOR_ISOLATED_BAND},
-             {}},
-            {AOBS,
-             Head::BANDS_CHANNELS,
-             {AUDIO_OPTIMIZER_FREQUENCY},
-             {AUDIO_OPTIMIZER_GAIN_L, AUDIO_OPTIMIZER_GAIN_R, AUDIO_OPTIMIZER_GAIN_LS,
-              AUDIO_OPTIMIZER_GAIN_RS}},
-            {CEQT,
-             Head::CHANNELS_BANDS,
-             {},
-             {COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_TUNING_RIGHT,
-              COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND}},
-            {RSSA,
-             Head::CHANNELS_BANDS,
-             {},
-             {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT,
-              REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND,
-              REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND}},
-    };
-    return layouts;
-}
 
 /** Hands an entry's values out one after another. */
 class ValueReader {
@@ -88,30 +48,26 @@ size_t commonPrefix(const std::vector<Parameter>& params) {
     return first.rfind('_', length - 1) + 1;
 }
 
-std::optional<Shape> readBands(const BandLayout& layout, const std::vector<int32_t>& values) {
-    ValueReader reader(values);
-    const bool hasChannels = layout.head != Head::BANDS;
-    if (reader.left() < (hasChannels ? 2 : 1)) {
+std::optional<Shape> readBands(const EntryLayout& layout, const Entry& entry) {
+    const bool hasChannels = layout.head != EntryHead::BANDS;
+    const auto channels = channelsOf(entry, layout);
+    if (entry.values.empty() || hasChannels != channels.has_value()) {
         return std::nullopt;
     }
-    int32_t bands = reader.takeOne();
-    int32_t channels = hasChannels ? reader.takeOne() : 0;
-    if (layout.head == Head::CHANNELS_BANDS) {
-        std::swap(bands, channels);
-    }
-    std::vector<Parameter> params = layout.columns;
-    params.insert(params.end(), layout.channelColumns.begin(), layout.channelColumns.end());
+    ValueReader reader(entry.values);
+    const int32_t first = reader.takeOne();
+    const int32_t second = hasChannels ? reader.takeOne() : 0;
+    const int32_t bands = layout.head == EntryHead::CHANNELS_BANDS ? second : first;
+    std::vector<Parameter> params(layout.lists.begin(), layout.lists.end());
+    params.insert(params.end(), layout.channelLists.begin(), layout.channelLists.end());
     const size_t prefix = commonPrefix(params);
-    if (bands < 0 || channels < 0 || static_cast<size_t>(channels) > layout.channelColumns.size()) {
-        return std::nullopt;
-    }
-    params.resize(layout.columns.size() + static_cast<size_t>(channels));
-    if (reader.left() != params.size() * static_cast<size_t>(bands)) {
+    params.resize(layout.lists.size() + static_cast<size_t>(channels.value_or(0)));
+    if (bands < 0 || reader.left() != params.size() * static_cast<size_t>(bands)) {
         return std::nullopt;
     }
     Shape shape;
     if (hasChannels) {
-        shape.fields.emplace_back(kChannels, channels);
+        shape.fields.emplace_back(kChannels, *channels);
     }
     for (const Parameter param : params) {
         shape.columns.push_back(
@@ -165,18 +121,36 @@ std::vector<Entry> entriesOf(const std::vector<int32_t>& list) {
     return entries;
 }
 
+EntryLayout layoutOf(int32_t code) {
+    const auto* const begin = std::begin(kKivParameterCodes);
+    const auto* const found = std::find(begin, std::end(kKivParameterCodes), code);
+    return ParameterTranslator::sTranslatorCollection->getLayout(
+            found == std::end(kKivParameterCodes) ? VOL : KivParameter(found - begin));
+}
+
+std::optional<int32_t> channelsOf(const Entry& entry, const EntryLayout& layout) {
+    const size_t place = layout.head == EntryHead::BANDS_CHANNELS ? 1 : 0;
+    const bool hasChannels = layout.head != EntryHead::NONE && layout.head != EntryHead::BANDS;
+    if (!hasChannels || entry.values.size() <= (layout.head == EntryHead::CHANNELS ? 0 : 1)) {
+        return std::nullopt;
+    }
+    const int32_t channels = entry.values[place];
+    const auto most = static_cast<int32_t>(layout.channelLists.size());
+    return layout.head == EntryHead::CHANNELS ? std::optional<int32_t>(0)
+           : channels < 0 || channels > most  ? std::nullopt
+                                              : std::optional<int32_t>(channels);
+}
+
 std::optional<Shape> shapeOf(int32_t code, const std::vector<int32_t>& values) {
-    if (code == kivCode(DOM)) {
-        return readOutputMode(values);
+    const EntryLayout layout = layoutOf(code);
+    switch (layout.head) {
+        case EntryHead::NONE:
+            return code == kivCode(DOM) ? readOutputMode(values) : std::nullopt;
+        case EntryHead::CHANNELS:
+            return readStress(values);
+        default:
+            return readBands(layout, {0, code, values});
     }
-    if (code == kivCode(ARSA)) {
-        return readStress(values);
-    }
-    const auto& layouts = bandLayouts();
-    const auto layout = std::find_if(
-            layouts.begin(), layouts.end(),
-            [code](const BandLayout& candidate) { return kivCode(candidate.param) == code; });
-    return layout == layouts.end() ? std::nullopt : readBands(*layout, values);
 }
 
 const Shape::Column* findColumn(const Shape& shape, Parameter param) {

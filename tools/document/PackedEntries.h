@@ -1,7 +1,7 @@
 // The entries of a packed parameter list, taken apart.
 #pragma once
 
-#include <ormel/Parameter.h>
+#include <ormel/EntryLayout.h>
 
 #include <cstdint>
 #include <optional>
@@ -18,6 +18,15 @@ struct Entry {
 
 /** The entries of a list that the library made. */
 std::vector<Entry> entriesOf(const std::vector<int32_t>& list);
+
+/** How the entries under a code are made; those of an unknown one of nothing. */
+EntryLayout layoutOf(int32_t code);
+
+/**
+ * How many of its layout's lists by channel an entry has; none where it does not depend on
+ * channels, or announces channels that there are no lists of.
+ */
+std::optional<int32_t> channelsOf(const Entry& entry, const EntryLayout& layout);
 
 /** What the values of an entry are, by their places. */
 struct Shape {

@@ -7,28 +7,6 @@ namespace ormel::tools {
 
 using As = ReadElement::As;
 
-/** A node among its siblings. */
-struct ReadTrace::Position {
-    /** Number of nodes before it. */
-    size_t node;
-    /** The first element that is not before it, at @p end if there is none. */
-    size_t element;
-    size_t end;
-};
-
-ParameterOwner ownerOf(DocumentElement section) {
-    switch (section) {
-        case DocumentElement::PROFILE:
-            return ParameterOwner::PROFILE;
-        case DocumentElement::ENDPOINT_TYPE:
-            return ParameterOwner::PROFILE_ENDPOINT;
-        case DocumentElement::TUNING:
-            return ParameterOwner::TUNING;
-        default:
-            return ParameterOwner::NONE;
-    }
-}
-
 size_t ReadSection::sourceOf(Parameter param, size_t end) const {
     for (auto source = sources.rbegin(); source != sources.rend(); ++source) {
         if (source->first == param && source->second < end) {
@@ -46,13 +24,7 @@ ReadTrace::ReadTrace(const std::string& path, const std::string& text, const Xml
         throw RefusedDocument(path + ": " + mParser.getError(),
                               mLast == ReadSection::kNoElement ? 0 : mXml.line(mLast));
     }
-    const DeviceData& document = getDocument();
-    match(document.getIeqPresets(), DocumentElement::PRESET, ParameterOwner::IEQ_PRESET);
-    match(document.getGeqPresets(), DocumentElement::PRESET, ParameterOwner::GEQ_PRESET);
-    match(document.getProfiles(), DocumentElement::PROFILE, ParameterOwner::NONE);
-    match(document.getProfileEndpoints(), DocumentElement::ENDPOINT_TYPE, ParameterOwner::NONE);
-    match(document.getTunings(), DocumentElement::TUNING, ParameterOwner::NONE);
-    match(document.getDeviceTunings(), DocumentElement::DEVICE_ID, ParameterOwner::NONE);
+    findObjects();
 }
 
 /** The record of an element that is reported; null for none, and where the text is not known. */
@@ -67,44 +39,37 @@ ReadElement* ReadTrace::come(uint32_t element) {
 
 void ReadTrace::onSection(const DocumentSection& section) {
     ReadElement* const record = come(section.element);
-    const bool isData = section.kind == DocumentElement::DATA;
     if (record == nullptr) {
         return;
     }
-    if (!isData) {
+    // The data of a childless tuning is the tuning itself.
+    if (section.kind != DocumentElement::DATA) {
         record->as = As::SECTION;
         record->kind = section.kind;
     }
-    switch (section.kind) {
-        case DocumentElement::PROFILE:
-        case DocumentElement::ENDPOINT_TYPE:
-        case DocumentElement::TUNING:
-            beginSection(section);
-            [[fallthrough]];
-        case DocumentElement::AUTHORIZED_TECHNOLOGIES:
-        case DocumentElement::DATA:
-            (mXml.nodes(section.element) == 0 ? record->isStray : record->isEntered) = true;
-            break;
-        case DocumentElement::DEVICE_ID:
-            beginSection(section);
-            break;
-        default:
-            break;
+    const ParameterOwner owner = rowOf(section.kind).owner;
+    if (owner != ParameterOwner::NONE || section.kind == DocumentElement::DEVICE_ID) {
+        beginSection(section, owner);
+    }
+    if (owner != ParameterOwner::NONE || section.kind == DocumentElement::DATA ||
+        section.kind == DocumentElement::AUTHORIZED_TECHNOLOGIES) {
+        noteEntry(section.element);
     }
 }
 
-void ReadTrace::beginSection(const DocumentSection& section) {
+void ReadTrace::noteEntry(size_t element) {
+    const bool isChildless = mXml.nodes(element) == 0;
+    (isChildless ? mElements[element].isStray : mElements[element].isEntered) = true;
+}
+
+void ReadTrace::beginSection(const DocumentSection& section, ParameterOwner owner) {
     const auto index = static_cast<uint32_t>(mSections.size());
     mElements[section.element].section = index;
-    ReadSection& added =
-            mSections.emplace_back(ReadSection{section.kind, section.element, section.object});
-    if (section.kind == DocumentElement::PROFILE) {
-        mProfile = index;
-    } else if (section.kind == DocumentElement::ENDPOINT_TYPE) {
-        added.outer = mProfile;
-        if (mVirtualBass != ReadSection::kNoElement) {
-            added.sources.emplace_back(VIRTUAL_BASS_TYPE, mVirtualBass);
-        }
+    mProfile = owner == ParameterOwner::PROFILE ? index : mProfile;
+    ReadSection& added = mSections.emplace_back(
+            ReadSection{section.kind, owner, section.element, section.object, mProfile});
+    if (owner == ParameterOwner::PROFILE_ENDPOINT && mVirtualBass != ReadSection::kNoElement) {
+        added.sources.emplace_back(VIRTUAL_BASS_TYPE, mVirtualBass);
     }
 }
 
@@ -127,7 +92,7 @@ void ReadTrace::onParameter(const DocumentSection& section, ValueSetter& setter,
         return;
     }
     if (section.kind == DocumentElement::PRESET) {
-        beginSection(section);
+        beginSection(section, kParameterOwners[setter.getParam(0)]);
     } else {
         record->as = As::PARAMETER;
         record->section = mElements[section.element].section;
@@ -139,28 +104,15 @@ void ReadTrace::onParameter(const DocumentSection& section, ValueSetter& setter,
     findBands(element, ReadElement(*record));
 }
 
-bool ReadTrace::isAt(const Position& position) const {
-    return position.element < position.end && mXml.nodesBefore(position.element) == position.node;
-}
-
-/** Does as TagIterator::childrenNext() does. */
-ReadTrace::Position ReadTrace::enter(const Position& position) {
-    const size_t element = position.element;
-    if (!isAt(position)) {
-        return position;
+XmlPosition ReadTrace::enter(const XmlPosition& position) {
+    if (mXml.isOnElement(position)) {
+        noteEntry(position.element);
     }
-    const bool isChildless = mXml.nodes(element) == 0;
-    (isChildless ? mElements[element].isStray : mElements[element].isEntered) = true;
-    if (isChildless) {
-        return position;
-    }
-    const size_t child = element + 1;
-    const bool isLost = child < mXml.end(element) && mXml.nodesBefore(child) == 0;
-    return {1, isLost ? mXml.end(child) : child, mXml.end(element)};
+    return mXml.childrenNext(position);
 }
 
 /** Takes the elements from a position on for bands or rows, all of a name if there is one. */
-void ReadTrace::addBands(const Position& position, As as, const char* name,
+void ReadTrace::addBands(const XmlPosition& position, As as, const char* name,
                          const ReadElement& parameter) {
     for (size_t i = position.element; i < position.end; i = mXml.end(i)) {
         ReadElement& band = mElements[i];
@@ -181,16 +133,15 @@ void ReadTrace::addBands(const Position& position, As as, const char* name,
 
 /** Finds the bands and rows of a parameter where its setter looks for them. */
 void ReadTrace::findBands(size_t element, const ReadElement& parameter) {
-    const size_t end = element == 0 ? mXml.size() : mXml.end(mXml.parent(element));
-    const Position position = {mXml.nodesBefore(element), element, end};
+    const XmlPosition position = mXml.positionOf(element);
     const ValueSetter* const setter = parameter.setter;
     if (const auto* const preset = dynamic_cast<const PresetBandsValueSetter*>(setter)) {
         addBands(enter(enter(enter(position))), As::BAND, preset->getBandName(), parameter);
     } else if (dynamic_cast<const BandColumnsValueSetter*>(setter) != nullptr) {
         addBands(enter(position), As::BAND, nullptr, parameter);
     } else if (dynamic_cast<const MixMatrixValueSetter*>(setter) != nullptr) {
-        const Position matrix = enter(position);
-        if (isAt(matrix) && mXml.nodes(matrix.element) != 0) {
+        const XmlPosition matrix = enter(position);
+        if (mXml.isOnElement(matrix) && mXml.nodes(matrix.element) != 0) {
             addBands(enter(matrix), As::ROW, nullptr, parameter);
         }
     }
@@ -202,18 +153,21 @@ void ReadTrace::addSources(ReadSection& section, const ValueSetter& setter, size
     }
 }
 
-/** @param owner of presets, the class of the objects */
-template <typename Objects>
-void ReadTrace::match(const Objects& objects, DocumentElement kind, ParameterOwner owner) {
-    const std::vector<const void*> places(objects.begin(), objects.end());
+void ReadTrace::findObjects() {
+    const auto pointersTo = [](const auto& objects) {
+        return std::vector<const void*>(objects.begin(), objects.end());
+    };
+    const DeviceData& document = getDocument();
+    // In the order of ParameterOwner.
+    const std::vector<const void*> objects[] = {
+            pointersTo(document.getDeviceTunings()),    pointersTo(document.getIeqPresets()),
+            pointersTo(document.getGeqPresets()),       pointersTo(document.getProfiles()),
+            pointersTo(document.getProfileEndpoints()), pointersTo(document.getTunings())};
     for (size_t i = 0; i < mSections.size(); ++i) {
         ReadSection& section = mSections[i];
-        const bool isTheirs =
-                section.kind == kind &&
-                (owner == ParameterOwner::NONE ||
-                 kParameterOwners[mElements[section.element].setter->getParam(0)] == owner);
-        if (isTheirs && section.place < places.size()) {
-            section.object = places[section.place];
+        const auto& ofClass = objects[static_cast<size_t>(section.owner)];
+        if (section.place < ofClass.size()) {
+            section.object = ofClass[section.place];
             mSectionOfObject[section.object] = i;
         }
     }
@@ -240,7 +194,7 @@ size_t ReadTrace::sourceOf(const ParameterValues& object, Parameter param) const
         return ReadSection::kNoElement;
     }
     const VersionRule* const rule =
-            findVersionRule(getDocument().getFormatVersion(), ownerOf(section->kind), param);
+            findVersionRule(getDocument().getFormatVersion(), section->owner, param);
     if (rule != nullptr && rule->kind == VersionRuleKind::VALUE) {
         return ReadSection::kNoElement;
     }

@@ -55,12 +55,14 @@ struct ReadSection {
     size_t sourceOf(Parameter param, size_t end = kNoElement) const;
 
     DocumentElement kind;
+    /** The class of its object; NONE for a device. */
+    ParameterOwner owner;
     /** Number of its element. */
     uint32_t element;
     /** Place of its object among those of its class. */
     size_t place;
     /** Of an endpoint, the section that it was read in. */
-    uint32_t outer = ReadElement::kNoSection;
+    uint32_t outer;
     /** The object, DeviceTuning for a device; null where none came of it. */
     const void* object = nullptr;
     /** In the order of reading, the elements that gave parameters. */
@@ -69,19 +71,13 @@ struct ReadSection {
     size_t strays = 0;
 };
 
-/** The class of objects that parameters of a section go to; NONE for presets and others. */
-ParameterOwner ownerOf(DocumentElement section);
-
-/** What is thrown for a document that the library refuses. */
-class RefusedDocument : public std::runtime_error {
-  public:
-    RefusedDocument(const std::string& what, long line) : std::runtime_error(what), mLine(line) {}
+/** Thrown for a document that the library refuses. */
+struct RefusedDocument : std::runtime_error {
+    RefusedDocument(const std::string& what, long reached)
+        : std::runtime_error(what), line(reached) {}
 
     /** The line that the reader had come to; 0 when it had not begun. */
-    long getLine() const { return mLine; }
-
-  private:
-    long mLine;
+    long line;
 };
 
 /** The document as the library's own reader says that it reads it. */
@@ -121,8 +117,6 @@ class ReadTrace : private TuningFileObserver {
     uint32_t getStop() const { return mStop; }
 
   private:
-    struct Position;
-
     void onSection(const DocumentSection& section) override;
     void onParameter(const DocumentSection& section, ValueSetter& setter,
                      uint32_t element) override;
@@ -130,15 +124,14 @@ class ReadTrace : private TuningFileObserver {
     void onPassedOver(uint32_t element, Reason reason) override;
 
     ReadElement* come(uint32_t element);
-    void beginSection(const DocumentSection& section);
-    bool isAt(const Position& position) const;
-    Position enter(const Position& position);
+    void beginSection(const DocumentSection& section, ParameterOwner owner);
+    void noteEntry(size_t element);
+    XmlPosition enter(const XmlPosition& position);
     void findBands(size_t element, const ReadElement& parameter);
-    void addBands(const Position& position, ReadElement::As as, const char* name,
+    void addBands(const XmlPosition& position, ReadElement::As as, const char* name,
                   const ReadElement& parameter);
     static void addSources(ReadSection& section, const ValueSetter& setter, size_t element);
-    template <typename Objects>
-    void match(const Objects& objects, DocumentElement kind, ParameterOwner owner);
+    void findObjects();
     const ReadSection* sectionOf(const void* object) const;
 
     const XmlElements& mXml;

@@ -179,7 +179,7 @@ class XmlElements::Reader {
 
     /** @param attributes name, prefix, namespace, begin and end of the value, for each */
     void addAttributes(const xmlChar** attributes, int count) {
-        constexpr int kParts = 5;
+        constexpr ptrdiff_t kParts = 5;
         mEvents.assign(attributes, attributes + count * kParts);
         mExpanded.clear();
         for (auto parts = mEvents.begin(); parts != mEvents.end(); parts += kParts) {
@@ -250,6 +250,24 @@ std::optional<std::string> XmlElements::attribute(size_t element, std::string_vi
         }
     }
     return std::nullopt;
+}
+
+XmlPosition XmlElements::positionOf(size_t element) const {
+    return {nodesBefore(element), element, element == 0 ? size() : end(parent(element))};
+}
+
+bool XmlElements::isOnElement(const XmlPosition& position) const {
+    return position.element < position.end && nodesBefore(position.element) == position.node;
+}
+
+XmlPosition XmlElements::childrenNext(const XmlPosition& position) const {
+    if (!isOnElement(position) || nodes(position.element) == 0) {
+        return position;
+    }
+    const size_t child = position.element + 1;
+    const size_t childEnd = end(position.element);
+    const bool isFirstPassed = child < childEnd && nodesBefore(child) == 0;
+    return {1, isFirstPassed ? end(child) : child, childEnd};
 }
 
 }  // namespace ormel::tools

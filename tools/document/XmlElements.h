@@ -31,6 +31,15 @@ struct XmlListener {
     size_t element = 0;
 };
 
+/** A node among its siblings. */
+struct XmlPosition {
+    /** Number of nodes before it. */
+    size_t node;
+    /** The first element that is not before it, at @p end if there is none. */
+    size_t element;
+    size_t end;
+};
+
 /** The elements of a document by their numbers in document order, the root's being 0. */
 class XmlElements {
   public:
@@ -58,6 +67,11 @@ class XmlElements {
     std::vector<DocumentAttribute> attributes(size_t element) const;
     /** The text of an attribute by its local name. */
     std::optional<std::string> attribute(size_t element, std::string_view name) const;
+
+    XmlPosition positionOf(size_t element) const;
+    bool isOnElement(const XmlPosition& position) const;
+    /** Where TagIterator::childrenNext() leads from there. */
+    XmlPosition childrenNext(const XmlPosition& position) const;
 
     /** Elements, and the entities that their content refers to. */
     const std::vector<std::pair<size_t, std::string>>& getReferences() const { return mReferences; }

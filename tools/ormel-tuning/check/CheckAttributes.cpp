@@ -1,3 +1,4 @@
+#include <ormel/EntryLayout.h>
 #include <ormel/SpatializerParamArray.h>
 
 #include <algorithm>
@@ -368,7 +369,7 @@ class AttributeCheck {
     /** The surrounds' gains go out with four channels only. */
     void checkOptimizerBand(const ReadElement& record) const {
         const std::vector<std::string> names = attributeNamesOf(record.setter);
-        constexpr size_t kStereoNames = 3;
+        constexpr size_t kStereoNames = findEntryLayout(AOBS)->lists.size() + 2;
         const auto* const tuning =
                 static_cast<const Tuning*>(mContext.trace.getSections()[record.section].object);
         const auto* const channels =

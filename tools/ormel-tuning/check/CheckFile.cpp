@@ -80,8 +80,8 @@ Findings checkFile(const std::string& path, const CheckSchema& schema) {
     try {
         checkMeaning(document, ReadTrace(path, text, document.elements()), findings);
     } catch (const RefusedDocument& refused) {
-        findings.add({Rule::REFUSED, refused.getLine(),
-                      "the library gives up reading the document here"});
+        findings.add(
+                {Rule::REFUSED, refused.line, "the library gives up reading the document here"});
     }
     const ReportedPlaces reported(findings, document);
     for (const Finding& found : validation.findings()) {

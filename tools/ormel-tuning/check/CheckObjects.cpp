@@ -4,7 +4,6 @@
 #include <ormel/Translator.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <set>
 #include <string>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "CheckMeaning.h"
+#include "document/PackedEntries.h"
 
 namespace ormel::tools {
 
@@ -76,7 +76,7 @@ class ParameterCheck {
         if (before != 0) {
             addRepeated(element, before);
         }
-        if (parametersOf(ownerOf(section.kind)).count(param) == 0) {
+        if (parametersOf(section.owner).count(param) == 0) {
             mContext.add(Rule::WRONG_SECTION, element,
                          std::string("is not sent from here; it belongs into ") +
                                  placeOf(kParameterOwners[param]));
@@ -128,7 +128,7 @@ class ParameterCheck {
     }
 
     void checkOverwritten(size_t element, Parameter param, const ReadSection& section) const {
-        const VersionRule* const rule = ruleOf(ownerOf(section.kind), param);
+        const VersionRule* const rule = ruleOf(section.owner, param);
         if (rule == nullptr || section.object == nullptr) {
             return;
         }
@@ -152,28 +152,9 @@ class ParameterCheck {
     std::unordered_map<size_t, size_t> mLast;
 };
 
-/** A list per channel, sent one behind the other with the first one's length. */
-struct ChannelLists {
-    KivParameter entry;
-    const char* what;
-    Parameter enable;
-    /** Left, right, and the surrounds. */
-    std::array<Parameter, 4> lists;
-};
-
-constexpr ChannelLists kChannelLists[] = {
-        {CEQT,
-         "the complex equalizer",
-         COMPLEX_EQUALIZER_ENABLE,
-         {COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_TUNING_RIGHT,
-          COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND}},
-        {RSSA,
-         "sibilance suppression",
-         REGULATOR_SIBILANCE_SUPPRESS_ENABLE,
-         {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT,
-          REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND,
-          REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND}},
-};
+/** Entries of a list per channel, sent one behind the other with the first one's length. */
+constexpr std::pair<KivParameter, const char*> kChannelLists[] = {{CEQT, "the complex equalizer"},
+                                                                  {RSSA, "sibilance suppression"}};
 
 /** What one tuning is sent as. */
 class TuningCheck {
@@ -185,8 +166,8 @@ class TuningCheck {
         if (!isSent(AOBS) && !valuesOf(AUDIO_OPTIMIZER_FREQUENCY).empty()) {
             addNotSent("the optimizer", AUDIO_OPTIMIZER_FREQUENCY);
         }
-        for (const ChannelLists& lists : kChannelLists) {
-            checkLists(lists);
+        for (const auto& [entry, what] : kChannelLists) {
+            checkLists(*findEntryLayout(entry), what);
         }
         checkMixMatrix();
     }
@@ -198,10 +179,10 @@ class TuningCheck {
         ParameterTranslator translator;
         translator.setSource(&tuning, ENDPOINT_SPEAKER, false);
         translator.translateAll(command);
+        command.mParams[SetParamCommand::LIST_COUNT] = command.mParamCount;
         std::set<int32_t> codes;
-        const std::vector<int32_t>& words = command.mParams;
-        for (size_t at = 2; at + 2 < words.size(); at += 3 + static_cast<size_t>(words[at + 2])) {
-            codes.insert(words[at + 1]);
+        for (const Entry& entry : entriesOf(command.mParams)) {
+            codes.insert(entry.code);
         }
         return codes;
     }
@@ -227,25 +208,26 @@ class TuningCheck {
                              "\", only for 2 and 4");
     }
 
-    void checkLists(const ChannelLists& lists) const {
-        const Parameter left = lists.lists.front();
-        const bool isOn = firstOr0(valuesOf(lists.enable)) == 1;
+    void checkLists(const EntryLayout& layout, const char* what) const {
+        const ParameterList& lists = layout.channelLists;
+        const Parameter left = lists[0];
+        const bool isOn = firstOr0(valuesOf(layout.enable[0])) == 1;
         if (!isOn) {
             return;
         }
-        if (!isSent(lists.entry)) {
+        if (!isSent(layout.destination)) {
             if (!valuesOf(left).empty()) {
-                addNotSent(lists.what, left);
+                addNotSent(what, left);
             }
             return;
         }
         const auto channels = static_cast<size_t>(firstOr0(valuesOf(OUTPUT_CHANNELS)));
         const size_t length = valuesOf(left).size();
-        for (size_t i = 1; i < std::min(channels, lists.lists.size()); ++i) {
-            const size_t other = valuesOf(lists.lists[i]).size();
+        for (size_t i = 1; i < std::min(channels, lists.size()); ++i) {
+            const size_t other = valuesOf(lists[i]).size();
             if (other != length) {
-                mContext.add(Rule::UNEQUAL_COLUMNS, sourceOf(lists.lists[i]),
-                             std::string(parameterName(lists.lists[i])) + " has " +
+                mContext.add(Rule::UNEQUAL_COLUMNS, sourceOf(lists[i]),
+                             std::string(parameterName(lists[i])) + " has " +
                                      std::to_string(other) + " values and the left channel " +
                                      std::to_string(length) + ", the only length that is sent");
             }

@@ -1,0 +1,89 @@
+// What the entries of an effect parameter are made from, and how their values lie.
+#pragma once
+
+#include <ormel/KivParameter.h>
+#include <ormel/Parameter.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+
+namespace ormel {
+
+/** The numbers that stand before an entry's lists. */
+enum class EntryHead : uint8_t {
+    NONE,
+    /** The length of the first list. */
+    BANDS,
+    BANDS_CHANNELS,
+    CHANNELS_BANDS,
+    /** The list of OUTPUT_CHANNELS, which has one number. */
+    CHANNELS,
+};
+
+/** Up to five parameters. */
+class ParameterList {
+  public:
+    constexpr ParameterList(std::initializer_list<Parameter> params) {
+        for (const Parameter param : params) {
+            mParams[mCount++] = param;
+        }
+    }
+
+    constexpr Parameter operator[](size_t i) const { return mParams[i]; }
+    constexpr size_t size() const { return mCount; }
+    constexpr const Parameter* begin() const { return mParams.data(); }
+    constexpr const Parameter* end() const { return mParams.data() + mCount; }
+
+  private:
+    std::array<Parameter, 5> mParams = {};
+    size_t mCount = 0;
+};
+
+struct EntryLayout {
+    KivParameter destination;
+    EntryHead head;
+    /** While it is off, there is no entry; virtual bass sends 0 in place of its mode. */
+    ParameterList enable;
+    /**
+     * The lists, one behind the other. The output mode has the number of its endpoint behind its
+     * first one, and its last one, the mix matrix, for the speaker only.
+     */
+    ParameterList lists;
+    /** Behind them, as many of these as there are channels; of other than 2 and 4, no entry. */
+    ParameterList channelLists;
+};
+
+/** The entries that are more than one parameter's list, those of simple translators left out. */
+// clang-format off
+inline constexpr EntryLayout kEntryLayouts[] = {
+    {IEBS, EntryHead::BANDS,          {}, {IEQ_FREQUENCY, IEQ_TARGET}, {}},
+    {GEBS, EntryHead::BANDS,          {}, {GEQ_FREQUENCY, GEQ_GAIN}, {}},
+    {ARBS, EntryHead::BANDS,          {}, {REGULATOR_FREQUENCY, REGULATOR_THRESHOLD_LOW, REGULATOR_THRESHOLD_HIGH, REGULATOR_ISOLATED_BAND}, {}},
+    {AOBS, EntryHead::BANDS_CHANNELS, {}, {AUDIO_OPTIMIZER_FREQUENCY}, {AUDIO_OPTIMIZER_GAIN_L, AUDIO_OPTIMIZER_GAIN_R, AUDIO_OPTIMIZER_GAIN_LS, AUDIO_OPTIMIZER_GAIN_RS}},
+    {CEQT, EntryHead::CHANNELS_BANDS, {COMPLEX_EQUALIZER_ENABLE}, {}, {COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_TUNING_RIGHT, COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND}},
+    {RSSA, EntryHead::CHANNELS_BANDS, {REGULATOR_SIBILANCE_SUPPRESS_ENABLE}, {}, {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND}},
+    {ARSA, EntryHead::CHANNELS,       {}, {REGULATOR_STRESS_AMOUNT}, {}},
+    {VBM,  EntryHead::NONE,           {VIRTUAL_BASS_ENABLE}, {VIRTUAL_BASS_MODE}, {}},
+    {VBON, EntryHead::NONE,           {}, {VIRTUAL_BASS_TYPE}, {}},
+    {VBSF, EntryHead::NONE,           {}, {VIRTUAL_BASS_SRC_FREQ_LOW, VIRTUAL_BASS_SRC_FREQ_HIGH}, {}},
+    {VBMF, EntryHead::NONE,           {}, {VIRTUAL_BASS_MIX_FREQ_LOW, VIRTUAL_BASS_MIX_FREQ_HIGH}, {}},
+    {BMDT, EntryHead::NONE,           {BASS_MBDRC_ENABLE}, {BASS_MBDRC_TUNING}, {}},
+    {DEA,  EntryHead::NONE,           {}, {DIALOG_ENHANCER_AMOUNT}, {}},
+    {DOM,  EntryHead::NONE,           {}, {VIRTUALIZER_ENABLE, ORIENTATION, OUTPUT_MIX_MATRIX}, {}},
+    {DRCM, EntryHead::NONE,           {}, {CUSTOM_DRC_METADATA}, {}},
+};
+// clang-format on
+
+/** The layout of a destination's entries; null for one that has no row above. */
+constexpr const EntryLayout* findEntryLayout(KivParameter destination) {
+    for (const EntryLayout& layout : kEntryLayouts) {
+        if (layout.destination == destination) {
+            return &layout;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace ormel
