@@ -49,27 +49,40 @@ void replaceBy(Map& entries, Map& newer) {
 }  // namespace
 
 void SpatializerParamArray::loadSpatializerXMLFile(const std::string& path) {
+    load(path, false, path);
+}
+
+SpatializerParamArray::LoadOutcome SpatializerParamArray::loadSpatializerXMLText(
+        const std::string& text) {
+    return load(text, true, "(text)");
+}
+
+SpatializerParamArray::LoadOutcome SpatializerParamArray::load(const std::string& source,
+                                                               bool fromMemory,
+                                                               const std::string& name) {
     // Registries and libxml2's state are the process's, whichever array it loads into.
     static android::Mutex& loadLock = *new android::Mutex;
-    ALOGD("%s(%s)", __func__, path.c_str());
+    ALOGD("%s(%s)", "loadSpatializerXMLFile", name.c_str());
     const android::Mutex::Autolock lock(mLock);
     const android::Mutex::Autolock oneLoadAtATime(loadLock);
-    mLoadPath = path;
+    mLoadPath = name;
     TuningFileParser parser;
-    const bool isRead = parser.setTuningFile(path, false) == 0 && parser.getDeviceData() != nullptr;
+    const bool isRead =
+            parser.setTuningFile(source, fromMemory) == 0 && parser.getDeviceData() != nullptr;
     mLoadBudget = parser.getBudget();
     if (!isRead) {
         refuseDocument(parser.getError());
-        return;
+        return mLoadOutcome;
     }
     DocumentLoad load(*this, *parser.getDeviceData(), mLoadBudget);
     if (!load.build()) {
         refuseDocument(mLoadBudget.describe());
-        return;
+        return mLoadOutcome;
     }
     load.commit();
     mLoadOutcome = LoadOutcome::LOADED;
     mLoadError.clear();
+    return mLoadOutcome;
 }
 
 void SpatializerParamArray::refuseDocument(const std::string& reason) {

@@ -14,7 +14,7 @@ namespace ormel {
 
 using android::Mutex;
 
-SpatializerParamArray::SpatializerParamArray()
+SpatializerParamArray::SpatializerParamArray(Empty /* none */)
     : mProfileParams(nullptr),
       mProfileParamsSizes(0),
       mMixMatrixCapacity(static_cast<int32_t>(2 + kDefaultMixMatrix.size())) {
@@ -22,6 +22,9 @@ SpatializerParamArray::SpatializerParamArray()
     for (const Port port : kSupportedPorts) {
         mSelectedTuningDevices.emplace(port, std::string("default_") + kPortNames[port]);
     }
+}
+
+SpatializerParamArray::SpatializerParamArray() : SpatializerParamArray(Empty()) {
     loadSpatializerXMLFile(kDefaultTuningFile);
 }
 

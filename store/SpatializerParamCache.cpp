@@ -4,6 +4,7 @@
 #include <ormel/SpatializerParamArray.h>
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/SpatializerParamParser.h>
+#include <ormel/StoreFront.h>
 
 #include "PackedListReader.h"
 
@@ -29,16 +30,12 @@ constexpr size_t kGeqGainsAt = 1 + kGeqBands;
 constexpr size_t kGeqValues = kGeqGainsAt + kGeqBands;
 using GeqValues = std::array<int32_t, kGeqValues>;
 
-SpatializerParamArray& array() {
-    return SpatializerParamArray::getInstance();
+bool isSurroundOutput(SpatializerParamArray& store) {
+    return store.getOutputChannelCount() > 2;
 }
 
-bool isSurroundOutput() {
-    return array().getOutputChannelCount() > 2;
-}
-
-bool hasDeviceTunings() {
-    return array().getTuningCount() > 0;
+bool hasDeviceTunings(SpatializerParamArray& store) {
+    return store.getTuningCount() > 0;
 }
 
 /** What decides which entries of a profile reach the effect, and how. */
@@ -103,8 +100,8 @@ class EffectCalls {
 };
 
 /** Room for the speaker's output mode as the effect has it now. */
-std::vector<int32_t> outputModeBuffer() {
-    return std::vector<int32_t>(static_cast<size_t>(array().getMixMatrixCapacity()) + 1);
+std::vector<int32_t> outputModeBuffer(SpatializerParamArray& store) {
+    return std::vector<int32_t>(static_cast<size_t>(store.getMixMatrixCapacity()) + 1);
 }
 
 template <typename Parser>
@@ -156,20 +153,22 @@ class ListWalk {
 };
 
 /** Pushes the graphic equalizer's bands with the current profile's gains. */
-void pushGeqEntry(const EffectParamParser& entry, EffectCalls& effect) {
+void pushGeqEntry(SpatializerParamArray& store, const EffectParamParser& entry,
+                  EffectCalls& effect) {
     if (entry.mValueCount != static_cast<int32_t>(kGeqValues)) {
         return;
     }
     GeqValues values{};
     std::copy_n(entry.mValues, kGeqGainsAt, values.begin());
-    array().copyProfileGeqGains(array().getCurrentProfile(), &values[kGeqGainsAt], kGeqBands);
+    store.copyProfileGeqGains(store.getCurrentProfile(), &values[kGeqGainsAt], kGeqBands);
     effect.set(entry.mDeviceId, entry.mParamCode, values.data(), entry.mValueCount);
 }
 
 /** Pushes the speaker's output mode with the mix matrix of the selected tuning device. */
-void pushOutputMode(const EffectParamParser& entry, EffectCalls& effect) {
-    const std::string device = array().getSelectedTuningDevice(PORT_INTERNAL_SPEAKER);
-    const std::vector<int32_t>& matrix = array().getXMLTuningMixMatrix(device);
+void pushOutputMode(SpatializerParamArray& store, const EffectParamParser& entry,
+                    EffectCalls& effect) {
+    const std::string device = store.getSelectedTuningDevice(PORT_INTERNAL_SPEAKER);
+    const std::vector<int32_t>& matrix = store.getXMLTuningMixMatrix(device);
     if (matrix.empty()) {
         effect.set(entry);
         return;
@@ -182,8 +181,8 @@ void pushOutputMode(const EffectParamParser& entry, EffectCalls& effect) {
     effect.set(entry.mDeviceId, entry.mParamCode, values.data(), entry.mValueCount);
 }
 
-void pushProfileEntry(const EffectParamParser& entry, EffectCalls& effect,
-                      const ProfileRules& rules) {
+void pushProfileEntry(SpatializerParamArray& store, const EffectParamParser& entry,
+                      EffectCalls& effect, const ProfileRules& rules) {
     if (entry.mParamCode == kCodeVbon) {
         if (rules.hasTunings) {
             effect.set(entry);
@@ -191,11 +190,11 @@ void pushProfileEntry(const EffectParamParser& entry, EffectCalls& effect,
         return;
     }
     if (entry.mParamCode == kCodeGebs) {
-        pushGeqEntry(entry, effect);
+        pushGeqEntry(store, entry, effect);
         return;
     }
     if (rules.replacesMixMatrix && isSpeakerOutputMode(entry)) {
-        pushOutputMode(entry, effect);
+        pushOutputMode(store, entry, effect);
         return;
     }
     if (!rules.isOrmelContent ||
@@ -206,8 +205,8 @@ void pushProfileEntry(const EffectParamParser& entry, EffectCalls& effect,
 }
 
 /** Switches the effect's own output mode on, if it is readable and off. */
-void enableOutputMode(EffectCalls& effect) {
-    std::vector<int32_t> values = outputModeBuffer();
+void enableOutputMode(SpatializerParamArray& store, EffectCalls& effect) {
+    std::vector<int32_t> values = outputModeBuffer(store);
     const auto count = effect.get(DEVICE_OUT_SPEAKER, kCodeDom, values);
     if (count.has_value() && values.front() == 0) {
         values.front() = 1;
@@ -216,12 +215,12 @@ void enableOutputMode(EffectCalls& effect) {
 }
 
 /** Gives the effect's own output mode another mix matrix. */
-void updateMixMatrix(const std::string& device, EffectCalls& effect) {
-    std::vector<int32_t> values = outputModeBuffer();
+void updateMixMatrix(SpatializerParamArray& store, const std::string& device, EffectCalls& effect) {
+    std::vector<int32_t> values = outputModeBuffer(store);
     if (!effect.get(DEVICE_OUT_SPEAKER, kCodeDom, values).has_value()) {
         return;
     }
-    const std::vector<int32_t>& matrix = array().getXMLTuningMixMatrix(device);
+    const std::vector<int32_t>& matrix = store.getXMLTuningMixMatrix(device);
     if (matrix.empty()) {
         return;
     }
@@ -233,25 +232,27 @@ void updateMixMatrix(const std::string& device, EffectCalls& effect) {
 }
 
 /** Pushes a profile's list of the document, and commits. */
-int32_t applyProfile(ListWalk& list, EffectCalls& effect, bool isOrmelContent) {
-    const bool hasTunings = hasDeviceTunings();
-    const ProfileRules rules = {hasTunings, hasTunings && isSurroundOutput(), isOrmelContent};
+int32_t applyProfile(SpatializerParamArray& store, ListWalk& list, EffectCalls& effect,
+                     bool isOrmelContent) {
+    const bool hasTunings = hasDeviceTunings(store);
+    const ProfileRules rules = {hasTunings, hasTunings && isSurroundOutput(store), isOrmelContent};
     list.begin();
     while (!effect.haveFailed() && list.next()) {
-        pushProfileEntry(list.entry(), effect, rules);
+        pushProfileEntry(store, list.entry(), effect, rules);
     }
     return effect.commit();
 }
 
 /** Pushes a profile's built-in list, and commits; does nothing once a call has failed. */
-void applyBuiltIn(OrmSpatializerProfileId profile, EffectCalls& effect) {
+void applyBuiltIn(SpatializerParamArray& store, OrmSpatializerProfileId profile,
+                  EffectCalls& effect) {
     if (effect.haveFailed()) {
         return;
     }
     constexpr char kOperation[] = "setOrmelContentProfile";
-    std::vector<int32_t> list(array().getProfileParamsSize(profile) / sizeof(int32_t));
-    const bool keepsOutputMode = isSurroundOutput() && hasDeviceTunings();
-    array().getProfileParams(profile, list.data());
+    std::vector<int32_t> list(store.getProfileParamsSize(profile) / sizeof(int32_t));
+    const bool keepsOutputMode = isSurroundOutput(store) && hasDeviceTunings(store);
+    store.getProfileParams(profile, list.data());
     auto parser = readerOf<SpatializerParamParser>(list);
     if (!parser.validate()) {
         ALOGE("%s() Invalid data for profile parameter values.", kOperation);
@@ -261,7 +262,7 @@ void applyBuiltIn(OrmSpatializerProfileId profile, EffectCalls& effect) {
     while (!effect.haveFailed() && parser.next()) {
         if (keepsOutputMode && isSpeakerOutputMode(parser)) {
             ALOGD("%s(): Hardcoded dom parameter values skipped", kOperation);
-            enableOutputMode(effect);
+            enableOutputMode(store, effect);
         } else {
             effect.set(parser);
         }
@@ -270,12 +271,12 @@ void applyBuiltIn(OrmSpatializerProfileId profile, EffectCalls& effect) {
 }
 
 /** Pushes a tuning device's list, and commits. */
-int32_t applyTuning(const std::string& device, EffectCalls& effect) {
+int32_t applyTuning(SpatializerParamArray& store, const std::string& device, EffectCalls& effect) {
     ALOGD("%s(%s)", "loadTuningDevice", device.c_str());
-    if (!array().isXMLTuningValid(device)) {
+    if (!store.isXMLTuningValid(device)) {
         return -EINVAL;
     }
-    ListWalk list(array().getXMLTuningParams(device));
+    ListWalk list(store.getXMLTuningParams(device));
     if (!list.validate()) {
         return -EINVAL;
     }
@@ -288,74 +289,72 @@ int32_t applyTuning(const std::string& device, EffectCalls& effect) {
 
 }  // namespace
 
-int32_t SpatializerParamCache::setProfile(OrmSpatializerProfileId profile, IEffectOrm* effect,
-                                          bool isOrmelContent) {
+int32_t StoreFront::setProfile(OrmSpatializerProfileId profile, IEffectOrm* effect,
+                               bool isOrmelContent) {
     ALOGD("%s(profile=%d, isOrmelContent=%d)", __func__, profile, isOrmelContent);
-    array().setCurrentProfile(profile);
+    mStore.setCurrentProfile(profile);
     EffectCalls calls(effect);
     int32_t result = 0;
-    if (array().isXMLProfileValid(profile)) {
-        ListWalk list(array().getXMLProfileParams(profile));
+    if (mStore.isXMLProfileValid(profile)) {
+        ListWalk list(mStore.getXMLProfileParams(profile));
         if (!list.validate()) {
             ALOGE("%s() Invalid data for setting parameter values.", __func__);
             return -EINVAL;
         }
-        result = applyProfile(list, calls, isOrmelContent);
+        result = applyProfile(mStore, list, calls, isOrmelContent);
     }
     if (isOrmelContent) {
-        applyBuiltIn(ORM_SPATIALIZER_PROFILE_COMMON, calls);
-        applyBuiltIn(profile, calls);
+        applyBuiltIn(mStore, ORM_SPATIALIZER_PROFILE_COMMON, calls);
+        applyBuiltIn(mStore, profile, calls);
     }
     return calls.haveFailed() ? -EINVAL : result;
 }
 
-void SpatializerParamCache::setOrmelContentProfile(OrmSpatializerProfileId profile,
-                                                   IEffectOrm* effect) {
+void StoreFront::setOrmelContentProfile(OrmSpatializerProfileId profile, IEffectOrm* effect) {
     EffectCalls calls(effect);
-    applyBuiltIn(profile, calls);
+    applyBuiltIn(mStore, profile, calls);
 }
 
-int32_t SpatializerParamCache::loadTuning(IEffectOrm* effect) {
+int32_t StoreFront::loadTuning(IEffectOrm* effect) {
     ALOGD("%s", __func__);
     EffectCalls calls(effect);
     int32_t result = 0;
     for (const Port port : kSupportedPorts) {
         if (!calls.haveFailed()) {
-            result = applyTuning(array().getSelectedTuningDevice(port), calls);
+            result = applyTuning(mStore, mStore.getSelectedTuningDevice(port), calls);
         }
     }
     return result;
 }
 
-int32_t SpatializerParamCache::loadTuningDevice(const std::string& device, IEffectOrm* effect) {
+int32_t StoreFront::loadTuningDevice(const std::string& device, IEffectOrm* effect) {
     EffectCalls calls(effect);
-    return applyTuning(device, calls);
+    return applyTuning(mStore, device, calls);
 }
 
-int32_t SpatializerParamCache::setSelectedTuningDevice(int port, const std::string& device,
-                                                       IEffectOrm* effect) {
+int32_t StoreFront::setSelectedTuningDevice(int port, const std::string& device,
+                                            IEffectOrm* effect) {
     const char* const name = portName(port);
     if (name == nullptr) {
         return -EINVAL;
     }
     ALOGD("%s(port=%s, device=%s)", __func__, name, device.c_str());
-    if (array().getSelectedTuningDevice(port) == device) {
+    if (mStore.getSelectedTuningDevice(port) == device) {
         return 0;
     }
-    if (const int status = array().setSelectedTuningDevice(port, device); status != 0) {
+    if (const int status = mStore.setSelectedTuningDevice(port, device); status != 0) {
         return status;
     }
     EffectCalls calls(effect);
-    if (port == PORT_INTERNAL_SPEAKER && isSurroundOutput()) {
-        updateMixMatrix(device, calls);
+    if (port == PORT_INTERNAL_SPEAKER && isSurroundOutput(mStore)) {
+        updateMixMatrix(mStore, device, calls);
     }
-    return calls.haveFailed() ? -EINVAL : applyTuning(device, calls);
+    return calls.haveFailed() ? -EINVAL : applyTuning(mStore, device, calls);
 }
 
-int32_t SpatializerParamCache::setProfileGeqGains(const std::vector<int32_t>& gains,
-                                                  IEffectOrm* effect) {
-    const OrmSpatializerProfileId profile = array().getCurrentProfile();
-    array().setProfileGeqGains(profile, gains);
+int32_t StoreFront::setProfileGeqGains(const std::vector<int32_t>& gains, IEffectOrm* effect) {
+    const OrmSpatializerProfileId profile = mStore.getCurrentProfile();
+    mStore.setProfileGeqGains(profile, gains);
     EffectCalls calls(effect);
     GeqValues values{};
     const auto count = calls.get(DEVICE_OUT_DEFAULT, kCodeGebs, values);
@@ -371,13 +370,58 @@ int32_t SpatializerParamCache::setProfileGeqGains(const std::vector<int32_t>& ga
     return calls.commit();
 }
 
+std::vector<int32_t>& StoreFront::getProfileGeqGains() {
+    const OrmSpatializerProfileId profile = mStore.getCurrentProfile();
+    return mStore.getProfileGeqGains(profile);
+}
+
+bool StoreFront::isTuningAvailable() {
+    return hasDeviceTunings(mStore);
+}
+
+namespace {
+
+/** The front of the process. */
+StoreFront front() {
+    return StoreFront(SpatializerParamArray::getInstance());
+}
+
+}  // namespace
+
+int32_t SpatializerParamCache::setProfile(OrmSpatializerProfileId profile, IEffectOrm* effect,
+                                          bool isOrmelContent) {
+    return front().setProfile(profile, effect, isOrmelContent);
+}
+
+void SpatializerParamCache::setOrmelContentProfile(OrmSpatializerProfileId profile,
+                                                   IEffectOrm* effect) {
+    front().setOrmelContentProfile(profile, effect);
+}
+
+int32_t SpatializerParamCache::loadTuning(IEffectOrm* effect) {
+    return front().loadTuning(effect);
+}
+
+int32_t SpatializerParamCache::loadTuningDevice(const std::string& device, IEffectOrm* effect) {
+    return front().loadTuningDevice(device, effect);
+}
+
+int32_t SpatializerParamCache::setSelectedTuningDevice(int port, const std::string& device,
+                                                       IEffectOrm* effect) {
+    return front().setSelectedTuningDevice(port, device, effect);
+}
+
+int32_t SpatializerParamCache::setProfileGeqGains(const std::vector<int32_t>& gains,
+                                                  IEffectOrm* effect) {
+    return front().setProfileGeqGains(gains, effect);
+}
+
 std::vector<int32_t>& SpatializerParamCache::getProfileGeqGains() {
-    const OrmSpatializerProfileId profile = array().getCurrentProfile();
-    return array().getProfileGeqGains(profile);
+    return front().getProfileGeqGains();
 }
 
 bool SpatializerParamCache::isTuningAvailable() {
-    return hasDeviceTunings();
+    return front().isTuningAvailable();
 }
 
 bool SpatializerParamCache::isValidPort(int port) {

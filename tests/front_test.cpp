@@ -1,6 +1,7 @@
 // The operations that effects call.
 #include <kivparamstorage/KivParamStore.h>
 #include <ormel/SpatializerParamCache.h>
+#include <ormel/StoreFront.h>
 
 #include <functional>
 #include <numeric>
@@ -370,6 +371,18 @@ TEST_F(FrontTest, StoresGainsAndPushesThemToAnEffectOfTwentyBands) {
         EXPECT_EQ(mArray.getProfileGeqGains(2), gains);
         EXPECT_EQ(front.getProfileGeqGains(), gains);
     }
+}
+
+TEST_F(FrontTest, WorksOnAStoreOfOnesOwn) {
+    SpatializerParamArray store{SpatializerParamArray::Empty()};
+    store.getXMLTuningParams("d") = pack({set(2, "vmb", {3})});
+    StoreFront own(store);
+    EXPECT_EQ(own.loadTuningDevice("d", &effect), 1);
+    EXPECT_EQ(own.setProfile(ORM_SPATIALIZER_PROFILE_CUSTOM, &effect, false), 0);
+    EXPECT_EQ(calls(), "2:vmb 3\nall:commit\n");
+    EXPECT_EQ(store.getCurrentProfile(), ORM_SPATIALIZER_PROFILE_CUSTOM);
+    EXPECT_EQ(mArray.getCurrentProfile(), ORM_SPATIALIZER_PROFILE_MOVIE);
+    EXPECT_FALSE(mArray.isXMLTuningValid("d"));
 }
 
 }  // namespace

@@ -341,6 +341,29 @@ TEST_F(LoadTest, ChangesNothingWhenItFails) {
     }
 }
 
+TEST_F(LoadTest, TextsLoadIntoStoresOfOnesOwn) {
+    using Outcome = SpatializerParamArray::LoadOutcome;
+    SpatializerParamArray store{SpatializerParamArray::Empty()};
+    EXPECT_TRUE(log.take().empty());
+    EXPECT_EQ(store.getLoadOutcome(), Outcome::NOT_READ);
+    std::string endless;
+    for (int i = 0; i < 1100; ++i) {
+        endless += "<tuning/>";
+    }
+    const std::pair<std::string, Outcome> texts[] = {
+            {document("<profile id='7'> </profile>"), Outcome::LOADED},
+            {"<d>", Outcome::NOT_READ},
+            {"", Outcome::NOT_READ},
+            {document(endless), Outcome::OVER_BOUND}};
+    for (const auto& [text, outcome] : texts) {
+        EXPECT_EQ(store.loadSpatializerXMLText(text), outcome) << text.substr(0, 50);
+        EXPECT_EQ(store.getLoadOutcome(), outcome);
+        EXPECT_EQ(store.getLoadError().empty(), outcome == Outcome::LOADED);
+        EXPECT_TRUE(store.isXMLProfileValid(7));
+    }
+    EXPECT_FALSE(mArray.isXMLProfileValid(7));
+}
+
 TEST_F(LoadTest, MakesTheSameListsWhateverTheHeapLooksLike) {
     const std::string path = ORMEL_EXAMPLES "/phone-multi-tuning.xml";
     mArray.loadSpatializerXMLFile(path);

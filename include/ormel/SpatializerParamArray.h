@@ -75,10 +75,14 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     static constexpr char kDefaultTuningFile[] = "/vendor/etc/ormel/qsx-default-spatializer.xml";
 
     /**
-     * Loads the document at kDefaultTuningFile, if there is one. Front operations use
-     * getInstance(); an instance of one's own serves to look at a document without applying it.
+     * Loads the document at kDefaultTuningFile, if there is one. SpatializerParamCache uses
+     * getInstance(); an instance of one's own serves a StoreFront, or to look at a document.
      */
     SpatializerParamArray();
+
+    /** A store of one's own without a document. */
+    struct Empty {};
+    explicit SpatializerParamArray(Empty /* none */);
     SpatializerParamArray(const SpatializerParamArray&) = delete;
     SpatializerParamArray& operator=(const SpatializerParamArray&) = delete;
     ~SpatializerParamArray();
@@ -168,6 +172,9 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /** What became of a document. */
     enum class LoadOutcome : int32_t { LOADED, NOT_READ, OVER_BOUND };
 
+    /** The same with a document's text. */
+    LoadOutcome loadSpatializerXMLText(const std::string& text);
+
     /** What became of the document that was loaded last. */
     LoadOutcome getLoadOutcome();
 
@@ -227,6 +234,8 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     };
     using ListsByDevice = std::map<std::string, StoredList>;
 
+    /** @param name what dumps call the document */
+    LoadOutcome load(const std::string& source, bool fromMemory, const std::string& name);
     void refuseDocument(const std::string& reason);
     void registerBuiltInLists();
     /** The names of a port's tuning devices in ascending order. */

@@ -2,23 +2,18 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <string_view>
 
 namespace ormel::tools {
 
 namespace {
-
-constexpr std::string_view kLoadError = "Spatializer Tuning XML parses error!";
 
 /** By priority. */
 constexpr const char* kLevels[] = {"unknown", "default", "verbose", "debug",
                                    "info",    "warning", "error",   "fatal"};
 
 int32_t sLowestPriority = ANDROID_LOG_SILENT;
-bool sLoadFailed = false;
 
 void logMessage(const __android_logger_data* data, const char* message) {
-    sLoadFailed = sLoadFailed || message == kLoadError;
     if (data->priority >= sLowestPriority) {
         const char* const level =
                 kLevels[std::clamp<int32_t>(data->priority, 0, ANDROID_LOG_FATAL)];
@@ -32,13 +27,8 @@ void logMessage(const __android_logger_data* data, const char* message) {
 
 void setLibraryLog(android_LogPriority lowest) {
     sLowestPriority = lowest;
-    sLoadFailed = false;
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
     __android_log_set_logger(logMessage);
-}
-
-bool hasLoadFailed() {
-    return sLoadFailed;
 }
 
 }  // namespace ormel::tools

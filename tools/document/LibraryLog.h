@@ -11,10 +11,4 @@ namespace ormel::tools {
  */
 void setLibraryLog(android_LogPriority lowest);
 
-/**
- * Whether the library has said since setLibraryLog() that a document could not be loaded. It tells
- * in no other way.
- */
-bool hasLoadFailed();
-
 }  // namespace ormel::tools

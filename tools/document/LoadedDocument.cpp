@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "LibraryLog.h"
 #include "ReadTrace.h"
 #include "Store.h"
 #include "text/Names.h"
@@ -37,8 +38,9 @@ std::vector<EffectList> builtInLists(SpatializerParamArray& store) {
 }
 
 LoadedDocument::LoadedDocument(std::string file) : mFile(std::move(file)) {
+    setLibraryLog(ANDROID_LOG_SILENT);
     requireReadable(mFile);
-    mStore = makeStore();
+    mStore = std::make_unique<SpatializerParamArray>(SpatializerParamArray::Empty());
     const std::string text = readDocument(mFile);
     const XmlErrorScope errors;
     mElements = std::make_unique<XmlElements>(text);

@@ -4,19 +4,15 @@
 #include <android/log.h>
 #include <ormel/SpatializerParamArray.h>
 
-#include <memory>
 #include <string>
 
 namespace ormel::tools {
 
-// Making a store loads the device's own document, if there is one. It would mix with the one that
-// is looked at, so std::runtime_error is thrown then.
-
-/** The process's store, which the front works on, as if nobody had used it yet. */
+/**
+ * The process's store, which SpatializerParamCache works on. Throws std::runtime_error on a device
+ * that has a document of its own, which would mix with the one that is looked at.
+ */
 SpatializerParamArray& processStore();
-
-/** A store of one's own. */
-std::unique_ptr<SpatializerParamArray> makeStore();
 
 /** Throws std::runtime_error for a file that cannot be opened for reading. */
 void requireReadable(const std::string& file);

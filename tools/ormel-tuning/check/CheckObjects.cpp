@@ -255,10 +255,7 @@ class TuningCheck {
 const std::map<Port, std::string>& defaultDevices() {
     static const auto& devices = *[] {
         auto* const names = new std::map<Port, std::string>;
-        // A store reads the device's own document first, and libxml2 says that there is none.
-        xmlSetStructuredErrorFunc(nullptr, [](void*, XmlError*) {});
-        SpatializerParamArray store;
-        xmlSetStructuredErrorFunc(nullptr, nullptr);
+        SpatializerParamArray store{SpatializerParamArray::Empty()};
         for (const Port port : kSupportedPorts) {
             names->emplace(port, store.getSelectedTuningDevice(port));
         }

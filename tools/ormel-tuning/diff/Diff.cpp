@@ -1,4 +1,4 @@
-#include <ormel/SpatializerParamCache.h>
+#include <ormel/StoreFront.h>
 
 #include <algorithm>
 #include <iomanip>
@@ -14,7 +14,6 @@
 #include "document/DocumentObjects.h"
 #include "document/LoadedDocument.h"
 #include "document/RecordingEffect.h"
-#include "document/Store.h"
 #include "text/Json.h"
 #include "text/Names.h"
 #include "text/Text.h"
@@ -104,17 +103,16 @@ Groups objectGroups(const LoadedDocument& document) {
 
 /** What an effect keeps of each profile and each tuning device, as the front applies them. */
 Groups effectGroups(const LoadedDocument& document) {
-    load(document.file(), processStore(), ANDROID_LOG_SILENT);
-    SpatializerParamCache cache;
+    StoreFront front(document.store());
     Groups groups;
     for (const EffectList& list : document.lists()) {
         RecordingEffect effect;
         if (list.kind == EffectList::Kind::PROFILE) {
-            cache.setProfile(list.profile, &effect, false);
+            front.setProfile(list.profile, &effect, false);
             // Its name is none of the effect's business.
             groups.emplace("profile " + std::to_string(list.profile), itemsOf(effect));
         } else {
-            cache.loadTuningDevice(list.name, &effect);
+            front.loadTuningDevice(list.name, &effect);
             groups.emplace(titleOf(list), itemsOf(effect));
         }
     }

@@ -12,7 +12,6 @@
 #include "document/DocumentObjects.h"
 #include "document/EntryOrigins.h"
 #include "document/LoadedDocument.h"
-#include "document/Store.h"
 #include "text/Json.h"
 #include "text/Names.h"
 #include "text/Text.h"
@@ -165,7 +164,8 @@ void show(const ShowOptions& options, std::ostream& out) {
     } else {
         shown.erase("file");
     }
-    for (const EffectList& list : builtInLists(*makeStore())) {
+    SpatializerParamArray store{SpatializerParamArray::Empty()};
+    for (const EffectList& list : builtInLists(store)) {
         if (selection.has(list)) {
             shown["lists"].push_back(shownList(list, {}, selection));
         }
