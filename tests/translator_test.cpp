@@ -323,7 +323,7 @@ TEST(ParameterTranslator, TranslatesAllParametersOfTheSourcesClass) {
 Values lay(const EntryLayout& layout, const ValueMap& values) {
     Values laid;
     for (const ParameterList* const lists : {&layout.lists, &layout.channelLists}) {
-        for (const Parameter param : *lists) {
+        for (const Parameter param : lists->toVector()) {
             laid.push_back(values.at(param).front());
         }
     }

@@ -284,7 +284,8 @@ class DeclarationGuard {
         xmlSAX2AttributeDecl(parser, element, name, type, kind, text, values);
         if (text != nullptr) {
             DeclarationGuard& guard = of(parser);
-            guard.pay(parser, ++guard.mDefaults[xmlDictLookup(parser->dict, element, -1)], 0);
+            guard.pay(parser, static_cast<size_t>(++guard.mDefaults[std::string(toText(element))]),
+                      0);
         }
     }
 
@@ -297,7 +298,7 @@ class DeclarationGuard {
         // Ending the parser frees the attributes' texts.
         DeclarationGuard& guard = of(parser);
         guard.mBudget.chargeAttributes(static_cast<size_t>(attributeCount));
-        if (const size_t count = guard.countDefaults(parser->dict, name, prefix); count > 0) {
+        if (const size_t count = guard.countDefaults(toText(name), toText(prefix)); count > 0) {
             const size_t others =
                     static_cast<size_t>(namespaceCount) + static_cast<size_t>(attributeCount);
             guard.pay(parser, count * (count + others), 0);
@@ -333,17 +334,19 @@ class DeclarationGuard {
     }
 
     /** Default attributes that were declared for an element. */
-    size_t countDefaults(xmlDict* names, const xmlChar* name, const xmlChar* prefix) const {
+    size_t countDefaults(std::string_view name, std::string_view prefix) const {
         if (mDefaults.empty()) {
             return 0;
         }
-        const auto found = mDefaults.find(xmlDictQLookup(names, prefix, name));
-        return found == mDefaults.end() ? 0 : found->second;
+        std::string qualified(prefix);
+        qualified.append(prefix.empty() ? "" : ":").append(name);
+        const auto found = mDefaults.find(qualified);
+        return found == mDefaults.end() ? 0 : static_cast<size_t>(found->second);
     }
 
     DocumentBudget& mBudget;
-    /** By the element's name, prefix included, as it stands in the parser's dictionary. */
-    std::map<const xmlChar*, size_t> mDefaults;
+    /** By the element's name, prefix included. */
+    std::map<std::string, int> mDefaults;
 };
 
 /** Copies libxml2's tree, references to entities in attributes expanded. */

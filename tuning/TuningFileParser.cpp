@@ -28,6 +28,13 @@ enum Setting : size_t {
     GAME_SYSTEM_GAIN
 };
 
+/** What a profile says for its endpoints. */
+struct ProfileIeq {
+    int presetId = 0;
+    int enable = 0;
+    int amount = 0;
+};
+
 /** Has nothing to initialise, so that it serves other files' static initialisation. */
 SetterCollection setterCollection;
 
@@ -52,6 +59,12 @@ const Names& attributesOf(DocumentElement element) {
     return (*all)[static_cast<size_t>(element)];
 }
 
+/** The setter of an element name; null for any other name. */
+ValueSetter* findSetter(std::string_view name) {
+    // Every other node of an indented document, and no parameter's name.
+    return name == "text" ? nullptr : setterCollection.getValueSetter(name);
+}
+
 Endpoint profileEndpointFromId(const std::string& id) {
     if (id == kEndpointNames[ENDPOINT_HEADPHONE]) {
         return ENDPOINT_HEADPHONE;
@@ -68,6 +81,65 @@ Endpoint tuningEndpointFromType(const std::string& type) {
 
 }  // namespace
 
+// Nobody else calls it, so that the library need not export its names.
+class [[gnu::visibility("hidden")]] TuningFileParser::Reader {
+  public:
+    explicit Reader(TuningFileParser & parser)
+        : mParser(parser),
+          mIterator(parser.mIterator),
+          mBudget(parser.mBudget),
+          mHeader(parser.mHeader),
+          mObjects(parser.mDocuments.back()),
+          mObserver(parser.mObserver) {}
+
+    /** Reads the document that the parser's iterator has loaded. */
+    void read();
+
+  private:
+    std::string parseVersion(DocumentElement element);
+    void parseAuthorizedTechnologies();
+    void parseGlobalSetting();
+    void parsePreset();
+    void parseProfile();
+    int parseProfileInclude();
+    void parseProfileEndpoint(int profileId, const ProfileIeq& ieq);
+    int parseEndpointInclude();
+    void completeProfileEndpoint(ProfileEndpoint & endpoint, const ProfileIeq& ieq);
+    void parseTuning();
+    void parseDeviceTunings(const std::string& tuningName);
+    void parseDeviceTuning(const std::string& tuningName);
+
+    void readProfileParameter(const DocumentSection& section, ValueSetter& setter, Profile& profile,
+                              ProfileIeq& ieq);
+    void readParameter(const DocumentSection& section, ValueSetter& setter,
+                       ParameterValues& values);
+    void readParameterIfKnown(const DocumentSection& section, ParameterValues& values);
+    void setParameter(Parameter param, int value, ParameterValues& values);
+    std::vector<std::string> readAttributes(DocumentElement element);
+    std::string readAttribute(const std::vector<std::string>& name);
+    bool isOn(DocumentElement element);
+
+    const VersionRule* findRule(VersionRuleKind kind) const;
+    bool presetsAreNamed() const;
+    /** Gives an object what the format version lays down for its class. */
+    void applyVersionRules(ParameterOwner owner, ParameterValues & object, const ProfileIeq& ieq);
+
+    // What the observer is told, if there is one.
+    uint32_t elementNumber() const;
+    DocumentSection beginSection(DocumentElement kind, size_t object = 0);
+    void enter(DocumentSection & section);
+    void observeParameter(const DocumentSection& section, ValueSetter& setter);
+    void passOver(const DocumentSection& section);
+    void observeStop(const DocumentSection& section);
+
+    TuningFileParser& mParser;
+    TagIterator& mIterator;
+    DocumentBudget& mBudget;
+    Header& mHeader;
+    Objects& mObjects;
+    TuningFileObserver* const mObserver;
+};
+
 SetterCollection* const TuningFileParser::sSetterCollection = &setterCollection;
 
 TuningFileParser::TuningFileParser() : mIterator(mBudget) {}
@@ -80,7 +152,7 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     }
     const Header headerBefore = mHeader;
     mDocuments.emplace_back();
-    parseTuningFile();
+    Reader(*this).read();
     mIterator.clearAll();
     mError = mBudget.describe();
     if (mBudget.isSpent()) {
@@ -93,15 +165,53 @@ int TuningFileParser::setTuningFile(const std::string& path, bool fromMemory) {
     return 0;
 }
 
-bool TuningFileParser::isOn(DocumentElement element) {
+int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
+    for (size_t id = 0; id < kIeqPresetCount; ++id) {
+        if (name == kIeqPresetNames[id]) {
+            return static_cast<int>(id);
+        }
+    }
+    ALOGE("name is invalid, %d", 313);
+    mBudget.chargeMessage(0);
+    return 0;
+}
+
+template <typename Object>
+std::set<Object*> TuningFileParser::pointersTo(std::vector<Object> Objects::*kind) {
+    std::set<Object*> pointers;
+    for (Objects& objects : mDocuments) {
+        for (Object& object : objects.*kind) {
+            pointers.insert(pointers.end(), &object);
+        }
+    }
+    return pointers;
+}
+
+void TuningFileParser::fillDeviceData() {
+    mDeviceData = std::make_unique<DeviceData>();
+    mDeviceData->setFormatVersion(mHeader.formatVersion);
+    mDeviceData->setToolVersion(mHeader.toolVersion);
+    mDeviceData->setDeviceName(mHeader.deviceName);
+    mDeviceData->setDeviceIndex(mHeader.deviceIndex);
+    mDeviceData->setTuningVersion(mHeader.tuningVersion);
+    mDeviceData->setIeqPresets(pointersTo(&Objects::ieqPresets));
+    mDeviceData->setGeqPresets(pointersTo(&Objects::geqPresets));
+    mDeviceData->setProfiles(pointersTo(&Objects::profiles));
+    mDeviceData->setProfileEndPoints(pointersTo(&Objects::profileEndpoints));
+    mDeviceData->setTunings(pointersTo(&Objects::tunings));
+    mDeviceData->setDeviceTunings(pointersTo(&Objects::deviceTunings));
+    mDeviceData->setAltivoGameSystemGain(mHeader.gameSystemGain);
+}
+
+bool TuningFileParser::Reader::isOn(DocumentElement element) {
     return mIterator.isCurValid() && mIterator.readName() == nameOf(element);
 }
 
-uint32_t TuningFileParser::elementNumber() const {
+uint32_t TuningFileParser::Reader::elementNumber() const {
     return mIterator.isOnElement() ? mIterator.getElementsBefore() : TuningFileObserver::kNoElement;
 }
 
-DocumentSection TuningFileParser::beginSection(DocumentElement kind, size_t object) {
+DocumentSection TuningFileParser::Reader::beginSection(DocumentElement kind, size_t object) {
     if (mObserver == nullptr) {
         return {};
     }
@@ -110,7 +220,7 @@ DocumentSection TuningFileParser::beginSection(DocumentElement kind, size_t obje
     return section;
 }
 
-void TuningFileParser::enter(DocumentSection& section) {
+void TuningFileParser::Reader::enter(DocumentSection& section) {
     if (mObserver == nullptr) {
         mIterator.childrenNext();
         return;
@@ -120,19 +230,20 @@ void TuningFileParser::enter(DocumentSection& section) {
     section.isChildless = section.isChildless || before == elementNumber();
 }
 
-void TuningFileParser::observeParameter(const DocumentSection& section, ValueSetter& setter) {
+void TuningFileParser::Reader::observeParameter(const DocumentSection& section,
+                                                ValueSetter& setter) {
     if (mObserver != nullptr) {
         mObserver->onParameter(section, setter, elementNumber());
     }
 }
 
-void TuningFileParser::observeStop(const DocumentSection& section) {
+void TuningFileParser::Reader::observeStop(const DocumentSection& section) {
     if (mObserver != nullptr) {
         mObserver->onPassedOver(section.element, TuningFileObserver::Reason::NO_DATA);
     }
 }
 
-void TuningFileParser::passOver(const DocumentSection& section) {
+void TuningFileParser::Reader::passOver(const DocumentSection& section) {
     using Reason = TuningFileObserver::Reason;
     if (mObserver != nullptr && mIterator.isOnElement()) {
         mObserver->onPassedOver(elementNumber(),
@@ -140,7 +251,7 @@ void TuningFileParser::passOver(const DocumentSection& section) {
     }
 }
 
-std::vector<std::string> TuningFileParser::readAttributes(DocumentElement element) {
+std::vector<std::string> TuningFileParser::Reader::readAttributes(DocumentElement element) {
     const Names& names = attributesOf(element);
     std::vector<std::string> texts;
     mIterator.parseNodeWithName(names, texts);
@@ -148,14 +259,14 @@ std::vector<std::string> TuningFileParser::readAttributes(DocumentElement elemen
     return texts;
 }
 
-std::string TuningFileParser::readAttribute(const std::vector<std::string>& name) {
+std::string TuningFileParser::Reader::readAttribute(const std::vector<std::string>& name) {
     std::vector<std::string>& texts = mIterator.getTextBuffer();
     texts.clear();
     mIterator.parseNodeWithName(name, texts);
     return texts.empty() ? std::string() : texts.front();
 }
 
-void TuningFileParser::parseTuningFile() {
+void TuningFileParser::Reader::read() {
     // Two passes, so that versions and settings are known before anything depends on them.
     mIterator.pushNode();
     for (; mIterator.isCurValid(); mIterator.next()) {
@@ -187,13 +298,13 @@ void TuningFileParser::parseTuningFile() {
     }
 }
 
-std::string TuningFileParser::parseVersion(DocumentElement element) {
+std::string TuningFileParser::Reader::parseVersion(DocumentElement element) {
     beginSection(element);
     const auto parts = readAttributes(element);
     return parts[0] + "." + parts[1] + "." + parts[2];
 }
 
-void TuningFileParser::parseAuthorizedTechnologies() {
+void TuningFileParser::Reader::parseAuthorizedTechnologies() {
     if (const VersionRule* const rule = findRule(VersionRuleKind::SETTINGS_UNREAD)) {
         mHeader.virtualBassProcess = rule->value;
         return;
@@ -211,7 +322,7 @@ void TuningFileParser::parseAuthorizedTechnologies() {
     mIterator.popNode();
 }
 
-void TuningFileParser::parseGlobalSetting() {
+void TuningFileParser::Reader::parseGlobalSetting() {
     constexpr char kCaller[] = "parseAuthorizedTechnologies";
     const Names& known = attributesOf(DocumentElement::GLOBAL_SETTING);
     const DocumentSection section = beginSection(DocumentElement::GLOBAL_SETTING);
@@ -239,16 +350,16 @@ void TuningFileParser::parseGlobalSetting() {
     }
 }
 
-const VersionRule* TuningFileParser::findRule(VersionRuleKind kind) const {
+const VersionRule* TuningFileParser::Reader::findRule(VersionRuleKind kind) const {
     return findVersionRule(mHeader.formatVersion, kind);
 }
 
-bool TuningFileParser::presetsAreNamed() const {
+bool TuningFileParser::Reader::presetsAreNamed() const {
     return findRule(VersionRuleKind::IEQ_PRESETS_NAMED) != nullptr;
 }
 
-void TuningFileParser::applyVersionRules(ParameterOwner owner, ParameterValues& object,
-                                         const ProfileIeq& ieq) {
+void TuningFileParser::Reader::applyVersionRules(ParameterOwner owner, ParameterValues& object,
+                                                 const ProfileIeq& ieq) {
     for (const VersionRule& rule : kVersionRules) {
         if (rule.owner != owner || !rule.holdsFor(mHeader.formatVersion)) {
             continue;
@@ -259,50 +370,34 @@ void TuningFileParser::applyVersionRules(ParameterOwner owner, ParameterValues& 
     }
 }
 
-int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
-    for (size_t id = 0; id < kIeqPresetCount; ++id) {
-        if (name == kIeqPresetNames[id]) {
-            return static_cast<int>(id);
-        }
-    }
-    ALOGE("name is invalid, %d", 313);
-    mBudget.chargeMessage(0);
-    return 0;
-}
-
-void TuningFileParser::parsePreset() {
+void TuningFileParser::Reader::parsePreset() {
     const auto attributes = readAttributes(DocumentElement::PRESET);
     const std::string& id = attributes[0];
     const std::string& type = attributes[2];
-    Objects& objects = mDocuments.back();
     // The types are the names of the setters that read the presets.
     const bool isIeq = type == "ieq";
-    const DocumentSection section = beginSection(
-            DocumentElement::PRESET, isIeq ? objects.ieqPresets.size() : objects.geqPresets.size());
+    const DocumentSection section =
+            beginSection(DocumentElement::PRESET,
+                         isIeq ? mObjects.ieqPresets.size() : mObjects.geqPresets.size());
     if (isIeq) {
-        const int presetId = presetsAreNamed() ? getIeqPresetIdByName(id) : string2Int(id);
+        const int presetId = presetsAreNamed() ? mParser.getIeqPresetIdByName(id) : string2Int(id);
         IeqPreset preset(presetId, presetsAreNamed() ? kIeqPresetNames[presetId] : attributes[1]);
         mBudget.chargeObject();
         mBudget.chargeKeptText(attributes[1].size());
         readParameter(section, *findSetter(type), preset);
-        objects.ieqPresets.push_back(std::move(preset));
+        mObjects.ieqPresets.push_back(std::move(preset));
     } else if (type == "geq") {
         GeqPreset preset(string2Int(id));
         mBudget.chargeObject();
         readParameter(section, *findSetter(type), preset);
-        objects.geqPresets.push_back(std::move(preset));
+        mObjects.geqPresets.push_back(std::move(preset));
     } else {
         passOver(section);
     }
 }
 
-ValueSetter* TuningFileParser::findSetter(std::string_view name) const {
-    // Every other node of an indented document, and no parameter's name.
-    return name == "text" ? nullptr : setterCollection.getValueSetter(name);
-}
-
-void TuningFileParser::readParameter(const DocumentSection& section, ValueSetter& setter,
-                                     ParameterValues& values) {
+void TuningFileParser::Reader::readParameter(const DocumentSection& section, ValueSetter& setter,
+                                             ParameterValues& values) {
     observeParameter(section, setter);
     const size_t before = values.getSetCount();
     setter.set(values, mIterator);
@@ -310,8 +405,8 @@ void TuningFileParser::readParameter(const DocumentSection& section, ValueSetter
     mBudget.chargeNumbers(values.getSetCount() - before);
 }
 
-void TuningFileParser::readParameterIfKnown(const DocumentSection& section,
-                                            ParameterValues& values) {
+void TuningFileParser::Reader::readParameterIfKnown(const DocumentSection& section,
+                                                    ParameterValues& values) {
     if (ValueSetter* const setter = findSetter(mIterator.readName())) {
         readParameter(section, *setter, values);
     } else {
@@ -319,16 +414,15 @@ void TuningFileParser::readParameterIfKnown(const DocumentSection& section,
     }
 }
 
-void TuningFileParser::setParameter(Parameter param, int value, ParameterValues& values) {
+void TuningFileParser::Reader::setParameter(Parameter param, int value, ParameterValues& values) {
     values.set(param, {value});
     mBudget.chargeEntries(1);
     mBudget.chargeNumbers(1);
 }
 
-void TuningFileParser::parseProfile() {
+void TuningFileParser::Reader::parseProfile() {
     ++mHeader.profileCount;
-    DocumentSection section =
-            beginSection(DocumentElement::PROFILE, mDocuments.back().profiles.size());
+    DocumentSection section = beginSection(DocumentElement::PROFILE, mObjects.profiles.size());
     ProfileIeq ieq;
     if (findRule(VersionRuleKind::INCLUDE_IN_PROFILE) != nullptr) {
         ieq.presetId = parseProfileInclude();
@@ -361,12 +455,13 @@ void TuningFileParser::parseProfile() {
     mIterator.popNode();
 
     applyVersionRules(ParameterOwner::PROFILE, profile, ieq);
-    mDocuments.back().profiles.push_back(std::move(profile));
+    mObjects.profiles.push_back(std::move(profile));
 }
 
 /** The two IEQ settings are the endpoints', and reach those that come after them. */
-void TuningFileParser::readProfileParameter(const DocumentSection& section, ValueSetter& setter,
-                                            Profile& profile, ProfileIeq& ieq) {
+void TuningFileParser::Reader::readProfileParameter(const DocumentSection& section,
+                                                    ValueSetter& setter, Profile& profile,
+                                                    ProfileIeq& ieq) {
     const Parameter param = setter.getParam(0);
     if (param != IEQ_ENABLE && param != IEQ_AMOUNT) {
         readParameter(section, setter, profile);
@@ -376,7 +471,7 @@ void TuningFileParser::readProfileParameter(const DocumentSection& section, Valu
     (param == IEQ_ENABLE ? ieq.enable : ieq.amount) = NodeParseUtils::parseValue(mIterator);
 }
 
-int TuningFileParser::parseProfileInclude() {
+int TuningFileParser::Reader::parseProfileInclude() {
     ALOGD("%s(): parse the ieq preset", "parseProfile");
     mBudget.chargeMessage(0);
     mIterator.pushNode();
@@ -389,12 +484,12 @@ int TuningFileParser::parseProfileInclude() {
         presetName = readAttribute({attributesOf(DocumentElement::INCLUDE)[0]});
     }
     mIterator.popNode();
-    return getIeqPresetIdByName(presetName);
+    return mParser.getIeqPresetIdByName(presetName);
 }
 
-void TuningFileParser::parseProfileEndpoint(int profileId, const ProfileIeq& ieq) {
+void TuningFileParser::Reader::parseProfileEndpoint(int profileId, const ProfileIeq& ieq) {
     DocumentSection section =
-            beginSection(DocumentElement::ENDPOINT_TYPE, mDocuments.back().profileEndpoints.size());
+            beginSection(DocumentElement::ENDPOINT_TYPE, mObjects.profileEndpoints.size());
     mIterator.pushNode();
     const std::string id = readAttribute(attributesOf(DocumentElement::ENDPOINT_TYPE));
     int ieqPresetId = ieq.presetId;
@@ -411,24 +506,25 @@ void TuningFileParser::parseProfileEndpoint(int profileId, const ProfileIeq& ieq
     }
     mIterator.popNode();
     completeProfileEndpoint(endpoint, ieq);
-    mDocuments.back().profileEndpoints.push_back(std::move(endpoint));
+    mObjects.profileEndpoints.push_back(std::move(endpoint));
 }
 
-int TuningFileParser::parseEndpointInclude() {
+int TuningFileParser::Reader::parseEndpointInclude() {
     int presetId = 0;
     mIterator.pushNode();
     mIterator.childrenNext();
     if (isOn(DocumentElement::INCLUDE)) {
         beginSection(DocumentElement::INCLUDE);
         const Names& names = attributesOf(DocumentElement::INCLUDE);
-        presetId = presetsAreNamed() ? getIeqPresetIdByName(readAttribute({names[0]}))
+        presetId = presetsAreNamed() ? mParser.getIeqPresetIdByName(readAttribute({names[0]}))
                                      : string2Int(readAttribute({names[1]}));
     }
     mIterator.popNode();
     return presetId;
 }
 
-void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, const ProfileIeq& ieq) {
+void TuningFileParser::Reader::completeProfileEndpoint(ProfileEndpoint& endpoint,
+                                                       const ProfileIeq& ieq) {
     // The lookups leave empty lists behind.
     auto& values = endpoint.getValues();
     mBudget.chargeEntries(2);
@@ -443,9 +539,8 @@ void TuningFileParser::completeProfileEndpoint(ProfileEndpoint& endpoint, const 
     setParameter(VIRTUAL_BASS_TYPE, mHeader.virtualBassProcess, endpoint);
 }
 
-void TuningFileParser::parseTuning() {
-    DocumentSection section =
-            beginSection(DocumentElement::TUNING, mDocuments.back().tunings.size());
+void TuningFileParser::Reader::parseTuning() {
+    DocumentSection section = beginSection(DocumentElement::TUNING, mObjects.tunings.size());
     mIterator.pushNode();
     const auto attributes = readAttributes(DocumentElement::TUNING);
     const std::string& name = attributes[0];
@@ -476,10 +571,10 @@ void TuningFileParser::parseTuning() {
     mIterator.popNode();
 
     applyVersionRules(ParameterOwner::TUNING, tuning, {});
-    mDocuments.back().tunings.push_back(std::move(tuning));
+    mObjects.tunings.push_back(std::move(tuning));
 }
 
-void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
+void TuningFileParser::Reader::parseDeviceTunings(const std::string& tuningName) {
     for (; mIterator.isCurValid(); mIterator.next()) {
         if (!mIterator.isElementNode()) {
             continue;
@@ -491,41 +586,14 @@ void TuningFileParser::parseDeviceTunings(const std::string& tuningName) {
     }
 }
 
-void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
-    beginSection(DocumentElement::DEVICE_ID, mDocuments.back().deviceTunings.size());
+void TuningFileParser::Reader::parseDeviceTuning(const std::string& tuningName) {
+    beginSection(DocumentElement::DEVICE_ID, mObjects.deviceTunings.size());
     const auto attributes = readAttributes(DocumentElement::DEVICE_ID);
     mBudget.chargeObject();
     mBudget.chargeKeptText(attributes[0].size() + attributes[1].size() + tuningName.size());
     if (!mBudget.isSpent()) {
-        mDocuments.back().deviceTunings.emplace_back(attributes[0], attributes[1], tuningName);
+        mObjects.deviceTunings.emplace_back(attributes[0], attributes[1], tuningName);
     }
-}
-
-template <typename Object>
-std::set<Object*> TuningFileParser::pointersTo(std::vector<Object> Objects::*kind) {
-    std::set<Object*> pointers;
-    for (Objects& objects : mDocuments) {
-        for (Object& object : objects.*kind) {
-            pointers.insert(pointers.end(), &object);
-        }
-    }
-    return pointers;
-}
-
-void TuningFileParser::fillDeviceData() {
-    mDeviceData = std::make_unique<DeviceData>();
-    mDeviceData->setFormatVersion(mHeader.formatVersion);
-    mDeviceData->setToolVersion(mHeader.toolVersion);
-    mDeviceData->setDeviceName(mHeader.deviceName);
-    mDeviceData->setDeviceIndex(mHeader.deviceIndex);
-    mDeviceData->setTuningVersion(mHeader.tuningVersion);
-    mDeviceData->setIeqPresets(pointersTo(&Objects::ieqPresets));
-    mDeviceData->setGeqPresets(pointersTo(&Objects::geqPresets));
-    mDeviceData->setProfiles(pointersTo(&Objects::profiles));
-    mDeviceData->setProfileEndPoints(pointersTo(&Objects::profileEndpoints));
-    mDeviceData->setTunings(pointersTo(&Objects::tunings));
-    mDeviceData->setDeviceTunings(pointersTo(&Objects::deviceTunings));
-    mDeviceData->setAltivoGameSystemGain(mHeader.gameSystemGain);
 }
 
 }  // namespace ormel

@@ -118,11 +118,7 @@ Parameter ValueSetter::getParam(size_t i) const {
 }
 
 std::vector<Parameter> ValueSetter::getParams() const {
-    std::vector<Parameter> params;
-    for (size_t i = 0; i < getParamCount(); ++i) {
-        params.push_back(getParam(i));
-    }
-    return params;
+    return mRow != nullptr ? mRow->params.toVector() : mOwnRow->params;
 }
 
 SimpleValueSetter::SimpleValueSetter(std::string nodeName, Parameter param)

@@ -2,12 +2,9 @@
 #pragma once
 
 #include <ormel/KivParameter.h>
-#include <ormel/Parameter.h>
+#include <ormel/ParameterList.h>
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 
 namespace ormel {
 
@@ -20,25 +17,6 @@ enum class EntryHead : uint8_t {
     CHANNELS_BANDS,
     /** The list of OUTPUT_CHANNELS, which has one number. */
     CHANNELS,
-};
-
-/** Up to five parameters. */
-class ParameterList {
-  public:
-    constexpr ParameterList(std::initializer_list<Parameter> params) {
-        for (const Parameter param : params) {
-            mParams[mCount++] = param;
-        }
-    }
-
-    constexpr Parameter operator[](size_t i) const { return mParams[i]; }
-    constexpr size_t size() const { return mCount; }
-    constexpr const Parameter* begin() const { return mParams.data(); }
-    constexpr const Parameter* end() const { return mParams.data() + mCount; }
-
-  private:
-    std::array<Parameter, 5> mParams = {};
-    size_t mCount = 0;
 };
 
 struct EntryLayout {

@@ -234,12 +234,14 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     };
     using ListsByDevice = std::map<std::string, StoredList>;
 
+    // Hidden, so that the library need not export their names.
     /** @param name what dumps call the document */
-    LoadOutcome load(const std::string& source, bool fromMemory, const std::string& name);
-    void refuseDocument(const std::string& reason);
-    void registerBuiltInLists();
+    [[gnu::visibility("hidden")]] LoadOutcome load(const std::string& source, bool fromMemory,
+                                                   const std::string& name);
+    [[gnu::visibility("hidden")]] void refuseDocument(const std::string& reason);
+    [[gnu::visibility("hidden")]] void registerBuiltInLists();
     /** The names of a port's tuning devices in ascending order. */
-    std::vector<std::string> devicesOf(int port) const;
+    [[gnu::visibility("hidden")]] std::vector<std::string> devicesOf(int port) const;
 
     android::DefaultKeyedVector<OrmSpatializerProfileId, const int32_t*> mProfileParams;
     android::DefaultKeyedVector<OrmSpatializerProfileId, unsigned> mProfileParamsSizes;

@@ -144,10 +144,10 @@ class TagIterator {
     friend class TuningFileParser;
 
     /** An iterator that pays with @p budget for what it is asked, and is not counted. */
-    explicit TagIterator(DocumentBudget& budget);
+    [[gnu::visibility("hidden")]] explicit TagIterator(DocumentBudget& budget);
 
     /** Number of elements that begin before the current node does; 0 off the end. */
-    uint32_t getElementsBefore() const;
+    [[gnu::visibility("hidden")]] uint32_t getElementsBefore() const;
     bool isOnNode() const;
     bool isOnElement() const;
     bool isElementToRead();

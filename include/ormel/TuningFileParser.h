@@ -18,9 +18,6 @@
 
 namespace ormel {
 
-struct VersionRule;
-enum class VersionRuleKind : uint8_t;
-
 /**
  * Reads one tuning document into a DeviceData.
  *
@@ -106,48 +103,9 @@ class TuningFileParser {
         std::vector<DeviceTuning> deviceTunings;
     };
 
-    /** What a profile says for its endpoints. */
-    struct ProfileIeq {
-        int presetId = 0;
-        int enable = 0;
-        int amount = 0;
-    };
+    /** Reads one document into the last of mDocuments and the header. */
+    class Reader;
 
-    void parseTuningFile();
-    std::string parseVersion(DocumentElement element);
-    void parseAuthorizedTechnologies();
-    void parseGlobalSetting();
-    void parsePreset();
-    void parseProfile();
-    int parseProfileInclude();
-    void parseProfileEndpoint(int profileId, const ProfileIeq& ieq);
-    int parseEndpointInclude();
-    void completeProfileEndpoint(ProfileEndpoint& endpoint, const ProfileIeq& ieq);
-    void parseTuning();
-    void parseDeviceTuning(const std::string& tuningName);
-
-    void parseDeviceTunings(const std::string& tuningName);
-    void readProfileParameter(const DocumentSection& section, ValueSetter& setter, Profile& profile,
-                              ProfileIeq& ieq);
-    ValueSetter* findSetter(std::string_view name) const;
-    void readParameter(const DocumentSection& section, ValueSetter& setter,
-                       ParameterValues& values);
-    void readParameterIfKnown(const DocumentSection& section, ParameterValues& values);
-    void setParameter(Parameter param, int value, ParameterValues& values);
-    std::vector<std::string> readAttributes(DocumentElement element);
-    std::string readAttribute(const std::vector<std::string>& name);
-    const VersionRule* findRule(VersionRuleKind kind) const;
-    bool presetsAreNamed() const;
-    /** Gives an object what the format version lays down for its class. */
-    void applyVersionRules(ParameterOwner owner, ParameterValues& object, const ProfileIeq& ieq);
-    bool isOn(DocumentElement element);
-    // What the observer is told, if there is one.
-    uint32_t elementNumber() const;
-    DocumentSection beginSection(DocumentElement kind, size_t object = 0);
-    void enter(DocumentSection& section);
-    void observeParameter(const DocumentSection& section, ValueSetter& setter);
-    void passOver(const DocumentSection& section);
-    void observeStop(const DocumentSection& section);
     void fillDeviceData();
     /** The objects of one kind of all documents. */
     template <typename Object>

@@ -37,10 +37,11 @@ const ParameterValues* findIn(const std::map<Key, const ParameterValues*>& objec
 /** What an entry was made from. */
 std::set<Parameter> paramsOf(const Entry& entry, const EntryLayout& layout,
                              const ParameterValues& object) {
-    std::set<Parameter> params(layout.enable.begin(), layout.enable.end());
+    const std::vector<Parameter> enable = layout.enable.toVector();
+    std::set<Parameter> params(enable.begin(), enable.end());
     const bool isOff =
             layout.enable.size() != 0 && firstOr0(valuesOf(object, layout.enable[0])) == 0;
-    for (const Parameter param : layout.lists) {
+    for (const Parameter param : layout.lists.toVector()) {
         const bool isLeftOut = param == OUTPUT_MIX_MATRIX && entry.device != DEVICE_OUT_SPEAKER;
         if (!isOff && !isLeftOut) {
             params.insert(param);
@@ -48,7 +49,8 @@ std::set<Parameter> paramsOf(const Entry& entry, const EntryLayout& layout,
     }
     if (const auto channels = channelsOf(entry, layout); channels.has_value()) {
         params.insert(OUTPUT_CHANNELS);
-        params.insert(layout.channelLists.begin(), layout.channelLists.begin() + *channels);
+        const std::vector<Parameter> lists = layout.channelLists.toVector();
+        params.insert(lists.begin(), lists.begin() + *channels);
     }
     return params;
 }

@@ -58,8 +58,9 @@ std::optional<Shape> readBands(const EntryLayout& layout, const Entry& entry) {
     const int32_t first = reader.takeOne();
     const int32_t second = hasChannels ? reader.takeOne() : 0;
     const int32_t bands = layout.head == EntryHead::CHANNELS_BANDS ? second : first;
-    std::vector<Parameter> params(layout.lists.begin(), layout.lists.end());
-    params.insert(params.end(), layout.channelLists.begin(), layout.channelLists.end());
+    std::vector<Parameter> params = layout.lists.toVector();
+    const std::vector<Parameter> channelLists = layout.channelLists.toVector();
+    params.insert(params.end(), channelLists.begin(), channelLists.end());
     const size_t prefix = commonPrefix(params);
     params.resize(layout.lists.size() + static_cast<size_t>(channels.value_or(0)));
     if (bands < 0 || reader.left() != params.size() * static_cast<size_t>(bands)) {
