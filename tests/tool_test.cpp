@@ -297,16 +297,41 @@ TEST(PlotTest, HasTheCurvesDrawn) {
     std::ifstream file(picture);
     const std::string drawn(std::istreambuf_iterator<char>(file), {});
     for (const char* const text : {
+                 "title 'small.xml, values in the effect''s own units' noenhanced\n",
                  "$curve0 << EOD\n100 -16\n1000 32\nEOD\n",
-                 "title 'movie speaker'",
-                 "set title 'wide ''n'' low: audio optimizer gains' noenhanced\n",
+                 "linecolor rgb '#8c8c8c' dashtype 1 linewidth 2 pointtype 7 pointsize 0.5 title "
+                 "'speaker, off'\n",
+                 "'graphic_equalizer_enable: speaker absent, headphone absent; not sent, since it "
+                 "has 1 band'",
+                 "set title 'wide ''n'' low: audio optimizer gains'.\"\\n\"."
+                 "'audio_optimizer_enable: absent' noenhanced\n",
+                 "set title 'wide ''n'' low: complex equalizer'.\"\\n\"."
+                 "'complex_equalizer_enable: 1' noenhanced\n",
                  "$curve3 << EOD\n50 4\nEOD\n",
+                 "$curve3 << EOD\n1 7\n2 8\nEOD\n",
                  "set logscale x\nset xlabel 'Frequency (Hz)'\n",
-                 "set ylabel 'Target (effect''s own units)'\nplot [20:20000] $curve0 using ($1 > 0 "
-                 "? $1 : NaN):2 with linespoints",
-                 "set ylabel 'Threshold (effect''s own units)'\n",
+                 "unset logscale x\nset xlabel 'Place in the list'\n",
+                 "set ylabel 'Target'\nset yrange []\n",
+                 "\nplot [20:20000] $curve0 using ($1 > 0 ? $1 : NaN):2 with linespoints",
          }) {
         EXPECT_THAT(drawn, HasSubstr(text));
+    }
+    // Without a threshold there is no picture of any.
+    EXPECT_THAT(drawn, ::testing::Not(HasSubstr("regulator")));
+
+    EXPECT_EQ(run("plot --same-scale " + kSmall + "--against " + kChanged + "-o " + picture),
+              std::make_pair(0, std::string()));
+    std::ifstream comparison(picture);
+    const std::string compared(std::istreambuf_iterator<char>(comparison), {});
+    for (const char* const text : {
+                 "; thin lines, old: changed.xml' noenhanced\n",
+                 "$curve1 << EOD\n100 -16\n1000 48\nEOD\n",
+                 // From -16 to 48, and a twentieth of that and one more on either side.
+                 "set yrange [-20:52]\n",
+                 "with lines linecolor rgb '#8c8c8c' dashtype 1 linewidth 1 title 'speaker, old, "
+                 "off'\n",
+         }) {
+        EXPECT_THAT(compared, HasSubstr(text));
     }
     std::filesystem::remove_all(directory);
     EXPECT_EQ(run("plot " + kSmall + " -o " + picture),

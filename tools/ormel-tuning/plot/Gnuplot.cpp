@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <system_error>
@@ -90,20 +89,17 @@ int runGnuplot(const ScratchFile& in, const ScratchFile& out, const ScratchFile&
 
 }  // namespace
 
-void drawWithGnuplot(const std::string& script, const std::string& file) {
+std::string drawnByGnuplot(const std::string& script) {
     ScratchFile in;
     ScratchFile out;
     ScratchFile messages;
     in.write(script);
     const int status = runGnuplot(in, out, messages);
-    const std::string picture = out.read();
+    std::string picture = out.read();
     if (status != 0 || picture.empty()) {
         throw std::runtime_error("gnuplot failed: " + printable(messages.read()));
     }
-    std::ofstream target(file, std::ios::binary | std::ios::trunc);
-    if (!target.write(picture.data(), static_cast<std::streamsize>(picture.size())).flush()) {
-        fail(file, errno);
-    }
+    return picture;
 }
 
 std::string gnuplotLiteral(const std::string& text) {

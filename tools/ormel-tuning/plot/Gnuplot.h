@@ -6,10 +6,10 @@
 namespace ormel::tools {
 
 /**
- * Has gnuplot work through a script, and writes what that draws to a file, which stays as it was
- * when something fails. Throws std::runtime_error then, and when there is no gnuplot.
+ * What gnuplot draws on its standard output by a script. Throws std::runtime_error when it fails,
+ * and when there is no gnuplot.
  */
-void drawWithGnuplot(const std::string& script, const std::string& file);
+std::string drawnByGnuplot(const std::string& script);
 
 /** A text as a literal of a script, in which nothing of it is more than itself. */
 std::string gnuplotLiteral(const std::string& text);
