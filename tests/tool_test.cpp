@@ -339,4 +339,51 @@ TEST(PlotTest, HasTheCurvesDrawn) {
                                             "installed; Debian has it in gnuplot-nox\n")));
 }
 
+TEST(ReportTest, ShowsAReviewerWhatThereIsToKnow) {
+    const std::string page = ::testing::TempDir() + "ormel-report.html";
+    const auto pageOf = [&page](const std::string& arguments) {
+        EXPECT_EQ(run("report " + arguments + " -o " + page), std::make_pair(0, std::string()));
+        std::ifstream file(page);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    const std::string examples = ORMEL_EXAMPLES "/";
+    const std::string markup = ORMEL_EXAMPLES "/../tests/tools/markup.xml";
+    const std::tuple<std::string, std::vector<std::string>, std::vector<std::string>> cases[] = {
+            {examples + "faulty.xml --against " + examples + "tablet-quad.xml",
+             {"3 errors and 0 warnings. The effect gets other values in 2 of 8 lists.",
+              "<a href=\"#list-2\">profile 1 movie</a>: 2 of 133 values change: dom for speaker; "
+              "gebs for all devices.",
+              "<a href=\"#line-361\">line 361</a>: <code>&lt;virtualizer-enable&gt; value</code>",
+              "<span class=\"number\">361</span><span class=\"line\">            "
+              "&lt;virtualizer-enable value=&quot;True&quot;/&gt;</span>",
+              "virtualizer_enable <del>1</del> <ins>0</ins>",
+              "Not sent: a graphic equalizer has 20 bands, this one 19.",
+              "<td class=\"value\">1</td><td class=\"value\">0</td>"},
+             {}},
+            {kSmall,
+             {"Format 3.2.2.", "<small>virtual_bass_enable</small>",
+              "version rule <small>hearing_protection_enable</small>"},
+             {"<del>", "<ins>", "Old</th>"}},
+            {kChanged + " --against " + kSmall,
+             {"tuning device internal_speaker_night</a>: New, with 38 values."},
+             {}},
+            {markup,
+             {"profile 1 &lt;/title&gt;&lt;script&gt;stolen=1&lt;/script&gt;{{{svg}}}</h3>",
+              "tuning device &lt;iframe src=&quot;javascript:stolen=1&quot;&gt;</h3>"},
+             {"<script", "<iframe", "<img", "</title><", "href=\"http", " src=\""}},
+            {ORMEL_EXAMPLES "/../tests/check/not-well-formed.xml",
+             {"The library does not read this document.", "<article class=\"finding error\""},
+             {"<table"}},
+    };
+    for (const auto& [arguments, texts, absent] : cases) {
+        const std::string content = pageOf(arguments);
+        for (const std::string& text : texts) {
+            EXPECT_NE(content.find(text), std::string::npos) << arguments << ": " << text;
+        }
+        for (const std::string& text : absent) {
+            EXPECT_EQ(content.find(text), std::string::npos) << arguments << ": " << text;
+        }
+    }
+}
+
 }  // namespace

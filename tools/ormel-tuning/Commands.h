@@ -20,6 +20,9 @@ void addDiff(CLI::App& app, int& status);
 /** Curves over frequency. */
 void addPlot(CLI::App& app);
 
+/** A page for the review of a document, which fails for what cannot be read. */
+void addReport(CLI::App& app);
+
 /** What a document becomes. */
 void addShow(CLI::App& app);
 

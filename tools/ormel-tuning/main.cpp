@@ -29,6 +29,7 @@ int run(int argc, char** argv) {
     ormel::tools::addApply(app);
     ormel::tools::addDiff(app, status);
     ormel::tools::addPlot(app);
+    ormel::tools::addReport(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

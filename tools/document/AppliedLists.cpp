@@ -1,0 +1,53 @@
+#include "AppliedLists.h"
+
+#include <ormel/KivParameter.h>
+#include <ormel/SpatializerParamCache.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "Store.h"
+
+namespace ormel::tools {
+
+std::vector<AppliedList> appliedLists(const LoadedDocument& document) {
+    load(document.file(), processStore(), ANDROID_LOG_SILENT);
+    SpatializerParamCache cache;
+    std::vector<AppliedList> applied;
+    for (EffectList& list : document.lists()) {
+        RecordingEffect effect;
+        if (list.kind == EffectList::Kind::PROFILE) {
+            cache.setProfile(list.profile, &effect, false);
+        } else {
+            cache.loadTuningDevice(list.name, &effect);
+        }
+        applied.push_back({std::move(list), effect.getValues()});
+    }
+    return applied;
+}
+
+const std::vector<int32_t>* valuesOf(const AppliedList& applied, int32_t device, int32_t code) {
+    const auto found = applied.values.find({device, code});
+    return found == applied.values.end() ? nullptr : &found->second;
+}
+
+std::optional<Shape> shapeOf(const AppliedList& applied, int32_t device, int32_t code) {
+    const std::vector<int32_t>* const values = valuesOf(applied, device, code);
+    if (values == nullptr) {
+        return std::nullopt;
+    }
+    const auto& entries = applied.list.entries;
+    const bool isOwn = std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) {
+        return entry.device == device && entry.code == code && entry.values == *values;
+    });
+    if (isOwn || code != kivCode(DOM) || values->empty()) {
+        return shapeOf(code, *values);
+    }
+    Shape shape;
+    shape.fields.emplace_back(kParameterNames[VIRTUALIZER_ENABLE], values->front());
+    shape.rest.assign(values->begin() + 1, values->end());
+    shape.restName = kParameterNames[OUTPUT_MIX_MATRIX];
+    return shape;
+}
+
+}  // namespace ormel::tools

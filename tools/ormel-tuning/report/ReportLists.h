@@ -1,0 +1,15 @@
+// What the effect gets of each profile and tuning device, as parts of a page.
+#pragma once
+
+#include "document/LoadedDocument.h"
+#include "text/Json.h"
+
+namespace ormel::tools {
+
+/**
+ * [{id, title, sentence, isChanged, groups: [{devices, rows}]}]: every list of a document, beside
+ * the one that @p old has under its name where there is an old document.
+ */
+Json listsJson(const LoadedDocument& document, const LoadedDocument* old);
+
+}  // namespace ormel::tools
