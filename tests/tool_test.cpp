@@ -319,7 +319,7 @@ TEST(PlotTest, HasTheCurvesDrawn) {
     // Without a threshold there is no picture of any.
     EXPECT_THAT(drawn, ::testing::Not(HasSubstr("regulator")));
 
-    EXPECT_EQ(run("plot --same-scale " + kSmall + "--against " + kChanged + "-o " + picture),
+    EXPECT_EQ(run("plot --same-scale " + kSmall + " --against " + kChanged + " -o " + picture),
               std::make_pair(0, std::string()));
     std::ifstream comparison(picture);
     const std::string compared(std::istreambuf_iterator<char>(comparison), {});

@@ -8,6 +8,7 @@
 #include "ReadTrace.h"
 #include "Store.h"
 #include "text/Names.h"
+#include "text/Progress.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
@@ -38,8 +39,8 @@ std::vector<EffectList> builtInLists(SpatializerParamArray& store) {
 }
 
 LoadedDocument::LoadedDocument(std::string file) : mFile(std::move(file)) {
+    const ProgressStep step("reading " + mFile);
     setLibraryLog(ANDROID_LOG_SILENT);
-    requireReadable(mFile);
     mStore = std::make_unique<SpatializerParamArray>(SpatializerParamArray::Empty());
     const std::string text = readDocument(mFile);
     const XmlErrorScope errors;

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "LibraryLog.h"
+#include "RegularFile.h"
 
 namespace ormel::tools {
 
@@ -28,16 +29,9 @@ SpatializerParamArray& processStore() {
     return store;
 }
 
-void requireReadable(const std::string& file) {
-    if (::access(file.c_str(), R_OK) != 0) {
-        throw std::runtime_error(file + ": " + std::generic_category().message(errno));
-    }
-}
-
 void load(const std::string& file, SpatializerParamArray& store, android_LogPriority lowest) {
     setLibraryLog(lowest);
-    requireReadable(file);
-    store.loadSpatializerXMLFile(file);
+    store.loadSpatializerXMLFile(regularFile(file));
     if (!isLoaded(store)) {
         throw std::runtime_error(file + ": cannot be loaded as a tuning document");
     }

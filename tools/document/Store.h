@@ -14,12 +14,9 @@ namespace ormel::tools {
  */
 SpatializerParamArray& processStore();
 
-/** Throws std::runtime_error for a file that cannot be opened for reading. */
-void requireReadable(const std::string& file);
-
 /**
- * Loads a document; std::runtime_error says that it cannot be. Messages of the library of at least
- * the given priority go to stderr meanwhile and from then on.
+ * Loads a document, as regularFile() finds it; std::runtime_error says that it cannot be. Messages
+ * of the library of at least the given priority go to stderr meanwhile and from then on.
  */
 void load(const std::string& file, SpatializerParamArray& store, android_LogPriority lowest);
 

@@ -1,14 +1,13 @@
 #include "XmlElements.h"
 
 #include <libxml/SAX2.h>
-#include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <fstream>
-#include <stdexcept>
-#include <system_error>
+#include <iterator>
 #include <utility>
+
+#include "RegularFile.h"
 
 namespace ormel::tools {
 
@@ -21,20 +20,8 @@ const xmlChar* toXml(std::string_view text) {
 }  // namespace
 
 std::string readDocument(const std::string& path) {
-    struct stat status = {};
-    if (::stat(path.c_str(), &status) != 0) {
-        throw std::runtime_error(path + ": " + std::generic_category().message(errno));
-    }
-    if (!S_ISREG(status.st_mode)) {
-        throw std::runtime_error(path + ": not a regular file");
-    }
-    std::ifstream file(path, std::ios::binary);
-    std::string text(static_cast<size_t>(status.st_size), '\0');
-    file.read(text.data(), static_cast<std::streamsize>(text.size()));
-    if (!file) {
-        throw std::runtime_error(path + ": " + std::generic_category().message(errno));
-    }
-    return text;
+    std::ifstream file(regularFile(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 /**

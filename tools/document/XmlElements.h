@@ -14,7 +14,7 @@
 
 namespace ormel::tools {
 
-/** The bytes of a document. Throws std::runtime_error for anything but a readable regular file. */
+/** The bytes of a document, as regularFile() finds it. Throws as that does. */
 std::string readDocument(const std::string& path);
 
 struct DocumentAttribute {

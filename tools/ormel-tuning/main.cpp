@@ -1,12 +1,19 @@
 // The command line: a list of commands, each in a file of its own.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
+#include <numeric>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "Commands.h"
+#include "EmbeddedText.h"
+#include "text/Text.h"
 
 namespace {
 
@@ -14,10 +21,56 @@ namespace {
 constexpr int kFailed = 2;
 
 constexpr char kFooter[] =
-        R"(Exit status: 0 fine, 1 findings or differences, 2 could not do the work.
+        R"(Documents may be given as - for standard input, and as pipes.
+
+Exit status: 0 fine, 1 findings or differences, 2 could not do the work.
 
 Example:
   ormel-tuning show examples/tablet-quad.xml --profile movie --device speaker)";
+
+/** How many letters must be added, removed or replaced to make one text of the other. */
+size_t distance(std::string_view from, std::string_view to) {
+    std::vector<size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), size_t{0});
+    for (size_t i = 0; i < from.size(); ++i) {
+        size_t diagonal = row[0]++;
+        for (size_t j = 0; j < to.size(); ++j) {
+            const size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+/** The command of a name. Throws std::runtime_error, which says the nearest one, for no command. */
+CLI::App& commandOf(CLI::App& app, const std::string& name) {
+    const std::vector<CLI::App*> commands = app.get_subcommands({});
+    const auto nearest = std::min_element(
+            commands.begin(), commands.end(), [&name](const CLI::App* a, const CLI::App* b) {
+                return distance(name, a->get_name()) < distance(name, b->get_name());
+            });
+    if ((*nearest)->get_name() != name) {
+        throw std::runtime_error("unknown command '" + name + "'; the nearest is '" +
+                                 (*nearest)->get_name() + "'");
+    }
+    return **nearest;
+}
+
+void addOwnCommands(CLI::App& app) {
+    app.set_version_flag("--version", "ormel-tuning " ORMEL_VERSION);
+    app.add_subcommand("schema", "Print the schema of tuning documents, for editors and builds")
+            ->callback([] { std::cout << ormel::tools::schemaText(); });
+    CLI::App* const help = app.add_subcommand("help", "Print the help of a command");
+    help->add_option("COMMAND");
+    help->callback([&app, help] {
+        const std::string name = help->get_option("COMMAND")->as<std::string>();
+        const CLI::App& command = name.empty() ? app : commandOf(app, name);
+        std::cout << command.get_formatter()->make_help(
+                &command, name.empty() ? app.get_name() : app.get_name() + ' ' + name,
+                CLI::AppFormatMode::Normal);
+    });
+}
 
 int run(int argc, char** argv) {
     CLI::App app("Works with spatializer tuning documents.", "ormel-tuning");
@@ -30,6 +83,10 @@ int run(int argc, char** argv) {
     ormel::tools::addDiff(app, status);
     ormel::tools::addPlot(app);
     ormel::tools::addReport(app);
+    addOwnCommands(app);
+    if (argc > 1 && *argv[1] != '-') {
+        commandOf(app, argv[1]);
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -38,19 +95,22 @@ int run(int argc, char** argv) {
         }
         throw std::runtime_error(std::string(error.what()) + "; see --help");
     }
-    if (!std::cout.flush()) {
-        throw std::runtime_error("cannot write the output");
-    }
     return status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A reader that has gone is a failed write, and no reason to die of.
+    std::signal(SIGPIPE, SIG_IGN);
     try {
-        return run(argc, argv);
+        const int status = run(argc, argv);
+        if (!std::cout.flush()) {
+            throw std::runtime_error("cannot write the output");
+        }
+        return status;
     } catch (const std::exception& error) {
-        std::cerr << "ormel-tuning: " << error.what() << '\n';
+        std::cerr << "ormel-tuning: " << ormel::tools::printable(error.what()) << '\n';
         return kFailed;
     }
 }

@@ -11,6 +11,8 @@
 #include "Commands.h"
 #include "Operations.h"
 #include "document/RecordingEffect.h"
+#include "document/LibraryLog.h"
+#include "document/RegularFile.h"
 #include "document/Store.h"
 #include "text/Json.h"
 #include "text/Names.h"
@@ -54,12 +56,8 @@ struct ApplyOptions {
 };
 
 std::vector<Operation> readScriptFile(const std::string& file) {
-    if (file == "-") {
-        return readScript(std::cin, "stdin");
-    }
-    requireReadable(file);
-    std::ifstream script(file);
-    return readScript(script, file);
+    std::ifstream script(regularFile(file));
+    return readScript(script, file == "-" ? "stdin" : file);
 }
 
 std::vector<Operation> planOf(const ApplyOptions& options) {
@@ -131,7 +129,9 @@ void runApply(const ApplyOptions& options, std::ostream& out) {
     if (options.script.empty()) {
         profileOf(options.profile);
     }
-    load(options.file, processStore(), options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN);
+    const android_LogPriority lowest = options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN;
+    load(options.file, processStore(), options.verbose ? lowest : ANDROID_LOG_SILENT);
+    setLibraryLog(lowest);
     SpatializerParamCache cache;
     RecordingEffect effect;
     Json operations = Json::array();

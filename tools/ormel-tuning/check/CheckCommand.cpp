@@ -1,17 +1,19 @@
 #include <ormel/TagIterator.h>
-#include <unistd.h>
 
-#include <chrono>
+#include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "CheckFile.h"
 #include "Commands.h"
 #include "document/LibraryLog.h"
 #include "text/Json.h"
+#include "text/Progress.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
@@ -56,38 +58,30 @@ struct Totals {
     size_t warnings = 0;
 };
 
-/** Says on a terminal how far a run has come, once it has taken a second. */
-class Progress {
-  public:
-    explicit Progress(size_t files) : mFiles(files), mIsShown(::isatty(STDERR_FILENO) != 0) {}
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-    ~Progress() { clear(); }
-
-    void show(size_t done, const std::string& file) {
-        if (!mIsShown || std::chrono::steady_clock::now() - mStart < std::chrono::seconds(1)) {
-            return;
+/** The files, with the XML files in a folder and those below in its place. */
+std::vector<std::string> documentsIn(const std::vector<std::string>& names) {
+    namespace fs = std::filesystem;
+    std::vector<std::string> files;
+    for (const std::string& name : names) {
+        std::error_code error;
+        if (!fs::is_directory(name, error)) {
+            files.push_back(name);
+            continue;
         }
-        const std::string text = printable("[" + std::to_string(done + 1) + "/" +
-                                           std::to_string(mFiles) + "] " + file);
-        std::cerr << '\r' << text << "\033[K" << std::flush;
-        mIsDirty = true;
-    }
-
-    /** Makes way for a line of output. */
-    void clear() {
-        if (mIsDirty) {
-            std::cerr << "\r\033[K" << std::flush;
-            mIsDirty = false;
+        std::vector<std::string> found;
+        for (const fs::path& path : fs::recursive_directory_iterator(name)) {
+            if (path.extension() == ".xml" && fs::is_regular_file(path)) {
+                found.push_back(path.string());
+            }
         }
+        if (found.empty()) {
+            throw std::runtime_error(name + ": no *.xml in this folder");
+        }
+        std::sort(found.begin(), found.end());
+        files.insert(files.end(), found.begin(), found.end());
     }
-
-  private:
-    const size_t mFiles;
-    const bool mIsShown;
-    bool mIsDirty = false;
-    const std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
-};
+    return files;
+}
 
 std::string textOf(const Finding& finding) {
     std::string text = finding.elementName.empty() ? "" : "<" + finding.elementName + ">";
@@ -161,42 +155,44 @@ void count(const Findings& findings, Totals& totals) {
     totals.warnings += warnings;
 }
 
+Findings checkWithProgress(const std::string& file, size_t done, size_t count,
+                           const CheckSchema& schema) {
+    const ProgressStep step("[" + std::to_string(done + 1) + "/" + std::to_string(count) +
+                            "] checking " + file);
+    return checkFile(file, schema);
+}
+
 int checkFiles(const CheckOptions& options) {
     setLibraryLog(ANDROID_LOG_SILENT);
     // The last iterator to go takes libxml2's state with it, which the schema is part of.
     const TagIterator keepsLibraryUp;
     const CheckSchema schema(options.schema);
     const Style style;
-    Progress progress(options.files.size());
+    const std::vector<std::string> files = documentsIn(options.files);
     Totals totals;
     Json reports = Json::array();
     bool hasFailed = false;
-    for (size_t i = 0; i < options.files.size(); ++i) {
-        const std::string& file = options.files[i];
-        progress.show(i, file);
+    for (const std::string& file : files) {
         try {
-            Findings findings = checkFile(file, schema);
+            Findings findings = checkWithProgress(file, totals.files, files.size(), schema);
             count(findings, totals);
             if (options.json) {
                 reports.push_back(jsonOf(file, findings));
-            } else if (!findings.all().empty()) {
-                progress.clear();
+            } else if (!options.quiet) {
                 printText(file, findings, style);
             }
         } catch (const std::runtime_error& error) {
-            progress.clear();
             std::cerr << "ormel-tuning: " << printable(error.what()) << '\n';
             hasFailed = true;
         }
     }
-    progress.clear();
     if (options.json) {
         printJson({{"files", std::move(reports)},
                    {"checked", totals.files},
                    {"errors", totals.errors},
                    {"warnings", totals.warnings}},
                   std::cout);
-    } else if (options.files.size() > 1 && !options.quiet) {
+    } else if (files.size() > 1 && !options.quiet) {
         std::cout << summaryOf(totals) << '\n';
     }
     return hasFailed ? kFailed : totals.filesWithFindings == 0 ? 0 : kFindings;
@@ -223,13 +219,14 @@ void addCheck(CLI::App& app, int& status) {
     CLI::App* const command = app.add_subcommand(
             "check", "Find what is wrong with tuning documents, most of which is lost in silence");
     const auto options = std::make_shared<CheckOptions>();
-    command->add_option("FILE", options->files, "Tuning documents");
+    command->add_option("FILE", options->files,
+                        "Tuning documents, or folders to search for *.xml; - is standard input");
     command->add_option("--schema", options->schema, "Use this schema in place of the one built in")
             ->type_name("FILE");
     command->add_option("--explain", options->explain, "Say what a rule finds and what to do")
             ->type_name("ID");
     command->add_flag("--rules", options->rules, "List all rules, in Markdown");
-    command->add_flag("-q,--quiet", options->quiet, "Print findings alone, no summary");
+    command->add_flag("-q,--quiet", options->quiet, "Print nothing; the exit status speaks");
     command->add_flag("--json", options->json,
                       "{files: [{file, errors, warnings, findings: [{line, severity, id, element, "
                       "attribute, what, remedy}]}], checked, errors, warnings}; element and "

@@ -2,11 +2,9 @@
 
 #include <stdexcept>
 
-namespace ormel::tools {
+#include "EmbeddedText.h"
 
-/** schema/spatializer-tuning.xsd, in pieces since compilers limit the length of a literal. */
-extern const std::string_view kSchemaPieces[];
-extern const size_t kSchemaPieceCount;
+namespace ormel::tools {
 
 namespace {
 
@@ -15,10 +13,7 @@ namespace {
  * with each. The layer of meaning has rules for all of that, and better words.
  */
 XmlPointer<xmlDoc> parseEmbedded() {
-    std::string text;
-    for (size_t i = 0; i < kSchemaPieceCount; ++i) {
-        text += kSchemaPieces[i];
-    }
+    const std::string text = schemaText();
     XmlPointer<xmlDoc> document(xmlReadMemory(text.data(), static_cast<int>(text.size()),
                                               "spatializer-tuning.xsd", nullptr, 0));
     std::vector<xmlNode*> constraints;

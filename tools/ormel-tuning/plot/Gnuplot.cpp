@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "text/Progress.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
@@ -90,6 +91,7 @@ int runGnuplot(const ScratchFile& in, const ScratchFile& out, const ScratchFile&
 }  // namespace
 
 std::string drawnByGnuplot(const std::string& script) {
+    const ProgressStep step("drawing");
     ScratchFile in;
     ScratchFile out;
     ScratchFile messages;

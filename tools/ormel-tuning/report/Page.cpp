@@ -1,16 +1,12 @@
 #include "Page.h"
 
-#include <cstddef>
 #include <kainjow/mustache.hpp>
 #include <stdexcept>
-#include <string_view>
 
+#include "EmbeddedText.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
-
-extern const std::string_view kPagePieces[];
-extern const size_t kPagePieceCount;
 
 namespace {
 
@@ -51,11 +47,7 @@ mustache::data toData(const Json& json) {
 }  // namespace
 
 std::string pageOf(const Json& content) {
-    std::string text;
-    for (size_t i = 0; i < kPagePieceCount; ++i) {
-        text += kPagePieces[i];
-    }
-    mustache::mustache page(text);
+    mustache::mustache page(pageText());
     // What is not UTF-8, in the name of a file or a document's bytes, appears replaced.
     const std::string valid = content.dump(-1, ' ', false, Json::error_handler_t::replace);
     std::string filled = page.render(toData(Json::parse(valid)));
