@@ -129,7 +129,7 @@ def check(driver, page, width, scheme, folder):
     driver.execute_script("document.activeElement.blur(); scrollTo(0, 0)")
     picture = driver.execute_cdp_cmd("Page.captureScreenshot", {
         "captureBeyondViewport": True,
-        "clip": {"x": 0, "y": 0, "width": width, "height": 4200, "scale": 1}})
+        "clip": {"x": 0, "y": 0, "width": width, "height": 1600, "scale": 1}})
     target = folder / f"{page.stem}-{width}-{scheme}.png"
     target.write_bytes(base64.b64decode(picture["data"]))
     wrong += follow_finding(driver)
