@@ -1,25 +1,22 @@
 #include "AppliedLists.h"
 
 #include <ormel/KivParameter.h>
-#include <ormel/SpatializerParamCache.h>
+#include <ormel/StoreFront.h>
 
 #include <algorithm>
 #include <utility>
 
-#include "Store.h"
-
 namespace ormel::tools {
 
 std::vector<AppliedList> appliedLists(const LoadedDocument& document) {
-    load(document.file(), processStore(), ANDROID_LOG_SILENT);
-    SpatializerParamCache cache;
+    StoreFront front(document.store());
     std::vector<AppliedList> applied;
     for (EffectList& list : document.lists()) {
         RecordingEffect effect;
         if (list.kind == EffectList::Kind::PROFILE) {
-            cache.setProfile(list.profile, &effect, false);
+            front.setProfile(list.profile, &effect, false);
         } else {
-            cache.loadTuningDevice(list.name, &effect);
+            front.loadTuningDevice(list.name, &effect);
         }
         applied.push_back({std::move(list), effect.getValues()});
     }

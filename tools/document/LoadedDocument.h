@@ -48,6 +48,7 @@ class LoadedDocument {
     const std::string& file() const { return mFile; }
     const DeviceData& objects() const { return *mObjects; }
     const ReadTrace& trace() const { return *mTrace; }
+    const XmlElements& elements() const { return *mElements; }
     SpatializerParamArray& store() const { return *mStore; }
 
     /** The profiles' lists, then the tuning devices', in document order. */

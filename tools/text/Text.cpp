@@ -10,6 +10,12 @@
 
 namespace ormel::tools {
 
+namespace {
+
+constexpr size_t kMaxLineLength = 400;
+
+}  // namespace
+
 std::string wrapped(std::string_view text, size_t indent) {
     const size_t width = kColumns - indent;
     std::string lines;
@@ -61,6 +67,20 @@ std::string printable(std::string text) {
         }
     }
     return text;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        line.erase(line.find_last_not_of('\r') + 1);
+        std::replace(line.begin(), line.end(), '\t', ' ');
+        if (line.size() > kMaxLineLength) {
+            line.replace(kMaxLineLength, std::string::npos, " ...");
+        }
+        lines.push_back(printable(std::move(line)));
+    }
+    return lines;
 }
 
 std::string joined(const std::vector<std::string>& texts, const std::string& separator) {

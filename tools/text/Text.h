@@ -30,6 +30,9 @@ std::string countText(size_t count, const std::string& one, const std::string& m
 /** A document's text for a terminal or a single line: without control characters. */
 std::string printable(std::string text);
 
+/** The lines of a document's text, each as above, very long ones cut short. */
+std::vector<std::string> linesOf(const std::string& text);
+
 /** The texts with @p separator between them. */
 std::string joined(const std::vector<std::string>& texts, const std::string& separator);
 

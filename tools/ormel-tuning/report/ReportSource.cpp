@@ -1,9 +1,6 @@
 #include "ReportSource.h"
 
 #include <algorithm>
-#include <sstream>
-
-#include "text/Text.h"
 
 namespace ormel::tools {
 
@@ -11,23 +8,8 @@ namespace {
 
 /** Lines around one that is spoken of. */
 constexpr long kContext = 2;
-constexpr size_t kMaxLineLength = 400;
 
 }  // namespace
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        line.erase(line.find_last_not_of('\r') + 1);
-        std::replace(line.begin(), line.end(), '\t', ' ');
-        if (line.size() > kMaxLineLength) {
-            line.replace(kMaxLineLength, std::string::npos, " ...");
-        }
-        lines.push_back(printable(std::move(line)));
-    }
-    return lines;
-}
 
 Json excerptJson(const std::vector<std::string>& lines, long line) {
     Json excerpt = Json::array();

@@ -9,9 +9,6 @@
 
 namespace ormel::tools {
 
-/** Splits a document's text into lines fit for a page, very long ones cut short. */
-std::vector<std::string> linesOf(const std::string& text);
-
 /** A line and some around it: [{number, text, isPlace}]. Empty for no line of the text. */
 Json excerptJson(const std::vector<std::string>& lines, long line);
 

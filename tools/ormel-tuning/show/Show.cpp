@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -12,6 +14,8 @@
 #include "document/DocumentObjects.h"
 #include "document/EntryOrigins.h"
 #include "document/LoadedDocument.h"
+#include "document/ReadTrace.h"
+#include "document/XmlElements.h"
 #include "text/Json.h"
 #include "text/Names.h"
 #include "text/Text.h"
@@ -66,6 +70,8 @@ struct ShowOptions {
     std::string profile;
     std::string device;
     std::vector<std::string> lists;
+    std::vector<std::string> codes;
+    std::vector<std::string> params;
     bool json = false;
 };
 
@@ -86,9 +92,23 @@ class Selection {
         } else if (!options.device.empty()) {
             mDevice = deviceOf(options.device);
         }
+        for (const std::string& code : options.codes) {
+            mCodes.insert(codeOf(code));
+        }
+        for (const std::string& param : options.params) {
+            const auto* const found =
+                    std::find(std::begin(kParameterNames), std::end(kParameterNames), param);
+            if (found == std::end(kParameterNames)) {
+                throw std::runtime_error("there is no tuning parameter '" + param + "'");
+            }
+            mParams.insert(static_cast<size_t>(found - std::begin(kParameterNames)));
+        }
     }
 
-    bool hasObjects() const { return isWhole(kObjects) && !mDevice.has_value(); }
+    bool hasObjects() const { return isWhole(kObjects) && !mDevice.has_value() && !hasReasons(); }
+
+    /** Whether some parameters alone are asked for, which then say all that stands behind them. */
+    bool hasReasons() const { return !mCodes.empty() || !mParams.empty(); }
 
     bool has(const EffectList& list) const {
         switch (list.kind) {
@@ -102,7 +122,15 @@ class Selection {
         return isNamed(list.name) || (mOptions.file.empty() && isWhole(list.name));
     }
 
-    bool has(const Entry& entry) const { return !mDevice.has_value() || entry.device == *mDevice; }
+    bool has(const Entry& entry, const Origins& origins) const {
+        const bool isOfParam =
+                mParams.empty() ||
+                std::any_of(origins.begin(), origins.end(), [this](const Origin& origin) {
+                    return mParams.count(static_cast<size_t>(origin.param)) > 0;
+                });
+        return isOfParam && (mCodes.empty() || mCodes.count(entry.code) > 0) &&
+               (!mDevice.has_value() || entry.device == *mDevice);
+    }
 
   private:
     bool isNamed(const std::string& list) const {
@@ -121,20 +149,75 @@ class Selection {
     std::optional<OrmSpatializerProfileId> mProfile;
     std::optional<std::string> mTuningDevice;
     std::optional<int32_t> mDevice;
+    std::set<int32_t> mCodes;
+    std::set<size_t> mParams;
 };
+
+/** The line of the element that chose the preset of a profile's device; 0 where there is none. */
+long includeLine(const LoadedDocument& document, const EffectList& list, int32_t device) {
+    const Endpoint wanted = device == DEVICE_OUT_SPEAKER ? ENDPOINT_SPEAKER : ENDPOINT_HEADPHONE;
+    const XmlElements& xml = document.elements();
+    const auto& elements = document.trace().getElements();
+    // Of formats 3.2. the profile has it, of others each endpoint.
+    std::set<size_t> owners;
+    for (const ReadSection& section : document.trace().getSections()) {
+        for (const ProfileEndpoint* const endpoint : document.objects().getProfileEndpoints()) {
+            const bool isTheirs = endpoint == section.object && endpoint->getEndpoint() == wanted;
+            if (isTheirs && endpoint->getProfileId() == list.profile) {
+                owners = {section.element, xml.parent(section.element)};
+            }
+        }
+    }
+    long line = 0;
+    for (size_t element = 0; element < elements.size(); ++element) {
+        const bool isInclude = elements[element].is(DocumentElement::INCLUDE);
+        line = isInclude && owners.count(xml.parent(element)) > 0 ? xml.line(element) : line;
+    }
+    return line;
+}
+
+/** Says of each origin of an entry what stands behind it. */
+void addReasons(const LoadedDocument& document, const std::vector<std::string>& lines,
+                const EffectList& list, Json& entry) {
+    const auto lineText = [&lines](long line) {
+        const bool isThere = line > 0 && static_cast<size_t>(line) <= lines.size();
+        return "line " + std::to_string(line) +
+               (isThere ? ": " + std::string(trimmed(lines[static_cast<size_t>(line - 1)])) : "");
+    };
+    for (Json& origin : entry["from"]) {
+        std::string why = origin["origin"];
+        if (origin.contains("line")) {
+            why = lineText(origin["line"]);
+        } else if (why == nameOf(Origin::Kind::VERSION_RULE)) {
+            why += " of format " + document.objects().getFormatVersion();
+        }
+        const bool isOfPreset = origin["parameter"].get<std::string>().compare(0, 4, "ieq_") == 0 &&
+                                (entry["code"] == "iebs" || entry["code"] == "ieid");
+        const long include = isOfPreset ? includeLine(document, list, entry["deviceId"]) : 0;
+        origin["why"] = why + (include == 0 ? "" : "; included in " + lineText(include));
+    }
+}
 
 /** The list's entries that are selected, with what stands behind each. */
 Json shownList(const EffectList& list, const std::vector<Origins>& origins,
                const Selection& selection) {
     Json entries = Json::array();
     for (size_t i = 0; i < list.entries.size(); ++i) {
-        if (selection.has(list.entries[i])) {
+        const Origins from = origins.empty() ? Origins() : origins[i];
+        if (selection.has(list.entries[i], from)) {
             Json& entry = entries.emplace_back(list.entries[i]);
-            entry["from"] = origins.empty() ? Origins() : origins[i];
+            entry["from"] = from;
         }
     }
     const bool isBuiltIn = list.kind == EffectList::Kind::BUILT_IN;
     return {{"list", titleOf(list)}, {"builtIn", isBuiltIn}, {"entries", entries}};
+}
+
+/** Lists that nothing is selected of are left out where parameters are. */
+void addList(Json list, const Selection& selection, Json& shown) {
+    if (!selection.hasReasons() || !list["entries"].empty()) {
+        shown["lists"].push_back(std::move(list));
+    }
 }
 
 void addDocument(const LoadedDocument& document, const std::vector<EffectList>& lists,
@@ -144,10 +227,20 @@ void addDocument(const LoadedDocument& document, const std::vector<EffectList>& 
         shown["objects"] = objectsOf(document);
     }
     const EntryOrigins origins(document);
+    const std::vector<std::string> text = selection.hasReasons()
+                                                  ? linesOf(readDocument(document.file()))
+                                                  : std::vector<std::string>();
     for (const EffectList& list : lists) {
-        if (selection.has(list)) {
-            shown["lists"].push_back(shownList(list, origins.originsOf(list), selection));
+        if (!selection.has(list)) {
+            continue;
         }
+        Json json = shownList(list, origins.originsOf(list), selection);
+        if (selection.hasReasons()) {
+            for (Json& entry : json["entries"]) {
+                addReasons(document, text, list, entry);
+            }
+        }
+        addList(std::move(json), selection, shown);
     }
 }
 
@@ -167,12 +260,12 @@ void show(const ShowOptions& options, std::ostream& out) {
     SpatializerParamArray store{SpatializerParamArray::Empty()};
     for (const EffectList& list : builtInLists(store)) {
         if (selection.has(list)) {
-            shown["lists"].push_back(shownList(list, {}, selection));
+            addList(shownList(list, {}, selection), selection, shown);
         }
     }
     if (shown["objects"].empty() && shown["lists"].empty()) {
         throw std::runtime_error(options.file.empty() ? "that takes a FILE"
-                                                      : options.file + ": no such list");
+                                                      : options.file + ": no such list or entry");
     }
     options.json ? printJson(shown, out) : printText(shown, out);
 }
@@ -206,15 +299,25 @@ void addShow(CLI::App& app) {
             ->allow_extra_args(false)
             ->check(CLI::IsMember(listNames()))
             ->type_name("LIST");
+    command->add_option("--code", options->codes,
+                        "Only the effect's parameter of this code, with what stands behind it; "
+                        "may be repeated")
+            ->allow_extra_args(false)
+            ->type_name("CODE");
+    command->add_option("--parameter", options->params,
+                        "Only what is made of this tuning parameter, likewise")
+            ->allow_extra_args(false)
+            ->type_name("NAME");
     command->add_flag("--json", options->json,
                       "{file, objects: [{object, line, ..., values: {PARAMETER: [...]}}], lists: "
                       "[{list, builtIn, entries: [{device, deviceId, code, meaning, values, "
-                      "structure, from: [{parameter, origin, line}]}]}]}");
+                      "structure, from: [{parameter, origin, line, why}]}]}]}");
     command->footer(R"(What stands behind an entry: the lines of its elements; a version rule or a
 default, where the reader put the value in; absent, where nothing did.
 
 Examples:
   ormel-tuning show examples/tablet-quad.xml --profile movie --device speaker
+  ormel-tuning show examples/tablet-quad.xml --profile movie --device speaker --code ieid
   ormel-tuning show --list common)");
     command->callback([options] { show(*options, std::cout); });
 }

@@ -110,6 +110,14 @@ std::string describe(const Json& entry, const Style& style) {
     } else if (values.size() > 1) {
         out << std::string(kValueColumn, ' ') << wrapped(listText(values), kValueColumn) << '\n';
     }
+    for (const Json& origin : entry["from"]) {
+        if (origin.contains("why")) {
+            const std::string why = origin["parameter"].get<std::string>() + ": " +
+                                    origin["why"].get<std::string>();
+            out << std::string(kValueColumn, ' ') << style.faint(wrapped(why, kValueColumn))
+                << '\n';
+        }
+    }
     return out.str();
 }
 
