@@ -77,7 +77,7 @@ TEST(ApplyTest, SaysWhatItCannotDo) {
             {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND",
              "ormel-tuning: stdin:4: unknown operation 'play'; there are profile, tuning, geq, "
              "device-proc, load-tuning"},
-            {"show " + kSmall + " --profile 2", "small.xml: no such list"},
+            {"show " + kSmall + " --profile 2", "small.xml: no such list or entry"},
             {"show " + kSmall + " --device tv",
              "ormel-tuning: unknown device 'tv'; there are all_devices, speaker, wired_headphone, "
              "Bluetooth_A2DP, USB_device"},
@@ -164,6 +164,14 @@ TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
                 "target": -16
               },)"},
             {"--list movie", "built-in list movie: 27 entries\n"},
+            {speaker + " --parameter ieq_target",
+             "          ieq_target: line 7: <ieq-bands>; included in line 22: <include "
+             "preset=\"warm\"/>\n"},
+            {speaker + " --code hpon", "profile 1 movie: 1 entry\n"},
+            {speaker + " --code hpon",
+             "          hearing_protection_enable: version rule of format 3.2.2\n"},
+            {speaker + " --code vbm --json",
+             "\"why\": \"line 33: <virtual-bass-mode value=\\\"3\\\"/>\""},
     };
     for (const auto& [arguments, text] : cases) {
         const auto [status, output] = run("show " + arguments);
@@ -180,20 +188,25 @@ TEST(DiffTest, ComparesWhatTheEffectGetsOrWhatTheDocumentsSay) {
   speaker
     iebs  [5]  intelligent equalizer bands: count, frequencies, targets
           target at 1000 Hz: 32 -> 48
+          line 7 -> line 7
     vbm  3 -> 1  virtual bass mode, 0 when switched off
+          lines 25, 33 -> lines 24, 34
 tuning device internal_speaker_night
   38 values in b only
 40 differences
 )"},
             {"--document " + kChanged + ' ' + kSmall, 1, R"(geq preset of profile 1
     geq_gain  9 -> 8
+          line 13 -> line 13
 ieq preset 3
     ieq_target  [2]
           value 2: 48 -> 32
+          line 5 -> line 5
 tuning device internal_speaker_night
   3 values in a only
 tuning wide 'n' low
     virtual_bass_mode  1 -> 3
+          line 29 -> line 29
 6 differences
 )"},
     };
@@ -220,21 +233,25 @@ const std::string kCheck =
 TEST(JsonTest, SaysWhatIsInTheDocuments) {
     const std::tuple<std::string, std::string, Json> cases[] = {
             {"diff --json --document " + kChanged + ' ' + kSmall, "/differences", R"([
-    {"in": "geq preset of profile 1", "parameter": "geq_gain", "a": [9], "b": [8]},
-    {"in": "ieq preset 3", "parameter": "ieq_target", "a": [-16, 48], "b": [-16, 32]},
+    {"in": "geq preset of profile 1", "parameter": "geq_gain", "a": [9], "b": [8],
+     "aLines": [13], "bLines": [13]},
+    {"in": "ieq preset 3", "parameter": "ieq_target", "a": [-16, 48], "b": [-16, 32],
+     "aLines": [5], "bLines": [5]},
     {"in": "tuning device internal_speaker_night", "parameter": "port",
-     "a": "internal_speaker", "b": null},
+     "a": "internal_speaker", "b": null, "aLines": [31], "bLines": []},
     {"in": "tuning device internal_speaker_night", "parameter": "selected",
-     "a": "false", "b": null},
+     "a": "false", "b": null, "aLines": [31], "bLines": []},
     {"in": "tuning device internal_speaker_night", "parameter": "tuning",
-     "a": "wide 'n' low", "b": null},
-    {"in": "tuning wide 'n' low", "parameter": "virtual_bass_mode", "a": [1], "b": [3]}])"_json},
+     "a": "wide 'n' low", "b": null, "aLines": [31], "bLines": []},
+    {"in": "tuning wide 'n' low", "parameter": "virtual_bass_mode", "a": [1], "b": [3],
+     "aLines": [29], "bLines": [29]}])"_json},
             {"diff --json " + kSmall + ' ' + kChanged, "/a", kSmall},
             {"diff --json " + kSmall + ' ' + kChanged, "/b", kChanged},
             {"diff --json " + kSmall + ' ' + kChanged, "/differences/0", R"(
     {"in": "profile 1", "device": "speaker", "code": "iebs",
      "meaning": "intelligent equalizer bands: count, frequencies, targets",
-     "a": [2, 100, 1000, -16, 32], "b": [2, 100, 1000, -16, 48]})"_json},
+     "a": [2, 100, 1000, -16, 32], "b": [2, 100, 1000, -16, 48],
+     "aLines": [7], "bLines": [7]})"_json},
             {kScript, "/file", kChanged},
             {kScript, "/operations/0", R"json(
     {"operation": "setDeviceProcParams(deon, dom)", "calls": [], "returned": null})json"_json},

@@ -7,6 +7,7 @@
 #include "LibraryLog.h"
 #include "ReadTrace.h"
 #include "Store.h"
+#include "XmlElements.h"
 #include "text/Names.h"
 #include "text/Progress.h"
 #include "text/Text.h"
@@ -45,8 +46,9 @@ LoadedDocument::LoadedDocument(std::string file) : mFile(std::move(file)) {
     const std::string text = readDocument(mFile);
     const XmlErrorScope errors;
     mElements = std::make_unique<XmlElements>(text);
-    if (!mElements->isReadable() && !text.empty()) {
-        throw std::runtime_error(mFile + errors.first());
+    if (!mElements->isReadable()) {
+        throw std::runtime_error(mFile +
+                                 (text.empty() ? ": the document is empty" : errors.first()));
     }
     mTrace = std::make_unique<ReadTrace>(mFile, text, *mElements);
     mObjects = &mTrace->getDocument();

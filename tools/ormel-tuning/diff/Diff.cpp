@@ -1,19 +1,21 @@
-#include <ormel/StoreFront.h>
-
 #include <algorithm>
 #include <iomanip>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Commands.h"
+#include "document/AppliedLists.h"
 #include "document/DocumentObjects.h"
+#include "document/EntryOrigins.h"
 #include "document/LoadedDocument.h"
-#include "document/RecordingEffect.h"
+#include "show/ShowText.h"
 #include "text/Json.h"
 #include "text/Names.h"
 #include "text/Text.h"
@@ -42,6 +44,10 @@ struct Item {
     /** Numbers, or a text. */
     Values values = {};
     std::string text = {};
+    /** What the values are by their places, where that is known. */
+    std::optional<Shape> shape = {};
+    /** The lines of the document that it comes from. */
+    std::set<long> lines = {};
 };
 
 bool isSame(const Item& left, const Item& right) {
@@ -66,28 +72,52 @@ struct Difference {
 using Differences = std::map<Items::key_type, Difference>;
 using GroupDifferences = std::map<std::string, Differences>;
 
-Items itemsOf(const RecordingEffect& effect) {
+Items itemsOf(const AppliedList& applied, const std::vector<Origins>& origins) {
     Items items;
-    for (const auto& [place, values] : effect.getValues()) {
+    for (const auto& [place, values] : applied.values) {
         const auto [device, code] = place;
         const auto [letters, meaning] = codeText(code);
-        items[{device, letters}] = {deviceText(device), letters, meaning, code, values};
+        items[{device, letters}] = {deviceText(device),
+                                    letters,
+                                    meaning,
+                                    code,
+                                    values,
+                                    "",
+                                    shapeOf(applied, device, code)};
+    }
+    // Of entries for one device and code the effect keeps the last.
+    for (size_t i = 0; i < origins.size(); ++i) {
+        const Entry& entry = applied.list.entries[i];
+        const auto item = items.find({entry.device, codeText(entry.code).letters});
+        if (item == items.end()) {
+            continue;
+        }
+        item->second.lines.clear();
+        for (const Origin& origin : origins[i]) {
+            if (origin.kind == Origin::Kind::LINE) {
+                item->second.lines.insert(origin.line);
+            }
+        }
     }
     return items;
 }
 
 Items itemsOf(const Json& object) {
     Items items;
+    std::set<long> lines;
+    if (object.contains("line")) {
+        lines.insert(object["line"].get<long>());
+    }
     for (const auto& [name, field] : object.items()) {
         if (name == "values") {
             for (const auto& [param, values] : field.items()) {
                 if (!values.empty()) {
-                    items[{0, param}] = {"", param, "", 0, values};
+                    items[{0, param}] = {"", param, "", 0, values, "", {}, lines};
                 }
             }
         } else if (name != "object" && name != "line") {
             const std::string text = field.is_string() ? field.get<std::string>() : field.dump();
-            items[{0, name}] = {"", name, "", 0, {}, printable(text)};
+            items[{0, name}] = {"", name, "", 0, {}, printable(text), {}, lines};
         }
     }
     return items;
@@ -103,18 +133,14 @@ Groups objectGroups(const LoadedDocument& document) {
 
 /** What an effect keeps of each profile and each tuning device, as the front applies them. */
 Groups effectGroups(const LoadedDocument& document) {
-    StoreFront front(document.store());
+    const EntryOrigins origins(document);
     Groups groups;
-    for (const EffectList& list : document.lists()) {
-        RecordingEffect effect;
-        if (list.kind == EffectList::Kind::PROFILE) {
-            front.setProfile(list.profile, &effect, false);
-            // Its name is none of the effect's business.
-            groups.emplace("profile " + std::to_string(list.profile), itemsOf(effect));
-        } else {
-            front.loadTuningDevice(list.name, &effect);
-            groups.emplace(titleOf(list), itemsOf(effect));
-        }
+    for (const AppliedList& applied : appliedLists(document)) {
+        const EffectList& list = applied.list;
+        // A profile's name is none of the effect's business.
+        const bool isProfile = list.kind == EffectList::Kind::PROFILE;
+        groups.emplace(isProfile ? "profile " + std::to_string(list.profile) : titleOf(list),
+                       itemsOf(applied, origins.originsOf(list)));
     }
     return groups;
 }
@@ -161,6 +187,8 @@ Json jsonOf(const std::string& group, const Difference& difference) {
         json["parameter"] = item.name;
     }
     json.update({{"a", jsonOf(difference.left)}, {"b", jsonOf(difference.right)}});
+    json["aLines"] = difference.left == nullptr ? std::set<long>() : difference.left->lines;
+    json["bLines"] = difference.right == nullptr ? std::set<long>() : difference.right->lines;
     return json;
 }
 
@@ -204,54 +232,90 @@ Values frequenciesOf(const Shape& shape) {
     return {};
 }
 
-/** The bands whose values differ; none when the shapes do not allow the comparison. */
-std::optional<std::vector<std::string>> bandChanges(const Item& left, const Item& right) {
-    const std::optional<Shape> a = shapeOf(left.code, left.values);
-    const std::optional<Shape> b = shapeOf(right.code, right.values);
-    const bool areBands = a.has_value() && b.has_value() && !a->columns.empty() &&
-                          a->fields == b->fields && left.values.size() == right.values.size();
-    if (!areBands) {
-        return std::nullopt;
-    }
-    const bool areSameFrequencies = frequenciesOf(*a) == frequenciesOf(*b);
-    const auto nameOf = [&a, areSameFrequencies](size_t band) {
-        const Values frequencies = frequenciesOf(*a);
-        const bool hasFrequency = areSameFrequencies && !frequencies.empty();
-        return hasFrequency ? std::to_string(frequencies[band]) + " Hz"
-                            : "band " + std::to_string(band + 1);
-    };
+std::vector<std::string> columnChanges(const Shape& a, const Shape& b) {
+    const Values frequencies = frequenciesOf(a);
+    const bool hasFrequency = frequencies == frequenciesOf(b) && !frequencies.empty();
     std::vector<std::string> lines;
-    for (size_t i = 0; i < a->columns.size(); ++i) {
-        const auto changes = rowChanges(a->columns[i].values, b->columns[i].values, nameOf);
+    for (size_t i = 0; i < a.columns.size(); ++i) {
+        const auto changes = rowChanges(a.columns[i].values, b.columns[i].values, [&](size_t band) {
+            return hasFrequency ? std::to_string(frequencies[band]) + " Hz"
+                                : "band " + std::to_string(band + 1);
+        });
         if (!changes.empty()) {
-            lines.push_back(a->columns[i].name + " at " + joined(changes, ", "));
+            lines.push_back(a.columns[i].name + " at " + joined(changes, ", "));
         }
     }
     return lines;
 }
 
+/** The places that differ, or where they are many both rows as they are. */
+std::vector<std::string> listChanges(const Values& left, const Values& right,
+                                     const std::string& name) {
+    if (left.size() == right.size()) {
+        const auto changes = rowChanges(
+                left, right, [&name](size_t place) { return name + std::to_string(place + 1); });
+        if (changes.size() <= kMaxPlaces) {
+            return changes.empty() ? changes : std::vector{joined(changes, ", ")};
+        }
+    }
+    return {"a: " + listText(left), "b: " + listText(right)};
+}
+
+/** The parts of two values that differ; none when their shapes do not allow the comparison. */
+std::optional<std::vector<std::string>> partChanges(const Item& left, const Item& right) {
+    if (!left.shape.has_value() || !right.shape.has_value()) {
+        return std::nullopt;
+    }
+    const Shape& a = *left.shape;
+    const Shape& b = *right.shape;
+    const auto bandCount = [](const Shape& shape) {
+        return shape.columns.empty() ? 0 : shape.columns.front().values.size();
+    };
+    if (a.fields.size() != b.fields.size() || a.columns.size() != b.columns.size() ||
+        bandCount(a) != bandCount(b)) {
+        return std::nullopt;
+    }
+    std::vector<std::string> lines = columnChanges(a, b);
+    for (size_t i = 0; i < a.fields.size(); ++i) {
+        if (a.fields[i] != b.fields[i]) {
+            lines.push_back(a.fields[i].first + ": " + std::to_string(a.fields[i].second) + " -> " +
+                            std::to_string(b.fields[i].second));
+        }
+    }
+    for (std::string& change : listChanges(a.rest, b.rest, a.restName + " ")) {
+        lines.push_back(std::move(change));
+    }
+    return lines;
+}
+
 std::vector<std::string> detailsOf(const Difference& difference) {
+    const Item& item = difference.item();
     if (difference.left == nullptr || difference.right == nullptr) {
-        const Values& values = difference.item().values;
-        return values.size() > 1 ? std::vector{listText(values)} : std::vector<std::string>();
+        const bool isRow = item.values.size() > 1 && !item.shape.has_value();
+        return isRow ? std::vector{listText(item.values)} : std::vector<std::string>();
     }
     const Item& left = *difference.left;
     const Item& right = *difference.right;
     if (left.values.size() <= 1 && right.values.size() <= 1) {
         return {};
     }
-    if (const auto bands = bandChanges(left, right); bands.has_value()) {
-        return *bands;
-    }
-    if (left.values.size() == right.values.size()) {
-        const auto changes = rowChanges(left.values, right.values, [](size_t place) {
-            return "value " + std::to_string(place + 1);
-        });
-        if (changes.size() <= kMaxPlaces) {
-            return {joined(changes, ", ")};
+    const auto parts = partChanges(left, right);
+    return parts.has_value() ? *parts : listChanges(left.values, right.values, "value ");
+}
+
+/** "line 1 -> lines 2, 3". */
+std::string linesText(const Difference& difference) {
+    const auto textOf = [](const Item* item) {
+        if (item == nullptr || item->lines.empty()) {
+            return std::string("no line");
         }
-    }
-    return {"a: " + listText(left.values), "b: " + listText(right.values)};
+        std::string text;
+        for (const long line : item->lines) {
+            text += (text.empty() ? "" : ", ") + std::to_string(line);
+        }
+        return (item->lines.size() == 1 ? "line " : "lines ") + text;
+    };
+    return textOf(difference.left) + " -> " + textOf(difference.right);
 }
 
 /** The lines on a difference, without its group and part. */
@@ -271,7 +335,12 @@ std::string describe(const Difference& difference, const Style& style) {
     for (const std::string& detail : detailsOf(difference)) {
         text.append(kDetailColumn, ' ').append(wrapped(detail, kDetailColumn)).append("\n");
     }
-    return text;
+    std::ostringstream parts;
+    if ((difference.left == nullptr || difference.right == nullptr) && item.shape.has_value()) {
+        printStructure(*item.shape, parts);
+    }
+    return text + parts.str() + std::string(kDetailColumn, ' ') +
+           style.faint(linesText(difference)) + '\n';
 }
 
 /** The differences of one group; devices with the same ones share them. */
@@ -343,8 +412,9 @@ void addDiff(CLI::App& app, int& status) {
                       "Compare the tuning values as the documents give them");
     command->add_flag(
             "--json", options->json,
-            "{a, b, differences: [{in, device, code, meaning, a, b}]}, a and b being "
-            "values, a text, or null where absent; with --document {in, parameter, a, b}");
+            "{a, b, differences: [{in, device, code, meaning, a, b, aLines, bLines}]}, a and b "
+            "being "
+            "values, a text, or null where absent; with --document {in, parameter, a, ...}");
     command->footer(kExample);
     command->callback([options, &status] { status = diff(*options, std::cout) ? 1 : 0; });
 }

@@ -73,25 +73,6 @@ void printRow(const std::string& name, const Json& bands, size_t begin, std::ost
     out << '\n';
 }
 
-void printStructure(const Json& structure, std::ostream& out) {
-    std::vector<std::string> fields;
-    for (const auto& [name, value] : structure.items()) {
-        if (name != "bands") {
-            fields.push_back(fieldText(name, value));
-        }
-    }
-    if (!fields.empty()) {
-        out << std::string(kValueColumn, ' ') << wrapped(joined(fields, ", "), kValueColumn)
-            << '\n';
-    }
-    const Json bands = structure.value("bands", Json::array());
-    for (size_t begin = 0; begin < bands.size(); begin += kBandsPerLine) {
-        for (const auto& [name, value] : bands[begin].items()) {
-            printRow(name, bands, begin, out);
-        }
-    }
-}
-
 /** The meaning of an entry and what stands behind it, the latter below when it does not fit. */
 std::string meaningText(const std::string& meaning, const std::string& origin, const Style& style) {
     const bool fits = kMeaningColumn + meaning.size() + 2 + origin.size() <= kColumns;
@@ -159,6 +140,25 @@ void printObject(const Json& object, const Style& style, std::ostream& out) {
 }
 
 }  // namespace
+
+void printStructure(const Json& structure, std::ostream& out) {
+    std::vector<std::string> fields;
+    for (const auto& [name, value] : structure.items()) {
+        if (name != "bands") {
+            fields.push_back(fieldText(name, value));
+        }
+    }
+    if (!fields.empty()) {
+        out << std::string(kValueColumn, ' ') << wrapped(joined(fields, ", "), kValueColumn)
+            << '\n';
+    }
+    const Json bands = structure.value("bands", Json::array());
+    for (size_t begin = 0; begin < bands.size(); begin += kBandsPerLine) {
+        for (const auto& [name, value] : bands[begin].items()) {
+            printRow(name, bands, begin, out);
+        }
+    }
+}
 
 void printText(const Json& shown, std::ostream& out) {
     const Style style;
