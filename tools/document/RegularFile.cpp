@@ -90,7 +90,7 @@ std::string findFile(const std::string& name) {
     if (isPlain && static_cast<size_t>(status.st_size) > DocumentBudget::kMaxDocumentBytes) {
         failTooLarge(name);
     }
-    const std::string path = isPlain ? name : copyOf(name, file);
+    std::string path = isPlain ? name : copyOf(name, file);
     ::close(file);
     return path;
 }

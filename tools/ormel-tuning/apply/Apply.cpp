@@ -10,8 +10,8 @@
 
 #include "Commands.h"
 #include "Operations.h"
-#include "document/RecordingEffect.h"
 #include "document/LibraryLog.h"
+#include "document/RecordingEffect.h"
 #include "document/RegularFile.h"
 #include "document/Store.h"
 #include "text/Json.h"

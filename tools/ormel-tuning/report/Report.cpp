@@ -96,6 +96,7 @@ void addLoaded(const ReportOptions& options, Json& content) {
     }
     content["format"] = document->objects().getFormatVersion();
     content["lists"] = listsJson(*document, old.has_value() ? &*old : nullptr);
+    content["isCut"] = content["lists"].size() == kMaxLists;
     content.update(picturesJson(old.has_value() ? picturesOf(*document, *old, {})
                                                 : picturesOf(*document, {})));
 }
@@ -111,6 +112,7 @@ void report(const ReportOptions& options) {
     Json content = {{"file", baseName(options.file)},
                     {"old", hasOld ? Json(baseName(options.old)) : Json(false)},
                     {"isRefused", false},
+                    {"isCut", false},
                     {"format", ""},
                     {"lists", Json::array()},
                     {"pictures", Json::array()},

@@ -25,7 +25,6 @@ using Values = std::vector<int32_t>;
 /** A device and a code. */
 using Place = std::pair<int32_t, int32_t>;
 
-constexpr size_t kMaxLists = 200;
 /** Codes that one sentence names. */
 constexpr size_t kMaxCodes = 8;
 
