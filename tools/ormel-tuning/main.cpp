@@ -102,7 +102,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     // A reader that has gone is a failed write, and no reason to die of.
-    std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGPIPE, SIG_IGN);
     try {
         const int status = run(argc, argv);
         if (!std::cout.flush()) {
