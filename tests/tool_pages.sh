@@ -45,7 +45,7 @@ blocks=0
 command=
 shown=()
 finish() {
-    [[ -z $command || $command == *' plot '* ]] || compare "$command" "${shown[@]}"
+    [[ -z $command || $command == *' -o '* ]] || compare "$command" "${shown[@]}"
     command=
     shown=()
 }
