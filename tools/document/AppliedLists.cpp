@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "text/Progress.h"
+
 namespace ormel::tools {
 
 std::vector<AppliedList> appliedLists(const LoadedDocument& document) {
+    const ProgressStep step("applying " + document.file());
     StoreFront front(document.store());
     std::vector<AppliedList> applied;
     for (EffectList& list : document.lists()) {

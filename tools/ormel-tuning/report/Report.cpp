@@ -18,6 +18,7 @@
 #include "document/LoadedDocument.h"
 #include "document/ReadTrace.h"
 #include "text/Files.h"
+#include "text/Progress.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
@@ -102,6 +103,7 @@ void addLoaded(const ReportOptions& options, Json& content) {
 }
 
 void report(const ReportOptions& options) {
+    const ProgressStep step("reviewing " + options.file);
     setLibraryLog(ANDROID_LOG_SILENT);
     // The last iterator to go takes libxml2's state with it, which the schema is part of.
     const TagIterator keepsLibraryUp;

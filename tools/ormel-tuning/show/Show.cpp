@@ -18,6 +18,7 @@
 #include "document/XmlElements.h"
 #include "text/Json.h"
 #include "text/Names.h"
+#include "text/Progress.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
@@ -222,6 +223,7 @@ void addList(Json list, const Selection& selection, Json& shown) {
 
 void addDocument(const LoadedDocument& document, const std::vector<EffectList>& lists,
                  const Selection& selection, Json& shown) {
+    const ProgressStep step("looking where values come from");
     shown["file"] = document.file();
     if (selection.hasObjects()) {
         shown["objects"] = objectsOf(document);
