@@ -99,14 +99,14 @@ class XmlElements::Reader {
         // Those that stand in the element, as in a tree; defaults of the document type come last.
         const int writtenCount = attributeCount - defaultedCount;
         addAttributes(attributes, writtenCount);
-        pass(&xmlSAXHandler::startElementNs, name, nullptr, uri, namespaceCount, namespaces,
+        pass(&xmlSAXHandler::startElementNs, passedName(name), nullptr, uri, namespaceCount, namespaces,
              writtenCount, 0, mEvents.data());
     }
 
     void endElement(const xmlChar* /* name */, const xmlChar* /* prefix */, const xmlChar* uri) {
         Element& element = mDocument.mElements[mCurrent];
         element.end = static_cast<uint32_t>(mDocument.size());
-        pass(&xmlSAXHandler::endElementNs, element.name, nullptr, uri);
+        pass(&xmlSAXHandler::endElementNs, passedName(element.name), nullptr, uri);
         mCurrent = element.parent;
         mLastNode = Node::OTHER;
     }
@@ -118,7 +118,12 @@ class XmlElements::Reader {
 
     void addData(const xmlChar* text, int length) {
         addNode(Node::CDATA);
-        pass(&xmlSAXHandler::cdataBlock, text, length);
+        // Blanks are as harmless here as in text, but validation has no other rule for them.
+        const std::string_view data(reinterpret_cast<const char*>(text),
+                                    static_cast<size_t>(length));
+        if (data.find_first_not_of(" \t\r\n") != std::string_view::npos) {
+            pass(&xmlSAXHandler::cdataBlock, text, length);
+        }
     }
 
     void addComment(const xmlChar* /* text */) { addNode(Node::OTHER); }
@@ -130,6 +135,12 @@ class XmlElements::Reader {
     void addReference(const xmlChar* name) {
         addNode(Node::OTHER);
         mDocument.mReferences.emplace_back(mCurrent, toText(name));
+    }
+
+    /** The current element's name for the listener, which may want the root to have another. */
+    const xmlChar* passedName(const xmlChar* name) const {
+        const bool isRenamed = mCurrent == 0 && mListener != nullptr && mListener->rootName;
+        return isRenamed ? toXml(mListener->rootName) : name;
     }
 
     /** The name as libxml2's tree has it: with its prefix, if that stands for nothing. */

@@ -29,6 +29,8 @@ struct XmlListener {
     xmlSAXHandler* handlers = nullptr;
     void* context = nullptr;
     size_t element = 0;
+    /** What it gets for the root's name, which the reader does not look at; null for that name. */
+    const char* rootName = nullptr;
 };
 
 /** A node among its siblings. */

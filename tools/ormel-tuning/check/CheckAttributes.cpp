@@ -370,11 +370,7 @@ class AttributeCheck {
     void checkOptimizerBand(const ReadElement& record) const {
         const std::vector<std::string> names = attributeNamesOf(record.setter);
         constexpr size_t kStereoNames = findEntryLayout(AOBS)->lists.size() + 2;
-        const auto* const tuning =
-                static_cast<const Tuning*>(mContext.trace.getSections()[record.section].object);
-        const auto* const channels =
-                tuning == nullptr ? nullptr : &tuning->getValues().at(OUTPUT_CHANNELS);
-        const bool isQuad = channels != nullptr && firstOr0(*channels) == 4;
+        const bool isQuad = firstOr0(mContext.valuesOf(record.section, OUTPUT_CHANNELS)) == 4;
         for (size_t i = 0; i < names.size(); ++i) {
             if (i < kStereoNames || isQuad) {
                 checkNumber(names[i]);

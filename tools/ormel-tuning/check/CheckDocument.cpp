@@ -31,6 +31,13 @@ std::string firstLine(const char* message) {
     return std::string(text.substr(0, text.find('\n')));
 }
 
+/** The line that libxml2 names of a tag behind @p mark: "Start Tag band line 12"; else @p other. */
+long lineIn(const std::string& message, const char* mark, long other) {
+    const size_t found = message.find(mark);
+    const size_t line = found == std::string::npos ? found : message.find(" line ", found);
+    return line == std::string::npos ? other : std::stol("0" + message.substr(line + 6));
+}
+
 }  // namespace
 
 CheckDocument::CheckDocument(const std::string& text, SchemaValidation& validation,
@@ -42,10 +49,20 @@ CheckDocument::CheckDocument(const std::string& text, SchemaValidation& validati
             return;
         }
     }
-    const XmlErrorScope errors([&findings](const xmlError& error) {
-        findings.add({Rule::NOT_WELL_FORMED, error.line, firstLine(error.message)});
+    std::optional<Finding> fault;
+    const XmlErrorScope errors([&fault](const xmlError& error) {
+        const std::string message = firstLine(error.message);
+        if (!fault.has_value()) {
+            fault = {Rule::NOT_WELL_FORMED, lineIn(message, "tag mismatch: ", error.line), message};
+        } else {
+            // What follows comes of the first, but may tell where that tag begins.
+            fault->line = std::min(fault->line, lineIn(message, "Start Tag ", fault->line));
+        }
     });
     mElements.emplace(text, &validation.listener());
+    if (fault.has_value()) {
+        findings.add(*fault);
+    }
     if (isReadable()) {
         findOddities(findings);
     } else if (findings.all().empty()) {

@@ -23,6 +23,17 @@ struct CheckContext {
     const ReadSection& section(size_t element) const {
         return trace.getSections()[read(element).section];
     }
+    /** What a section's object holds of a parameter; none where nothing came of the section. */
+    const std::vector<int>& valuesOf(size_t section, Parameter param) const {
+        static const std::vector<int> none;
+        const ReadSection& read = trace.getSections()[section];
+        if (read.object == nullptr || read.owner == ParameterOwner::NONE) {
+            return none;
+        }
+        const auto& values = static_cast<const ParameterValues*>(read.object)->getValues();
+        const auto found = values.find(param);
+        return found == values.end() ? none : found->second;
+    }
     bool has(VersionRuleKind rule) const { return findVersionRule(formatVersion, rule) != nullptr; }
     /** Whether the reader was at the element at all, other than to look at its name. */
     bool isUsed(size_t element) const {

@@ -132,8 +132,7 @@ class ParameterCheck {
         if (rule == nullptr || section.object == nullptr) {
             return;
         }
-        const auto* const object = static_cast<const ParameterValues*>(section.object);
-        const int stands = firstOr0(object->getValues().at(param));
+        const int stands = firstOr0(mContext.valuesOf(mContext.read(element).section, param));
         const std::string text = mDocument.attribute(element, "value").value_or("");
         if ((text == "true" ? 1 : string2Int(text)) != stands) {
             mContext.add(Rule::OVERWRITTEN, element,

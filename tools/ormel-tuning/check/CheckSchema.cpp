@@ -52,7 +52,7 @@ std::string textOf(std::string_view message) {
 
 }  // namespace
 
-CheckSchema::CheckSchema(const std::string& file) {
+CheckSchema::CheckSchema(const std::string& file) : mIsBuiltIn(file.empty()) {
     const XmlPointer<xmlDoc> embedded = file.empty() ? parseEmbedded() : nullptr;
     const XmlErrorScope errors;
     const SchemaPointer<xmlSchemaParserCtxt> parser(
@@ -68,6 +68,7 @@ CheckSchema::CheckSchema(const std::string& file) {
 SchemaValidation::SchemaValidation(const CheckSchema& schema)
     : mValidator(xmlSchemaNewValidCtxt(schema.get())) {
     xmlSchemaSetValidStructuredErrors(mValidator.get(), takeError, this);
+    mListener.rootName = schema.rootName();
     mPlug.reset(xmlSchemaSAXPlug(mValidator.get(), &mListener.handlers, &mListener.context));
 }
 

@@ -34,7 +34,11 @@ class CheckSchema {
 
     xmlSchema* get() const { return mSchema.get(); }
 
+    /** The root's name, whatever a document calls it; null where documents are held to it. */
+    const char* rootName() const { return mIsBuiltIn ? "device_tuning_data" : nullptr; }
+
   private:
+    const bool mIsBuiltIn;
     SchemaPointer<xmlSchema> mSchema;
 };
 
