@@ -24,7 +24,7 @@ expect() {
 
 # Reads findings as "FILE LINE ID", each once.
 triples() {
-    sed -nE 's/^(.*):([0-9]+): (error|warning): .* \[([a-z-]+)\]$/\1 \2 \4/p' | sort -u
+    sed -nE 's/^(.*):([0-9]+): (error|warning|note): .* \[([a-z-]+)\]$/\1 \2 \4/p' | sort -u
 }
 
 export LC_ALL=C
@@ -38,13 +38,25 @@ sed 's|^\./||' "$temp/out" | triples | diff "$temp/expected" - || fail 'findings
 
 # Every rule has a document, and an explanation.
 expect 0 --rules
-sed -nE 's/^- `([a-z-]+)` \((error|warning)\): .*/\1/p' "$temp/out" >"$temp/rules"
+sed -nE 's/^- `([a-z-]+)` \((error|warning|note)\): .*/\1/p' "$temp/out" >"$temp/rules"
 [[ $(wc -l <"$temp/rules") == $(wc -l <"$temp/out") ]] || fail 'a line of --rules is no rule'
 cut -d ' ' -f 3 "$temp/expected" | sort -u | diff <(sort "$temp/rules") - || fail 'rules'
 while read -r rule; do
     expect 0 --explain "$rule"
     grep -q "^$rule (" "$temp/out" || fail "--explain $rule"
 done <"$temp/rules"
+
+# What fails a build: warnings and errors, unless told otherwise, by the options or by a file.
+printf '[check]\nfail-on = "note"\ndisable = ["absent"]\n' >"$temp/options"
+printf '[check]\nfail-onn = "note"\n' >"$temp/misspelt"
+expect 0 absent.xml
+expect 1 --fail-on note absent.xml
+expect 0 --fail-on note --disable absent absent.xml
+expect 0 --config "$temp/options" absent.xml
+expect 1 --config "$temp/options" implausible.xml
+expect 0 --fail-on error repeated-value.xml
+expect 2 --disable no-such-rule absent.xml
+expect 2 --config "$temp/misspelt" absent.xml
 
 # The examples are sound but for the one that is not, which has three faults.
 for example in "$examples"/*.xml; do

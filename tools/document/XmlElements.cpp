@@ -99,8 +99,8 @@ class XmlElements::Reader {
         // Those that stand in the element, as in a tree; defaults of the document type come last.
         const int writtenCount = attributeCount - defaultedCount;
         addAttributes(attributes, writtenCount);
-        pass(&xmlSAXHandler::startElementNs, passedName(name), nullptr, uri, namespaceCount, namespaces,
-             writtenCount, 0, mEvents.data());
+        pass(&xmlSAXHandler::startElementNs, passedName(name), nullptr, uri, namespaceCount,
+             namespaces, writtenCount, 0, mEvents.data());
     }
 
     void endElement(const xmlChar* /* name */, const xmlChar* /* prefix */, const xmlChar* uri) {

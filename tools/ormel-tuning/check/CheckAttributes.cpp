@@ -24,11 +24,6 @@ bool appendNames(const ValueSetter* setter, std::vector<std::string>& names) {
     return true;
 }
 
-template <typename Range, typename Value>
-bool contains(const Range& range, const Value& value) {
-    return std::find(std::begin(range), std::end(range), value) != std::end(range);
-}
-
 std::string quoted(std::string_view text) {
     constexpr size_t kLongest = 40;
     std::string quoted = "\"" + std::string(text.substr(0, kLongest));
@@ -65,6 +60,7 @@ class AttributeCheck {
             checkUnread(record);
             checkTexts(record);
         }
+        checkIncluded();
     }
 
   private:
@@ -107,16 +103,21 @@ class AttributeCheck {
             const bool isAsked = reading.names.count(std::string(attribute.name)) != 0;
             if (!isAsked && !attribute.isQualified && attribute.name != "type") {
                 add(Rule::UNKNOWN_ATTRIBUTE, attribute.name,
-                    "is not looked at" + asked(record, reading));
+                    "is not looked at" + asked(attribute.name, record, reading));
             }
         }
     }
 
-    static std::string asked(const ReadElement& record, const Reading& reading) {
+    static std::string asked(std::string_view name, const ReadElement& record,
+                             const Reading& reading) {
         if (reading.kind == Reading::Kind::FIRST) {
             return "; of a row the first attribute counts";
         }
         const std::vector<std::string> names(reading.names.begin(), reading.names.end());
+        const std::string similar = nearestOf(name, names);
+        if (!similar.empty()) {
+            return "; is " + similar + " meant?";
+        }
         // Settings are picked from what there is, the others are asked for.
         return record.is(DocumentElement::GLOBAL_SETTING)
                        ? ""
@@ -355,7 +356,7 @@ class AttributeCheck {
     void checkPresetBand(const ValueSetter& setter) const {
         for (const std::string& name : attributeNamesOf(&setter)) {
             const std::string* const text = find(name);
-            const TextFault fault = text == nullptr ? TextFault::EMPTY : faultOfNumber(*text);
+            const TextFault fault = text == nullptr ? TextFault::EMPTY : faultOfBand(*text);
             if (fault == TextFault::EMPTY) {
                 add(Rule::SHORT_COLUMN, name,
                     text == nullptr ? "is missing, which ends the column at this band"
@@ -407,13 +408,9 @@ class AttributeCheck {
         }
         const bool isKnown = contains(kIeqPresetNames, *text);
         if (!isKnown) {
-            std::string names;
-            for (const char* const known : kIeqPresetNames) {
-                names.append(names.empty() ? "" : ", ").append(known);
-            }
             add(Rule::UNKNOWN_PRESET, name,
                 quoted(*text) + " is no preset's name and reads as " + kIeqPresetNames[0] +
-                        "; there are " + names);
+                        suggested(*text, {std::begin(kIeqPresetNames), std::end(kIeqPresetNames)}));
         }
         return isKnown;
     }
@@ -438,18 +435,56 @@ class AttributeCheck {
             }
             preset = string2Int(*text);
         }
-        if (mIeqPresets.count(preset) == 0) {
-            add(Rule::UNKNOWN_PRESET, attribute,
-                "names a preset that the document does not have; the endpoint goes with the one "
-                "before it");
+        mIncludes[preset].push_back(mElement);
+    }
+
+    /** A preset that is lost or has another id: one finding for all who include it. */
+    void checkIncluded() const {
+        const size_t stranded = strandedPreset();
+        for (const auto& [preset, includes] : mIncludes) {
+            if (mIeqPresets.count(preset) != 0) {
+                continue;
+            }
+            const std::string who = countText(includes.size(), "include", "includes");
+            if (stranded != 0) {
+                mContext.add(Rule::MISSING_PRESET, stranded,
+                             "is included by nobody, and " + who + " a preset " +
+                                     std::to_string(preset) + ", which is not there");
+                return;
+            }
+            mContext.add(Rule::MISSING_PRESET, includes.front(),
+                         "names preset " + std::to_string(preset) + ", which is not there, as " +
+                                 who + "; each endpoint goes with the preset before it",
+                         presetAttribute());
         }
+    }
+
+    /** A preset that nobody includes, its number being beyond those of the others; 0 for none. */
+    size_t strandedPreset() const {
+        for (const ReadSection& section : mContext.trace.getSections()) {
+            if (section.owner == ParameterOwner::IEQ_PRESET && section.object != nullptr) {
+                const int id = static_cast<const IeqPreset*>(section.object)->getPresetId();
+                const bool isBeyond = id < 0 || id > static_cast<int>(mIeqPresets.size());
+                if (isBeyond && mIncludes.count(id) == 0) {
+                    return section.element;
+                }
+            }
+        }
+        return 0;
+    }
+
+    static std::string suggested(std::string_view text, const std::vector<std::string>& names) {
+        const std::string similar = nearestOf(text, names);
+        return similar.empty() ? "; there are " + joined(names, ", ")
+                               : "; is " + similar + " meant?";
     }
 
     void checkEndpoint(std::string_view name, const std::string& reading) const {
         const std::string* const text = checkGiven(name, reading);
         if (text != nullptr && !contains(kEndpointNames, *text)) {
             add(Rule::UNKNOWN_ENDPOINT, name,
-                quoted(*text) + " reads as " + reading + "; write speaker, headphone or other");
+                quoted(*text) + " reads as " + reading +
+                        suggested(*text, {std::begin(kEndpointNames), std::end(kEndpointNames)}));
         }
     }
 
@@ -471,7 +506,8 @@ class AttributeCheck {
         }
         if (!contains(kPortNames, *port)) {
             add(Rule::UNKNOWN_PORT, "endpoint_port",
-                quoted(*port) + " is no port; there are " + supportedPorts());
+                quoted(*port) + " is no port" +
+                        suggested(*port, {std::begin(kPortNames), std::end(kPortNames)}));
         } else if (kPortNameToAndroidDevice.count(*port) == 0) {
             add(Rule::UNSUPPORTED_PORT, "endpoint_port",
                 *port + " has no output device to send the tuning to; " + supportedPorts() + " do");
@@ -500,6 +536,8 @@ class AttributeCheck {
     size_t mElement = 0;
     std::vector<DocumentAttribute> mAttributes;
     std::set<int> mIeqPresets;
+    /** Elements by the number of the preset that they choose. */
+    std::map<int, std::vector<size_t>> mIncludes;
 };
 
 }  // namespace

@@ -45,6 +45,8 @@ struct CheckOptions {
     std::vector<std::string> files;
     std::string schema;
     std::string explain;
+    std::string failOn = "warning";
+    std::vector<std::string> disabled;
     bool rules = false;
     bool quiet = false;
     bool json = false;
@@ -56,6 +58,7 @@ struct Totals {
     size_t filesWithFindings = 0;
     size_t errors = 0;
     size_t warnings = 0;
+    size_t notes = 0;
 };
 
 /** The files, with the XML files in a folder and those below in its place. */
@@ -93,10 +96,12 @@ void printText(const std::string& file, Findings& findings, const Style& style) 
     for (const Finding& finding : findings.sorted()) {
         const RuleRow& row = rowOf(finding.rule);
         const std::string severity = severityName(row.severity);
-        const bool isError = row.severity == Severity::ERROR;
         std::cout << printable(file) << ':' << finding.line << ": "
-                  << (isError ? style.removed(severity) : style.heading(severity)) << ": "
-                  << textOf(finding) << ' ' << style.faint("[" + std::string(row.id) + "]") << '\n';
+                  << (row.severity == Severity::ERROR  ? style.removed(severity)
+                      : row.severity == Severity::NOTE ? style.faint(severity)
+                                                       : style.heading(severity))
+                  << ": " << textOf(finding) << ' ' << style.faint("[" + std::string(row.id) + "]")
+                  << '\n';
     }
     for (size_t rule = 0; rule < std::size(kRules); ++rule) {
         const size_t count = findings.countOf(static_cast<Rule>(rule));
@@ -111,13 +116,15 @@ Json jsonOf(const std::string& file, Findings& findings) {
     return {{"file", file},
             {"errors", findings.countOf(Severity::ERROR)},
             {"warnings", findings.countOf(Severity::WARNING)},
+            {"notes", findings.countOf(Severity::NOTE)},
             {"findings", findings.sorted()}};
 }
 
 std::string summaryOf(const Totals& totals) {
     return countText(totals.files, "file", "files") +
-           " checked: " + countText(totals.errors, "error", "errors") + " and " +
-           countText(totals.warnings, "warning", "warnings") + " in " +
+           " checked: " + countText(totals.errors, "error", "errors") + ", " +
+           countText(totals.warnings, "warning", "warnings") + " and " +
+           countText(totals.notes, "note", "notes") + " in " +
            countText(totals.filesWithFindings, "file", "files");
 }
 
@@ -149,17 +156,19 @@ void printRules(const CheckOptions& options) {
 void count(const Findings& findings, Totals& totals) {
     const size_t errors = findings.countOf(Severity::ERROR);
     const size_t warnings = findings.countOf(Severity::WARNING);
+    const size_t notes = findings.countOf(Severity::NOTE);
     ++totals.files;
-    totals.filesWithFindings += errors + warnings == 0 ? 0 : 1;
+    totals.filesWithFindings += errors + warnings + notes == 0 ? 0 : 1;
+    totals.notes += notes;
     totals.errors += errors;
     totals.warnings += warnings;
 }
 
 Findings checkWithProgress(const std::string& file, size_t done, size_t count,
-                           const CheckSchema& schema) {
+                           const CheckSchema& schema, const std::vector<std::string>& disabled) {
     const ProgressStep step("[" + std::to_string(done + 1) + "/" + std::to_string(count) +
                             "] checking " + file);
-    return checkFile(file, schema);
+    return checkFile(file, schema, disabled);
 }
 
 int checkFiles(const CheckOptions& options) {
@@ -174,7 +183,8 @@ int checkFiles(const CheckOptions& options) {
     bool hasFailed = false;
     for (const std::string& file : files) {
         try {
-            Findings findings = checkWithProgress(file, totals.files, files.size(), schema);
+            Findings findings =
+                    checkWithProgress(file, totals.files, files.size(), schema, options.disabled);
             count(findings, totals);
             if (options.json) {
                 reports.push_back(jsonOf(file, findings));
@@ -190,12 +200,15 @@ int checkFiles(const CheckOptions& options) {
         printJson({{"files", std::move(reports)},
                    {"checked", totals.files},
                    {"errors", totals.errors},
-                   {"warnings", totals.warnings}},
+                   {"warnings", totals.warnings},
+                   {"notes", totals.notes}},
                   std::cout);
     } else if (files.size() > 1 && !options.quiet) {
         std::cout << summaryOf(totals) << '\n';
     }
-    return hasFailed ? kFailed : totals.filesWithFindings == 0 ? 0 : kFindings;
+    const size_t failing = totals.errors + (options.failOn != "error" ? totals.warnings : 0) +
+                           (options.failOn == "note" ? totals.notes : 0);
+    return hasFailed ? kFailed : failing == 0 ? 0 : kFindings;
 }
 
 int run(const CheckOptions& options) {
@@ -225,12 +238,28 @@ void addCheck(CLI::App& app, int& status) {
             ->type_name("FILE");
     command->add_option("--explain", options->explain, "Say what a rule finds and what to do")
             ->type_name("ID");
+    command->add_option("--fail-on", options->failOn, "The least severity that gives status 1")
+            ->check(CLI::IsMember({"error", "warning", "note"}))
+            ->capture_default_str();
+    std::vector<std::string> ids;
+    for (const RuleRow& row : kRules) {
+        ids.emplace_back(row.id);
+    }
+    command->add_option("--disable", options->disabled, "A rule to do without; may be repeated")
+            ->check(CLI::Validator(CLI::IsMember(ids)).description(""))
+            ->type_name("ID")
+            ->allow_extra_args(false);
+    // Options of a subcommand are read from the application's file.
+    app.set_config("--config", "", "A file with options: [check], and in it fail-on and disable");
+    app.allow_config_extras(CLI::config_extras_mode::error);
+    command->fallthrough();
     command->add_flag("--rules", options->rules, "List all rules, in Markdown");
     command->add_flag("-q,--quiet", options->quiet, "Print nothing; the exit status speaks");
-    command->add_flag("--json", options->json,
-                      "{files: [{file, errors, warnings, findings: [{line, severity, id, element, "
-                      "attribute, what, remedy}]}], checked, errors, warnings}; element and "
-                      "attribute are empty where a finding is about none");
+    command->add_flag(
+            "--json", options->json,
+            "{files: [{file, errors, warnings, notes, findings: [{line, severity, id, element, "
+            "attribute, what, remedy}]}], checked, errors, warnings, notes}; element and "
+            "attribute are empty where a finding is about none");
     command->footer(R"(Findings read FILE:LINE: severity: what [id], the id being a rule's.
 
 Examples:

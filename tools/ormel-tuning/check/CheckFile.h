@@ -2,13 +2,18 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "CheckRules.h"
 #include "CheckSchema.h"
 
 namespace ormel::tools {
 
-/** Everything that is wrong with a document. Throws std::runtime_error if it cannot be opened. */
-Findings checkFile(const std::string& path, const CheckSchema& schema);
+/**
+ * What is wrong with a document, but for rules whose ids are @p disabled. Throws std::runtime_error
+ * if it cannot be opened.
+ */
+Findings checkFile(const std::string& path, const CheckSchema& schema,
+                   const std::vector<std::string>& disabled = {});
 
 }  // namespace ormel::tools

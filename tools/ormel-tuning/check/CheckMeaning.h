@@ -3,7 +3,10 @@
 
 #include <ormel/VersionRules.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "CheckDocument.h"
 #include "CheckRules.h"
@@ -58,6 +61,20 @@ struct CheckContext {
 /** The names of the attributes that a setter reads bands or ranges by; empty for other setters. */
 std::vector<std::string> attributeNamesOf(const ValueSetter* setter);
 
+template <typename Range, typename Value>
+bool contains(const Range& range, const Value& value) {
+    return std::find(std::begin(range), std::end(range), value) != std::end(range);
+}
+
+/** The place of the value that is farthest from 0. */
+size_t largestOf(const std::vector<int>& values);
+
+/** Whether a value that is not small is over five times as large as any other. */
+bool isOutOfProportion(const std::vector<int>& values, size_t at, long least = 20);
+
+/** Whether the neighbours of a value have the other sign, and none of the three is small. */
+bool isTurnedAt(const std::vector<int>& values, size_t at);
+
 /** What is left unread, and what is read in the wrong place. */
 void checkStructure(const CheckContext& context);
 
@@ -66,5 +83,17 @@ void checkAttributes(const CheckContext& context);
 
 /** What the objects of the document come to, each and together. */
 void checkObjects(const CheckContext& context);
+
+/** Sections against the others of their kind. */
+void checkSisters(const CheckContext& context);
+
+/** Bands against those around them and in other curves, and the rows of matrices. */
+void checkCurves(const CheckContext& context);
+
+/** Whether the document is written for another format than it says. */
+void checkFormat(const CheckContext& context);
+
+/** Drops what comes of another finding: of one mistake one finding is left. */
+void dropConsequences(const CheckDocument& document, Findings& findings);
 
 }  // namespace ormel::tools

@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "CheckMeaning.h"
+#include "CheckText.h"
 #include "document/PackedEntries.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 
@@ -161,14 +163,16 @@ class TuningCheck {
     TuningCheck(const CheckContext& context, const Tuning& tuning, size_t element)
         : mContext(context), mTuning(tuning), mElement(element), mSent(codesOf(tuning)) {}
 
-    void run() const {
+    void run() {
         if (!isSent(AOBS) && !valuesOf(AUDIO_OPTIMIZER_FREQUENCY).empty()) {
-            addNotSent("the optimizer", AUDIO_OPTIMIZER_FREQUENCY);
+            mNotSent.emplace_back("the optimizer");
         }
         for (const auto& [entry, what] : kChannelLists) {
             checkLists(*findEntryLayout(entry), what);
         }
-        checkMixMatrix();
+        if (!mNotSent.empty()) {
+            addNotSent();
+        }
     }
 
   private:
@@ -200,14 +204,14 @@ class TuningCheck {
         return source == ReadSection::kNoElement ? mElement : source;
     }
 
-    void addNotSent(const std::string& what, Parameter param) const {
-        const int channels = firstOr0(valuesOf(OUTPUT_CHANNELS));
-        mContext.add(Rule::CHANNELS_NOT_SENT, sourceOf(param),
-                     what + " is not sent for output_channels=\"" + std::to_string(channels) +
-                             "\", only for 2 and 4");
+    void addNotSent() const {
+        mContext.add(Rule::CHANNELS_NOT_SENT, mElement,
+                     "has output_channels=\"" +
+                             std::to_string(firstOr0(valuesOf(OUTPUT_CHANNELS))) +
+                             "\", with which " + joined(mNotSent, ", ") + " cannot be sent");
     }
 
-    void checkLists(const EntryLayout& layout, const char* what) const {
+    void checkLists(const EntryLayout& layout, const char* what) {
         const ParameterList& lists = layout.channelLists;
         const Parameter left = lists[0];
         const bool isOn = firstOr0(valuesOf(layout.enable[0])) == 1;
@@ -216,7 +220,7 @@ class TuningCheck {
         }
         if (!isSent(layout.destination)) {
             if (!valuesOf(left).empty()) {
-                addNotSent(what, left);
+                mNotSent.emplace_back(what);
             }
             return;
         }
@@ -233,21 +237,11 @@ class TuningCheck {
         }
     }
 
-    void checkMixMatrix() const {
-        const size_t length = valuesOf(OUTPUT_MIX_MATRIX).size();
-        const size_t wanted = SpatializerParamArray::kDefaultMixMatrix.size();
-        const size_t source = mContext.trace.sourceOf(mTuning, OUTPUT_MIX_MATRIX);
-        if (source != ReadSection::kNoElement && length != wanted) {
-            mContext.add(Rule::MIX_MATRIX_LENGTH, source,
-                         "has a mix matrix of " + std::to_string(length) + " values in place of " +
-                                 std::to_string(wanted));
-        }
-    }
-
     const CheckContext& mContext;
     const Tuning& mTuning;
     const size_t mElement;
     const std::set<int32_t> mSent;
+    std::vector<std::string> mNotSent;
 };
 
 /** The tuning device that is selected on each supported port from the start. */
@@ -266,7 +260,11 @@ const std::map<Port, std::string>& defaultDevices() {
 /** What must be there once, and what must be there. */
 class ReferenceCheck {
   public:
-    explicit ReferenceCheck(const CheckContext& context) : mContext(context) {}
+    explicit ReferenceCheck(const CheckContext& context) : mContext(context) {
+        for (const Profile* const profile : context.data.getProfiles()) {
+            mProfiles.insert(profile->getProfileId());
+        }
+    }
 
     void run() {
         for (const ReadSection& section : mContext.trace.getSections()) {
@@ -288,13 +286,11 @@ class ReferenceCheck {
                 checkOnce(Rule::REPEATED_PROFILE, section.element,
                           "profile " + std::to_string(profile->getProfileId()),
                           "the first one stands and gets the endpoints of both");
+                checkProfileId(profile->getProfileId(), section.element);
                 break;
             }
             case DocumentElement::ENDPOINT_TYPE: {
                 const auto* const endpoint = objectOf<ProfileEndpoint>(section);
-                if (endpoint->getEndpoint() == ENDPOINT_OTHER) {
-                    break;
-                }
                 checkOnce(Rule::REPEATED_ENDPOINT, section.element,
                           std::string("endpoint ") + endpointName(endpoint->getEndpoint()),
                           "both are sent, so the values of the last one stand",
@@ -312,6 +308,7 @@ class ReferenceCheck {
                               "geq preset " +
                                       std::to_string(objectOf<GeqPreset>(section)->getProfileId()),
                               "both are sent, and the first one's gains stand");
+                    checkGeqProfile(objectOf<GeqPreset>(section)->getProfileId(), section.element);
                 }
                 break;
             case DocumentElement::TUNING: {
@@ -330,6 +327,20 @@ class ReferenceCheck {
             }
             default:
                 break;
+        }
+    }
+
+    void checkProfileId(int id, size_t element) const {
+        if (id < 0 || id >= static_cast<int>(std::size(kProfileNames))) {
+            mContext.add(Rule::PROFILE_ID, element,
+                         "has the id " + std::to_string(id) + ", which is no profile's");
+        }
+    }
+
+    void checkGeqProfile(int id, size_t element) const {
+        if (!mProfiles.empty() && mProfiles.count(id) == 0) {
+            mContext.add(Rule::GEQ_PROFILE, element,
+                         "has the id " + std::to_string(id) + ", which no profile here has");
         }
     }
 
@@ -357,19 +368,31 @@ class ReferenceCheck {
             if (device != mDevices.end() && device->second.port == kPortNames[port]) {
                 continue;
             }
-            const size_t place = device == mDevices.end() ? firstTuning() : device->second.element;
-            mContext.add(Rule::MISSING_DEFAULT_DEVICE, place,
-                         std::string("port ") + kPortNames[port] + " starts with tuning device " +
-                                 name + ", which is not on it; bind it with device_id");
+            const bool isThere = device != mDevices.end();
+            const std::string similar = isThere ? name : nearestOf(name, otherDevices());
+            mContext.add(
+                    Rule::MISSING_DEFAULT_DEVICE,
+                    similar.empty() ? 0 : mDevices.at(similar).element,
+                    std::string("port ") + kPortNames[port] + " starts with tuning device " + name +
+                            ", which is not on it; " +
+                            (isThere || similar.empty() ? "bind it with device_id"
+                                                        : "does " + similar + " misspell it?"));
         }
     }
 
-    size_t firstTuning() const {
-        const auto& sections = mContext.trace.getSections();
-        const auto found = std::find_if(sections.begin(), sections.end(), [](const auto& section) {
-            return section.kind == DocumentElement::TUNING;
-        });
-        return found == sections.end() ? 0 : found->element;
+    /** The names of devices that no port starts with. */
+    std::vector<std::string> otherDevices() const {
+        std::vector<std::string> names;
+        for (const auto& [name, binding] : mDevices) {
+            const bool isDefault =
+                    std::any_of(defaultDevices().begin(), defaultDevices().end(),
+                                [&name = name](const auto& each) { return each.second == name; });
+            if (!isDefault) {
+                names.push_back(name);
+            }
+        }
+        std::sort(names.begin(), names.end());
+        return names;
     }
 
     struct Binding {
@@ -378,6 +401,7 @@ class ReferenceCheck {
     };
 
     const CheckContext& mContext;
+    std::set<int> mProfiles;
     std::unordered_map<std::string, size_t> mFirst;
     /** By name; of several the last, as in the store. */
     std::unordered_map<std::string, Binding> mDevices;

@@ -6,7 +6,9 @@
 namespace ormel::tools {
 
 const char* severityName(Severity severity) {
-    return severity == Severity::ERROR ? "error" : "warning";
+    return severity == Severity::ERROR     ? "error"
+           : severity == Severity::WARNING ? "warning"
+                                           : "note";
 }
 
 const RuleRow* findRule(const std::string& id) {

@@ -1,6 +1,7 @@
 // What `check` finds: one table of rules, and the findings that name them.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <iterator>
@@ -15,9 +16,9 @@ enum class Rule : size_t {
 #include "CheckRules.inc"
 };
 
-enum class Severity { ERROR, WARNING };
+enum class Severity { ERROR, WARNING, NOTE };
 
-/** "error" or "warning". */
+/** "error", "warning" or "note". */
 const char* severityName(Severity severity);
 
 struct RuleRow {
@@ -69,6 +70,18 @@ class Findings {
 
     /** By line, and in the order of adding. */
     const std::vector<Finding>& sorted();
+
+    /** Takes findings back, which then do not count either. */
+    template <typename Condition>
+    void removeIf(Condition condition) {
+        const auto end =
+                std::stable_partition(mFindings.begin(), mFindings.end(),
+                                      [&](const Finding& each) { return !condition(each); });
+        for (auto finding = end; finding != mFindings.end(); ++finding) {
+            --mCounts[static_cast<size_t>(finding->rule)];
+        }
+        mFindings.erase(end, mFindings.end());
+    }
 
     const std::vector<Finding>& all() const { return mFindings; }
 

@@ -4,36 +4,27 @@
 #include <string_view>
 
 #include "CheckMeaning.h"
+#include "CheckText.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
 
 namespace {
 
-/** Names that differ in case and in dashes only are alike. */
-std::string likeness(std::string_view name) {
-    std::string like(name);
-    for (char& letter : like) {
-        letter = letter == '_' ? '-' : letter;
-        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    }
-    return like;
-}
-
 /** A parameter's or section's name that is like an unknown one; empty where none is. */
 std::string similarName(std::string_view name) {
-    std::string like = likeness(name);
-    for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
-        if (setter->getNodeName() == like) {
-            return like;
+    static const auto& names = *[] {
+        auto* const all = new std::vector<std::string>;
+        for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+            all->push_back(setter->getNodeName());
         }
-    }
-    for (const DocumentElementRow& known : kDocumentElements) {
-        if (likeness(known.name) == like && known.name != name) {
-            return known.name;
+        for (const DocumentElementRow& known : kDocumentElements) {
+            all->emplace_back(known.name);
         }
-    }
-    return "";
+        return all;
+    }();
+    const std::string similar = nearestOf(name, names);
+    return similar == name ? "" : similar;
 }
 
 /** Goes through a document for what its reader left unread. */
@@ -81,12 +72,25 @@ class StructureCheck {
     /** The place to go on from. */
     size_t checkElement(size_t element) {
         const ReadElement& record = mContext.read(element);
-        const bool isTop = mDocument.parent(element) == 0;
+        const size_t parent = mDocument.parent(element);
+        const bool isTop = parent == 0;
         if (isTop && isNamed(element, DocumentElement::PRESET)) {
             checkPreset(element);
             return mDocument.end(element);
         }
         if (mContext.isUsed(element)) {
+            const bool isWrapper = record.as == ReadElement::As::BAND && !isTop &&
+                                   mDocument.end(element) > element + 1;
+            if (isWrapper && !mContext.read(mDocument.parent(element)).isStray) {
+                mContext.addWhole(Rule::BAND_DEPTH, element,
+                                  "is taken for a band, and what is in it is lost");
+            }
+            // The first element in a tuning that is no device_id is taken for its data.
+            if (mContext.read(parent).is(DocumentElement::TUNING) &&
+                record.as == ReadElement::As::NOTHING && isLikeDevice(element)) {
+                addUnknown(element);
+                return mDocument.end(parent);
+            }
             return element + 1;
         }
         if (mContext.isLostFirst(element)) {
@@ -102,6 +106,11 @@ class StructureCheck {
                               "stands where the reader does not come to it");
         }
         return mDocument.end(element);
+    }
+
+    bool isLikeDevice(size_t element) const {
+        const std::string device = rowOf(DocumentElement::DEVICE_ID).name;
+        return nearestOf(mDocument.name(element), {device, "data"}) == device;
     }
 
     bool isInSection(size_t element) const {
@@ -178,9 +187,11 @@ class StructureCheck {
         const PresetBands bands = bandsOf(preset);
         if (bands.lostFirst != 0) {
             addLostFirst(bands.lostFirst);
-        } else if (bands.valid == 0 && bands.lost != 0) {
+        } else if (bands.other != 0 && bands.other == bands.valid + bands.lost) {
+            mContext.addWhole(Rule::OTHER_BANDS, preset, "has the bands of the other type");
+        } else if (bands.valid == 0 && bands.lost != 0 && bands.foreign != bands.firstLost) {
             mContext.addWhole(
-                    Rule::BAND_DEPTH, preset,
+                    Rule::BAND_DEPTH, misplacedAbove(bands.firstLost),
                     "has its bands where the reader does not look, so it gets none; write "
                     "preset, data, bands and bands' elements, with nothing but whitespace "
                     "between the start tags");
@@ -200,13 +211,19 @@ class StructureCheck {
         size_t valid = 0;
         /** Elements that look like one and were not read. */
         size_t lost = 0;
+        /** Elements with what bands of the other type have and these have not. */
+        size_t other = 0;
         /** Places; 0 for none. */
         size_t lostFirst = 0;
+        size_t firstLost = 0;
         size_t foreign = 0;
     };
 
     PresetBands bandsOf(size_t preset) const {
         PresetBands bands;
+        const bool isGeq = mContext.read(preset).setter->getParams().front() == GEQ_FREQUENCY;
+        const char* const otherValue =
+                isGeq ? IeqValueSetter::kAttrNames.back() : GeqValueSetter::kAttrNames.back();
         for (size_t i = preset + 1; i < mDocument.end(preset); ++i) {
             const ReadElement& record = mContext.read(i);
             const bool isRead = record.as == ReadElement::As::BAND;
@@ -214,6 +231,8 @@ class StructureCheck {
             bands.read += isRead ? 1 : 0;
             bands.valid += isRead && looksLikeOne ? 1 : 0;
             bands.lost += !isRead && looksLikeOne ? 1 : 0;
+            bands.firstLost = bands.firstLost == 0 && !isRead && looksLikeOne ? i : bands.firstLost;
+            bands.other += hasAttribute(i, otherValue) ? 1 : 0;
             if (bands.lostFirst == 0 && mContext.isLostFirst(i)) {
                 bands.lostFirst = i;
             }
@@ -224,11 +243,25 @@ class StructureCheck {
         return bands;
     }
 
+    /** The element that keeps a band from lying where it should: one too many, or behind a comment.
+     */
+    size_t misplacedAbove(size_t band) const {
+        size_t element = mDocument.parent(band);
+        while (mDocument.parent(element) != 0 &&
+               mContext.document.elements().nodesBefore(element) < 2) {
+            element = mDocument.parent(element);
+        }
+        return mDocument.parent(element) != 0 ? element : mDocument.parent(band);
+    }
+
+    bool hasAttribute(size_t element, std::string_view name) const {
+        return mDocument.attribute(element, name).has_value();
+    }
+
     bool hasBandAttribute(size_t element, const ValueSetter* setter) const {
         const std::vector<std::string> names = attributeNamesOf(setter);
-        return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-            return mDocument.attribute(element, name).has_value();
-        });
+        return std::any_of(names.begin(), names.end(),
+                           [&](const std::string& name) { return hasAttribute(element, name); });
     }
 
     void checkBandCount(size_t preset, size_t read) {
@@ -237,12 +270,30 @@ class StructureCheck {
             read == kGeqBands) {
             return;
         }
-        const size_t container = mContext.section(preset).sourceOf(GEQ_FREQUENCY);
-        mContext.addWhole(Rule::GEQ_BAND_COUNT,
-                          container == ReadSection::kNoElement ? preset : container,
+        size_t container = mContext.section(preset).sourceOf(GEQ_FREQUENCY);
+        if (read < 2) {
+            container = std::min(preset + 2, mDocument.end(preset) - 1);
+        }
+        mContext.addWhole(Rule::GEQ_BAND_COUNT, container,
                           "has " + countText(read, "band", "bands") +
                                   ", so the preset is dropped when its profile is applied; write " +
                                   std::to_string(kGeqBands));
+    }
+
+    /** Whether there is nothing in it, nor in its data. */
+    bool isEmpty(const ReadSection& section) const {
+        size_t i = section.element + 1;
+        while (i < mDocument.end(section.element) &&
+               (mContext.read(i).is(DocumentElement::DEVICE_ID) || isEmptyData(i))) {
+            ++i;
+        }
+        return i == mDocument.end(section.element) && section.kind != DocumentElement::DEVICE_ID;
+    }
+
+    bool isEmptyData(size_t element) const {
+        const ReadElement& record = mContext.read(element);
+        return mDocument.end(element) == element + 1 && record.isEntered &&
+               record.as == ReadElement::As::NOTHING;
     }
 
     void checkSections() {
@@ -252,6 +303,9 @@ class StructureCheck {
                              "has no children where the reader looks for some; it takes " +
                                      countText(section.strays, "element", "elements") + " that " +
                                      (section.strays == 1 ? "follows" : "follow") + " for them");
+            } else if (section.object != nullptr && isEmpty(section)) {
+                mContext.add(Rule::EMPTY_SECTION, section.element,
+                             "has nothing in it that is read");
             }
         }
         for (size_t i = 1; i < mDocument.size(); ++i) {

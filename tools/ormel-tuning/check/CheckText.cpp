@@ -3,6 +3,7 @@
 #include <ormel/TagIterator.h>
 
 #include <algorithm>
+#include <numeric>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -27,18 +28,67 @@ size_t numberLength(std::string_view text) {
 /** What a word for true or false means, however it is spelt; none for any other text. */
 std::optional<bool> meaningOf(std::string_view text) {
     static constexpr std::pair<std::string_view, bool> kWords[] = {
-            {"true", true},   {"yes", true}, {"on", true},   {"1", true},
-            {"false", false}, {"no", false}, {"off", false}, {"0", false}};
+            {"true", true},   {"yes", true}, {"on", true},   {"1", true},  {"enabled", true},
+            {"false", false}, {"no", false}, {"off", false}, {"0", false}, {"disabled", false}};
     const std::string word = lowered(trimmed(text));
     for (const auto& [known, meaning] : kWords) {
-        if (word == known) {
+        const bool isBegun = word.size() != 2 && known.size() > 3 && known.find(word) == 0;
+        if (word == known || (!word.empty() && isBegun)) {
             return meaning;
         }
     }
-    return std::nullopt;
+    const std::string nearest = nearestOf(word, {"true", "false"});
+    return nearest.empty() ? std::nullopt : std::optional<bool>(nearest == "true");
+}
+
+/** A text in small letters, with dashes for what may part its words. */
+std::string likeness(std::string_view text) {
+    std::string like = lowered(trimmed(text));
+    std::replace_if(
+            like.begin(), like.end(), [](char each) { return each == '_' || each == ' '; }, '-');
+    return like;
+}
+
+/** Letters to put in, leave out or replace, or neighbours to exchange, to get one text from
+ * another. */
+size_t editDistance(std::string_view one, std::string_view other) {
+    std::vector<size_t> older;
+    std::vector<size_t> last(other.size() + 1);
+    std::iota(last.begin(), last.end(), size_t{0});
+    for (size_t i = 1; i <= one.size(); ++i) {
+        std::vector<size_t> row(other.size() + 1, i);
+        for (size_t j = 1; j <= other.size(); ++j) {
+            const bool isSame = one[i - 1] == other[j - 1];
+            row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
+            const bool isExchanged =
+                    i > 1 && j > 1 && one[i - 1] == other[j - 2] && one[i - 2] == other[j - 1];
+            row[j] = isExchanged ? std::min(row[j], older[j - 2] + 1) : row[j];
+        }
+        older = std::exchange(last, std::move(row));
+    }
+    return last.back();
 }
 
 }  // namespace
+
+std::string nearestOf(std::string_view text, const std::vector<std::string>& names) {
+    constexpr size_t kLongest = 64;
+    const std::string like = likeness(text.substr(0, kLongest));
+    std::string nearest;
+    size_t best = like.size() / 4 + (like.size() < 3 ? 0 : 1);
+    for (const std::string& name : names) {
+        const size_t longer = std::max(name.size(), like.size());
+        if (longer - std::min(name.size(), like.size()) > best) {
+            continue;
+        }
+        const size_t distance = editDistance(like, likeness(name));
+        if (distance < best || (distance == best && nearest.empty())) {
+            nearest = name;
+            best = distance;
+        }
+    }
+    return nearest;
+}
 
 bool meansTrue(std::string_view text) {
     return meaningOf(text).value_or(false);
@@ -53,6 +103,13 @@ TextFault faultOfNumber(std::string_view text) {
         return TextFault::NOT_A_NUMBER;
     }
     return integerOf(number).has_value() ? TextFault::NONE : TextFault::OUT_OF_RANGE;
+}
+
+TextFault faultOfBand(std::string_view text) {
+    const TextFault fault = faultOfNumber(text);
+    std::vector<int> numbers;
+    string2IntVector(std::string(text) + ",0", numbers);
+    return fault == TextFault::NONE && numbers.size() != 2 ? TextFault::NOT_A_NUMBER : fault;
 }
 
 TextFault faultOfSwitch(std::string_view text) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ormel::tools {
 
@@ -21,11 +22,18 @@ enum class TextFault : uint8_t {
 /** What is wrong with a text that should be a whole number. */
 TextFault faultOfNumber(std::string_view text);
 
+/** The same of a preset's band, whose column is read as a row: a blank behind the number ends it.
+ */
+TextFault faultOfBand(std::string_view text);
+
 /** The same of one that may be true or false as well. */
 TextFault faultOfSwitch(std::string_view text);
 
 /** Whether a text means true, however it is spelt. */
 bool meansTrue(std::string_view text);
+
+/** The name that a text is most like, but for case and dashes; empty where none is near. */
+std::string nearestOf(std::string_view text, const std::vector<std::string>& names);
 
 /** What is wrong with a row of numbers. */
 struct RowFault {
