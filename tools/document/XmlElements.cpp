@@ -113,7 +113,21 @@ class XmlElements::Reader {
 
     void addText(const xmlChar* text, int length) {
         addNode(Node::TEXT);
+        if (mListener != nullptr) {
+            noteText({reinterpret_cast<const char*>(text), static_cast<size_t>(length)});
+        }
         pass(&xmlSAXHandler::characters, text, length);
+    }
+
+    /** Elements have no text, so that the first that has is where something is wrong. */
+    void noteText(std::string_view text) {
+        const size_t begin = text.find_first_not_of(" \t\r\n");
+        if (begin != std::string_view::npos) {
+            const auto breaks =
+                    std::count(text.begin() + static_cast<std::ptrdiff_t>(begin), text.end(), '\n');
+            mListener->textLines.try_emplace(mCurrent,
+                                             xmlSAX2GetLineNumber(mParser.get()) - breaks);
+        }
     }
 
     void addData(const xmlChar* text, int length) {

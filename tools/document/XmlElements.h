@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,6 +30,8 @@ struct XmlListener {
     xmlSAXHandler* handlers = nullptr;
     void* context = nullptr;
     size_t element = 0;
+    /** By element, the line of its first text that is more than blanks. */
+    std::map<size_t, long> textLines = {};
     /** What it gets for the root's name, which the reader does not look at; null for that name. */
     const char* rootName = nullptr;
 };

@@ -264,7 +264,8 @@ void addCheck(CLI::App& app, int& status) {
 
 Examples:
   ormel-tuning check examples/faulty.xml
-  ormel-tuning check --explain lost-first-child)");
+  ormel-tuning check --explain lost-first-child
+  ormel-tuning check --config check.toml examples/tablet-quad.xml)");
     command->callback([options, &status] { status = run(*options); });
 }
 

@@ -90,7 +90,10 @@ Findings checkFile(const std::string& path, const CheckSchema& schema,
     const ReportedPlaces reported(findings, document);
     for (const Finding& found : validation.findings()) {
         if (!reported.cover(found)) {
-            findings.add(document.finding(found.rule, found.element, found.what, found.attribute));
+            Finding finding =
+                    document.finding(found.rule, found.element, found.what, found.attribute);
+            finding.line = found.line == 0 ? finding.line : found.line;
+            findings.add(std::move(finding));
         }
     }
     findings.removeIf([&](const Finding& each) { return contains(disabled, rowOf(each.rule).id); });

@@ -81,8 +81,11 @@ void SchemaValidation::takeError(void* self, XmlError* error) {
 void SchemaValidation::add(std::string_view message) {
     std::string attribute = attributeIn(message);
     if (mFaulty.insert({mListener.element, attribute}).second) {
+        const auto text = mListener.textLines.find(mListener.element);
+        const bool isText = message.find("Character content") != std::string_view::npos;
+        const long line = isText && text != mListener.textLines.end() ? text->second : 0;
         mFindings.add(
-                {Rule::SCHEMA, 0, textOf(message), mListener.element, "", std::move(attribute)});
+                {Rule::SCHEMA, line, textOf(message), mListener.element, "", std::move(attribute)});
     }
 }
 

@@ -50,7 +50,10 @@ class SchemaValidation {
     /** Gets what the parser comes across. */
     XmlListener& listener() { return mListener; }
 
-    /** What the document does not keep to, an element's or attribute's first fault each. */
+    /**
+     * What the document does not keep to, an element's or attribute's first fault each. The line is
+     * 0 where it is the element's.
+     */
     const std::vector<Finding>& findings() const { return mFindings.all(); }
 
   private:

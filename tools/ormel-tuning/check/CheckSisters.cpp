@@ -127,7 +127,8 @@ class SisterCheck {
         const bool isInclude = record.is(DocumentElement::INCLUDE);
         const size_t section =
                 isInclude ? mContext.read(mDocument.parent(element)).section : record.section;
-        if (!isInclude && record.as != ReadElement::As::PARAMETER) {
+        if ((!isInclude && record.as != ReadElement::As::PARAMETER) ||
+            section == ReadElement::kNoSection) {
             return;
         }
         const ReadSection& read = mContext.trace.getSections()[section];
