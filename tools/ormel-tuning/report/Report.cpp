@@ -69,10 +69,12 @@ size_t changedCount(const Json& lists) {
 std::string verdictOf(const Findings& findings, const Json& lists, bool hasOld) {
     const size_t errors = findings.countOf(Severity::ERROR);
     const size_t warnings = findings.countOf(Severity::WARNING);
-    std::string verdict = errors + warnings == 0
+    const size_t notes = findings.countOf(Severity::NOTE);
+    std::string verdict = findings.all().empty()
                                   ? "No findings."
                                   : countText(errors, "error", "errors") + " and " +
                                             countText(warnings, "warning", "warnings") + ".";
+    verdict += notes == 0 ? "" : " " + countText(notes, "note", "notes") + ".";
     if (hasOld) {
         const size_t changed = changedCount(lists);
         verdict += changed == 0 ? " The effect gets the same as before."
