@@ -215,7 +215,7 @@ done
 [[ $(tail -n 1 out) == '8 differences' ]] || fail 'a pipe'
 "$tool" show - --profile movie <"$tablet" >out
 grep -q '^profile 1 movie: 133 entries' out || fail 'standard input'
-[[ $("$tool" check "$examples" | tail -n 1) == '6 files checked: 3 errors and 0 warnings in 1 file' ]] ||
+[[ $("$tool" check "$examples" | tail -n 1) == '6 files checked: 3 errors, 0 warnings and 0 notes in 1 file' ]] ||
     fail 'a folder'
 status=0
 "$tool" check --quiet "$examples" >out 2>&1 || status=$?
