@@ -192,7 +192,7 @@ class XmlElements::Reader {
     /** @param attributes name, prefix, namespace, begin and end of the value, for each */
     void addAttributes(const xmlChar** attributes, int count) {
         constexpr ptrdiff_t kParts = 5;
-        mEvents.assign(attributes, attributes + count * kParts);
+        mEvents.assign(attributes, attributes + ptrdiff_t{count} * kParts);
         mExpanded.clear();
         for (auto parts = mEvents.begin(); parts != mEvents.end(); parts += kParts) {
             parts[0] = fullName(parts[0], parts[1], parts[2]);
