@@ -147,6 +147,13 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
              "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e;]><d>" +
                      std::string(100000, '\n') + kProfile + "</d>",
              "refused"},
+            {"the same with a blank behind them",
+             "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e; ]><d>" +
+                     std::string(100000, '\n') + kProfile + "</d>",
+             "refused"},
+            {"a faulty reference ahead of a blank, in a parameter entity",
+             "<!DOCTYPE d [<!ENTITY % x \"<!ENTITY y &#37;a 'v'>\"> %x; ]><d>" + kProfile + "</d>",
+             "refused"},
             {"a thousand default attributes",
              "<!DOCTYPE d [<!ATTLIST a" + numbered(" a", " CDATA ''", 1000) + ">]><d>" +
                      repeat("<a/>", 1000) + kProfile + "</d>",

@@ -41,7 +41,7 @@ class XmlErrors {
     XmlErrors& operator=(const XmlErrors&) = delete;
     ~XmlErrors() { xmlSetStructuredErrorFunc(mContext, mHandler); }
 
-    /** Ends a parser at the first error that refuses its document. */
+    /** Ends a parser whose entities refer to one another too often. */
     void watch(xmlParserCtxt* parser) { mParser = parser; }
 
     /** Whether something was said that a sound document does not cause. */
@@ -66,6 +66,8 @@ class XmlErrors {
         if (error->level == XML_ERR_FATAL || error->code == XML_ERR_NO_MEMORY ||
             errors.mBudget.isSpent()) {
             errors.mAreFatal = true;
+        }
+        if (error->code == XML_ERR_ENTITY_LOOP) {
             errors.endParser();
         }
         if (!errors.mText.empty() || error->level < XML_ERR_ERROR) {
@@ -79,12 +81,17 @@ class XmlErrors {
     }
 
     /**
-     * libxml2 goes on after an error, and behind too many references to parameter entities it never
-     * ends. xmlStopParser() frees what the callers of an error handler still use.
+     * Behind too many references to parameter entities libxml2 may never come to an end by itself.
+     * Nor does it where it skips blanks at what it takes for the end, so no input has any left.
+     * xmlStopParser() frees what the callers of an error handler still use.
      */
     void endParser() {
-        if (mParser != nullptr) {
-            mParser->instate = XML_PARSER_EOF;
+        if (mParser == nullptr) {
+            return;
+        }
+        mParser->instate = XML_PARSER_EOF;
+        for (int i = 0; i < mParser->inputNr; ++i) {
+            mParser->inputTab[i]->cur = mParser->inputTab[i]->end;
         }
     }
 
@@ -502,14 +509,13 @@ class DocumentReader {
 
     /** Ends the parser once the budget is spent: what is behind need not be looked at. */
     int readOn(char* out, int room) {
+        if (mRunning->instate == XML_PARSER_EOF) {
+            return 0;
+        }
         const int count = mSource.read(out, room);
         mBudget.setDocumentSize(mSource.getSize());
         foreseeAttributes();
-        if (!mBudget.isSpent()) {
-            return count;
-        }
-        mRunning->instate = XML_PARSER_EOF;
-        return -1;
+        return mBudget.isSpent() ? -1 : count;
     }
 
     /**
