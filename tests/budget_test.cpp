@@ -112,7 +112,8 @@ TEST(DocumentBudget, RefusesADocumentAboveEachBoundOnly) {
     TuningFileParser unbounded;
     EXPECT_EQ(unbounded.setTuningFile(profiles + std::string(1 << 20, ' '), true), 0);
     const uint64_t work = unbounded.getBudget().getWork();
-    const size_t size = (work - DocumentBudget::kWorkBase + 15) / DocumentBudget::kWorkPerByte;
+    const auto size = static_cast<size_t>((work - DocumentBudget::kWorkBase + 15) /
+                                          DocumentBudget::kWorkPerByte);
     ASSERT_GT(size, profiles.size());
     EXPECT_EQ(outcomeOf(profiles + std::string(size - profiles.size(), ' ')), "");
     EXPECT_EQ(outcomeOf(profiles + std::string(size - profiles.size() - 1, ' ')), kWork);
