@@ -73,6 +73,15 @@ std::string parameterLevels(const std::string& names) {
     return levels;
 }
 
+/** Parameter entities e0 and on, each of which refers to the next one. */
+std::string nestedParameters(int count) {
+    std::string entities;
+    for (int i = 0; i < count; ++i) {
+        entities += "<!ENTITY % e" + std::to_string(i) + " '&#37;e" + std::to_string(i + 1) + ";'>";
+    }
+    return entities + "<!ENTITY % e" + std::to_string(count) + " ''>";
+}
+
 /** A document of @p size bytes, most of them in unknown elements. */
 std::string padded(size_t size) {
     const std::string begin = "<d>" + kProfile;
@@ -151,6 +160,8 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
              "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e; ]><d>" +
                      std::string(100000, '\n') + kProfile + "</d>",
              "refused"},
+            {"sixty parameter entities in one another, and a blank behind them",
+             "<!DOCTYPE d [" + nestedParameters(60) + "%e0; ]><d>" + kProfile + "</d>", "refused"},
             {"a faulty reference ahead of a blank, in a parameter entity",
              "<!DOCTYPE d [<!ENTITY % x \"<!ENTITY y &#37;a 'v'>\"> %x; ]><d>" + kProfile + "</d>",
              "refused"},

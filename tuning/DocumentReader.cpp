@@ -507,7 +507,7 @@ class DocumentReader {
         return static_cast<DocumentReader*>(self)->readOn(out, room);
     }
 
-    /** Ends the parser once the budget is spent: what is behind need not be looked at. */
+    /** Reads no further once the budget is spent: what is behind need not be looked at. */
     int readOn(char* out, int room) {
         if (mRunning->instate == XML_PARSER_EOF) {
             return 0;

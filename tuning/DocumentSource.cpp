@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 
 namespace ormel {
@@ -39,7 +41,9 @@ size_t DocumentSource::open(const char* path) {
     } else if (!S_ISREG(status.st_mode)) {
         mError = "not a regular file";
     } else {
-        return static_cast<size_t>(status.st_size);
+        // A size may need more than 32 bits, and what counts is whether it is over the bound.
+        return static_cast<size_t>(
+                std::min<int64_t>(status.st_size, static_cast<int64_t>(kMaxSize) + 1));
     }
     return 0;
 }
