@@ -12,8 +12,6 @@ namespace ormel {
 
 namespace {
 
-/** Words that a list gets room for ahead of its entries. */
-constexpr size_t kMaxReserve = size_t{64} << 10;
 /** What endpoints get as virtual bass mode when the internal speaker's tuning gives none. */
 constexpr int kDefaultVirtualBassMode = 3;
 /** Entries of an intelligent-equalizer preset for a device: its number and its bands. */
@@ -172,16 +170,21 @@ void DocumentLoad::keepHandedOut(SpatializerParamArray::ListsByDevice& replaced)
     }
 }
 
-void DocumentLoad::translateAll(ParameterTranslator& translator, SetParamCommand& command) {
-    const size_t before = command.mParams.size();
-    translator.translateAll(command);
-    mBudget.chargeNumbers(command.mParams.size() - before);
+void DocumentLoad::translateAll(ParameterTranslator& translator) {
+    const size_t before = mCommand.mParams.size();
+    translator.translateAll(mCommand);
+    mBudget.chargeNumbers(mCommand.mParams.size() - before);
 }
 
-std::vector<int32_t> DocumentLoad::takeList(SetParamCommand& command) {
-    command.mParams[SetParamCommand::LIST_COUNT] = command.mParamCount;
-    command.mParams.shrink_to_fit();
-    return std::move(command.mParams);
+void DocumentLoad::beginList() {
+    // The word that heads a list is the mask of all devices here, and not the profile's id.
+    mCommand.mParams = {DEVICE_OUT_DEFAULT, 0};
+    mCommand.mParamCount = 0;
+}
+
+std::vector<int32_t> DocumentLoad::endList() {
+    mCommand.mParams[SetParamCommand::LIST_COUNT] = mCommand.mParamCount;
+    return mCommand.mParams;
 }
 
 Tuning* DocumentLoad::findTuning(const std::string& name) const {
@@ -231,20 +234,17 @@ void DocumentLoad::loadProfile(Profile& profile) {
 
 void DocumentLoad::translateProfile(Profile& profile) {
     const int id = profile.getProfileId();
-    // The word that heads a list is the mask of all devices here, and not the profile's id.
-    SetParamCommand command(DEVICE_OUT_DEFAULT);
-    command.mParams.reserve(std::min(mProfileListSize, kMaxReserve));
-    translateForAllDevices(profile, command);
+    beginList();
+    translateForAllDevices(profile);
     profile.getValues().clear();
-    mPasses[id] = translateParts(id, command);
+    mPasses[id] = translateParts(id);
     mBudget.chargeEntries(2);
-    mProfileListSize = command.mParams.size();
-    mProfileLists[id] = takeList(command);
+    mProfileLists[id] = endList();
 }
 
-DocumentLoad::ProfilePass DocumentLoad::translateParts(int profileId, SetParamCommand& command) {
+DocumentLoad::ProfilePass DocumentLoad::translateParts(int profileId) {
     ProfilePass pass;
-    translateGeqPresets(profileId, command);
+    translateGeqPresets(profileId);
     for (ProfileEndpoint* const endpoint : mProfileEndpoints[profileId]) {
         if (mBudget.isSpent()) {
             break;
@@ -255,11 +255,11 @@ DocumentLoad::ProfilePass DocumentLoad::translateParts(int profileId, SetParamCo
         if (!mPresetTranslator.hasSource()) {
             pass.devicesWithoutPreset += deviceCountOf(endpoint->getEndpoint());
         }
-        translateEndpoint(*endpoint, command);
+        translateEndpoint(*endpoint);
         // No list is made of a later profile with this id.
         endpoint->getValues().clear();
     }
-    pass.entries = command.mParamCount;
+    pass.entries = mCommand.mParamCount;
     return pass;
 }
 
@@ -273,9 +273,9 @@ void DocumentLoad::repeatPass(ProfilePass& pass) {
     }
 }
 
-void DocumentLoad::translateGeqPresets(int profileId, SetParamCommand& command) {
+void DocumentLoad::translateGeqPresets(int profileId) {
     for (GeqPreset* const preset : mGeqPresets[profileId]) {
-        translateForAllDevices(*preset, command);
+        translateForAllDevices(*preset);
         const std::vector<int>& gains = preset->getValues()[GEQ_GAIN];
         mBudget.chargeEntries(1);
         mBudget.chargeNumbers(gains.size());
@@ -293,18 +293,20 @@ bool DocumentLoad::selectPreset(const ProfileEndpoint& endpoint) {
     return true;
 }
 
-void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand& command) {
+void DocumentLoad::translateEndpoint(ProfileEndpoint& endpoint) {
     setValues(endpoint, VIRTUAL_BASS_MODE, mVirtualBassMode);
     mEndpointTranslator.setSource(&endpoint, endpoint.getEndpoint(), false);
     switch (endpoint.getEndpoint()) {
         case ENDPOINT_SPEAKER:
             setValues(endpoint, ORIENTATION, {kSpeakerOrientation});
             setValues(endpoint, OUTPUT_MIX_MATRIX, mMixMatrix);
-            translateForDevice(DEVICE_OUT_SPEAKER, command);
+            translateForDevice(DEVICE_OUT_SPEAKER);
             break;
         case ENDPOINT_HEADPHONE:
             setValues(endpoint, ORIENTATION, {kHeadphoneOrientation});
-            translateForHeadphones(command);
+            for (const AndroidDevice device : kHeadphoneDevices) {
+                translateForDevice(device);
+            }
             break;
         case ENDPOINT_OTHER:
             break;
@@ -318,37 +320,16 @@ void DocumentLoad::setValues(ParameterValues& object, Parameter param,
     object.set(param, values);
 }
 
-void DocumentLoad::translateForDevice(AndroidDevice device, SetParamCommand& command) {
-    command.setDeviceId(device);
-    translateAll(mPresetTranslator, command);
-    translateAll(mEndpointTranslator, command);
+void DocumentLoad::translateForDevice(AndroidDevice device) {
+    mCommand.setDeviceId(device);
+    translateAll(mPresetTranslator);
+    translateAll(mEndpointTranslator);
 }
 
-void DocumentLoad::translateForHeadphones(SetParamCommand& command) {
-    std::vector<int32_t>& list = command.mParams;
-    const auto begin = static_cast<ptrdiff_t>(list.size());
-    const int32_t entriesBefore = command.mParamCount;
-    translateForDevice(kHeadphoneDevices.front(), command);
-    const int32_t entries = command.mParamCount - entriesBefore;
-    // The entries of the other devices differ in the device only.
-    const std::vector<int32_t> ofFirst(list.begin() + begin, list.end());
-    for (size_t i = 1; i < kHeadphoneDevices.size(); ++i) {
-        size_t at = list.size();
-        mBudget.chargeNumbers(ofFirst.size());
-        list.insert(list.end(), ofFirst.begin(), ofFirst.end());
-        for (; at < list.size();
-             at += SetParamCommand::kEntryHeaderWords +
-                   static_cast<size_t>(list[at + SetParamCommand::ENTRY_COUNT])) {
-            list[at] = kHeadphoneDevices[i];
-        }
-        command.mParamCount += entries;
-    }
-}
-
-void DocumentLoad::translateForAllDevices(ParameterValues& values, SetParamCommand& command) {
+void DocumentLoad::translateForAllDevices(ParameterValues& values) {
     mEndpointTranslator.setSource(&values, ENDPOINT_OTHER, false);
-    command.setDeviceId(DEVICE_OUT_DEFAULT);
-    translateAll(mEndpointTranslator, command);
+    mCommand.setDeviceId(DEVICE_OUT_DEFAULT);
+    translateAll(mEndpointTranslator);
 }
 
 void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
@@ -363,13 +344,12 @@ void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
         return;
     }
     const auto endpoint = static_cast<Endpoint>(valueOr0(portNameToEndpoint(), port));
-    SetParamCommand command(DEVICE_OUT_DEFAULT);
-    command.mParams.reserve(std::min(mTuningListSize, kMaxReserve));
-    command.setDeviceId(valueOr0(portNameToAndroidDevice(), port));
+    beginList();
+    mCommand.setDeviceId(valueOr0(portNameToAndroidDevice(), port));
     mEndpointTranslator.setSource(tuning, endpoint, false);
-    translateAll(mEndpointTranslator, command);
+    translateAll(mEndpointTranslator);
     ALOGD("Tuning id(%s), tuningName(%s) numParameters = %d", device.c_str(), tuningName.c_str(),
-          command.mParamCount);
+          mCommand.mParamCount);
     mBudget.chargeMessage(device.size() + tuningName.size());
 
     auto& values = tuning->getValues();
@@ -377,12 +357,11 @@ void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     ALOGD("Tuning id(%s): endpoint %i, orientation %i, mix matrices length %zu", device.c_str(),
           endpoint, firstOr0(values[ORIENTATION]), mixMatrix.size());
     mBudget.chargeMessage(device.size());
-    mTuningListSize = command.mParams.size();
     // The list, the matrix and the port are found by the device's name, the port in two more maps.
     mBudget.chargeNumbers(mixMatrix.size());
     mBudget.chargeEntries(5);
     mBudget.chargeKeptText(3 * (device.size() + port.size()));
-    mTuningLists[device].words = takeList(command);
+    mTuningLists[device].words = endList();
     mMixMatrices[device].words = mixMatrix;
     mPorts[device] = port;
     ++mDeviceTuningCount;

@@ -49,24 +49,25 @@ class DocumentLoad {
     void readInternalSpeakerTuning();
     void loadProfile(Profile& profile);
     void translateProfile(Profile& profile);
-    ProfilePass translateParts(int profileId, SetParamCommand& command);
+    ProfilePass translateParts(int profileId);
     /** Does for another profile of an id what translating it would, but for the list. */
     void repeatPass(ProfilePass& pass);
-    void translateGeqPresets(int profileId, SetParamCommand& command);
-    void translateEndpoint(ProfileEndpoint& endpoint, SetParamCommand& command);
+    void translateGeqPresets(int profileId);
+    void translateEndpoint(ProfileEndpoint& endpoint);
     bool selectPreset(const ProfileEndpoint& endpoint);
     void loadDeviceTuning(const DeviceTuning& deviceTuning);
     void keepHandedOut(SpatializerParamArray::ListsByDevice& replaced);
     void reportMissingDefaults() const;
 
-    void translateForDevice(AndroidDevice device, SetParamCommand& command);
-    void translateForHeadphones(SetParamCommand& command);
-    void translateForAllDevices(ParameterValues& values, SetParamCommand& command);
+    void translateForDevice(AndroidDevice device);
+    void translateForAllDevices(ParameterValues& values);
     Tuning* findTuning(const std::string& name) const;
-    void translateAll(ParameterTranslator& translator, SetParamCommand& command);
+    void translateAll(ParameterTranslator& translator);
     void setValues(ParameterValues& object, Parameter param, const std::vector<int>& values);
     void chargeNamedEntry(const std::string& name);
-    std::vector<int32_t> takeList(SetParamCommand& command);
+    void beginList();
+    /** A copy of the list, so that what is stored has no room to spare. */
+    std::vector<int32_t> endList();
 
     SpatializerParamArray& mArray;
     const DeviceData& mDocument;
@@ -85,6 +86,8 @@ class DocumentLoad {
     std::vector<int> mMixMatrix;
     std::vector<int> mVirtualBassMode;
 
+    /** Takes every list's entries in turn, so that its room grows for the longest list only. */
+    SetParamCommand mCommand = SetParamCommand(DEVICE_OUT_DEFAULT);
     ParameterTranslator mPresetTranslator;
     ParameterTranslator mEndpointTranslator;
 
@@ -99,10 +102,6 @@ class DocumentLoad {
     std::map<std::string, std::string> mPorts;
     /** By profile id, for the profiles that come again. */
     std::map<int, ProfilePass> mPasses;
-
-    // Words of the last list of either kind. The next one will hardly be longer.
-    size_t mProfileListSize = 0;
-    size_t mTuningListSize = 0;
 };
 
 }  // namespace ormel

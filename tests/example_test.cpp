@@ -56,6 +56,19 @@ TEST_F(ExampleTest, EveryDocumentLoadsWithoutWarnings) {
     EXPECT_EQ(documents, 6);
 }
 
+// A device keeps them as long as the audio process runs.
+TEST_F(ExampleTest, StoredListsHaveNoSpareRoom) {
+    mArray.loadSpatializerXMLFile(ORMEL_EXAMPLES "/tablet-quad.xml");
+    for (int profile = 0; profile < 4; ++profile) {
+        const Values& list = mArray.getXMLProfileParams(profile);
+        EXPECT_EQ(list.capacity(), list.size());
+    }
+    for (const int port : kSupportedPorts) {
+        const Values& list = mArray.getXMLTuningParams(mArray.getSelectedTuningDevice(port));
+        EXPECT_EQ(list.capacity(), list.size());
+    }
+}
+
 TEST_F(ExampleTest, EveryKindOfValueReachesTheEffect) {
     mArray.loadSpatializerXMLFile(ORMEL_EXAMPLES "/tablet-quad.xml");
     SpatializerParamCache front;
