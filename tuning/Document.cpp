@@ -4,12 +4,7 @@ namespace ormel {
 
 using Piece = Document::Piece;
 
-DocumentBuilder::DocumentBuilder(Document& document) : mDocument(document) {
-    // Most documents have more, and growing costs an allocation each time.
-    mDocument.mNodes.reserve(512);
-    mDocument.mAttributes.reserve(512);
-    mDocument.mText.reserve(8192);
-}
+DocumentBuilder::DocumentBuilder(Document& document) : mDocument(document) {}
 
 void DocumentBuilder::addNode(Kind kind, Piece name) {
     const auto index = static_cast<uint32_t>(mDocument.mNodes.size());

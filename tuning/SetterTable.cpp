@@ -121,7 +121,7 @@ constexpr size_t kSetterCount = std::size(kSetterRows);
 using Setters = SetterClasses::Block<ValueSetter, kSetterCount>;
 
 constexpr std::string_view nameOfRow(uint8_t row) {
-    return kSetterRows[row].nodeName;
+    return kSetterRows[row].nodeName();
 }
 
 /** The rows in ascending order of their names. */

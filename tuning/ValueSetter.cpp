@@ -106,7 +106,7 @@ ValueSetter::ValueSetter(std::string nodeName, std::vector<Parameter> params)
     : mOwnRow(new OwnRow{std::move(nodeName), std::move(params)}) {}
 
 std::string ValueSetter::getNodeName() {
-    return mRow != nullptr ? mRow->nodeName : mOwnRow->nodeName;
+    return mRow != nullptr ? std::string(mRow->nodeName()) : mOwnRow->nodeName;
 }
 
 size_t ValueSetter::getParamCount() const {
