@@ -1,12 +1,16 @@
 // Looks at all parts of a document that callers can, and compares them with a plain reading.
 #pragma once
 
+#include <ormel/EntryLayout.h>
 #include <ormel/SetParamCommand.h>
+#include <ormel/SpatializerParamParser.h>
 #include <ormel/Translator.h>
 #include <ormel/TuningFileParser.h>
 #include <ormel/ValueSetter.h>
+#include <ormel/VersionRules.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <set>
@@ -68,12 +72,69 @@ inline void requireTranslators(const ParameterValues& object) {
     }
 }
 
+/** What the format version gives an object, the object has. */
+inline void requireVersionRules(const std::string& version, const ParameterValues& object) {
+    for (const Parameter param : object.getValidParams()) {
+        const VersionRule* const rule = findVersionRule(version, kParameterOwners[param], param);
+        if (rule != nullptr && rule->kind == VersionRuleKind::VALUE) {
+            require(object.getValues().at(param) == Words{rule->value});
+        }
+    }
+}
+
+/** Number of values that an entry has by its layout, once its source was translated. */
+inline size_t valuesByLayout(const EntryLayout& layout, ParameterValues& source,
+                             Endpoint endpoint) {
+    const auto sizeOf = [&](Parameter param) { return source.getValues()[param].size(); };
+    const auto isOff = [&](Parameter param) { return firstOr0(source.getValues()[param]) == 0; };
+    if (layout.destination == VBM && isOff(layout.enable[0])) {
+        return 1;
+    }
+    size_t count = 0;
+    for (size_t i = 0; i < layout.lists.size(); ++i) {
+        count += sizeOf(layout.lists[i]);
+    }
+    if (layout.destination == DOM) {
+        return count + 1 - (endpoint == ENDPOINT_SPEAKER ? 0 : sizeOf(OUTPUT_MIX_MATRIX));
+    }
+    const auto channels = static_cast<size_t>(firstOr0(source.getValues()[OUTPUT_CHANNELS]));
+    for (size_t i = 0; i < std::min(layout.channelLists.size(), channels); ++i) {
+        count += sizeOf(layout.channelLists[i]);
+    }
+    switch (layout.head) {
+        case EntryHead::NONE:
+            return count;
+        case EntryHead::BANDS:
+            return count + 1;
+        case EntryHead::BANDS_CHANNELS:
+        case EntryHead::CHANNELS_BANDS:
+            return count + 2;
+        case EntryHead::CHANNELS:
+            return count + sizeOf(OUTPUT_CHANNELS);
+    }
+    return count;
+}
+
+/** Every entry of a list has as many values as its layout says. */
+inline void requireLayouts(std::vector<int32_t>& list, ParameterValues& source, Endpoint endpoint) {
+    SpatializerParamParser entry(list.data(), static_cast<int>(list.size() * sizeof(int32_t)));
+    require(entry.begin());
+    while (entry.next()) {
+        const auto* const code = std::find(std::begin(kKivParameterCodes),
+                                           std::end(kKivParameterCodes), entry.mParamCode);
+        const auto param = static_cast<KivParameter>(code - kKivParameterCodes);
+        const EntryLayout layout = TranslatorCollection().getLayout(param);
+        require(static_cast<size_t>(entry.mValueCount) == valuesByLayout(layout, source, endpoint));
+    }
+}
+
 /** Translates every object, also as for a mono speaker, which no load asks for. */
 template <typename Object>
-void translateAll(const std::set<Object*>& objects, bool mono) {
+void translateAll(const std::string& version, const std::set<Object*>& objects, bool mono) {
     constexpr int32_t kDevice = 2;
     for (Object* const object : objects) {
         requireTranslators(*object);
+        requireVersionRules(version, *object);
         for (const Endpoint endpoint : {ENDPOINT_SPEAKER, ENDPOINT_HEADPHONE}) {
             Object copy = *object;
             SetParamCommand command(DEVICE_OUT_DEFAULT);
@@ -87,6 +148,7 @@ void translateAll(const std::set<Object*>& objects, bool mono) {
             require(command.mParamCount == plain.count());
             command.mParams[1] = command.mParamCount;
             require(command.mParams == plain.words);
+            requireLayouts(command.mParams, *object, endpoint);
         }
     }
 }
@@ -194,11 +256,12 @@ inline void inspect(const std::string& text, bool mono) {
     }
     const DeviceData& other = *observed.getDeviceData();
     observer.requireAll(other);
-    translateAll(other.getIeqPresets(), mono);
-    translateAll(other.getGeqPresets(), mono);
-    translateAll(other.getProfiles(), mono);
-    translateAll(other.getProfileEndpoints(), mono);
-    translateAll(other.getTunings(), mono);
+    const std::string version = other.getFormatVersion();
+    translateAll(version, other.getIeqPresets(), mono);
+    translateAll(version, other.getGeqPresets(), mono);
+    translateAll(version, other.getProfiles(), mono);
+    translateAll(version, other.getProfileEndpoints(), mono);
+    translateAll(version, other.getTunings(), mono);
     compareAll(data->getGeqPresets());
     compareAll(data->getProfiles());
     compareAll(data->getProfileEndpoints());

@@ -1,10 +1,11 @@
 // Tuning documents. The store must hold what a plain reading of the document gives, whatever the
 // heap is like, and the front must work on it like the plain one. Refused documents change nothing.
-#include <ormel/SpatializerParamCache.h>
+#include <ormel/StoreFront.h>
 #include <ormel/TuningFileParser.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -90,10 +91,15 @@ void reportBound(const std::string& error) {
 }
 
 /** Loads a document and says whether it was accepted. The messages are those of this load. */
-bool loads(const MemoryFile& file) {
+bool loads(SpatializerParamArray& array, const MemoryFile& file, bool fromText) {
     takeMessages();
-    auto& array = SpatializerParamArray::getInstance();
-    const uint64_t bytes = bytesAllocatedBy([&] { array.loadSpatializerXMLFile(file.path()); });
+    const uint64_t bytes = bytesAllocatedBy([&] {
+        if (fromText) {
+            array.loadSpatializerXMLText(file.content());
+        } else {
+            array.loadSpatializerXMLFile(file.path());
+        }
+    });
     reportBound(array.getLoadError());
     const auto& messages = keptMessages();
     const bool isLoaded = std::find(messages.begin(), messages.end(),
@@ -104,7 +110,7 @@ bool loads(const MemoryFile& file) {
     return isLoaded;
 }
 
-/** A fresh store of the process, with the earlier document in it or with none. */
+/** A store with the earlier document in it or with none, and the same plainly. */
 class StartingStore {
   public:
     explicit StartingStore(bool hasEarlier) : mHasEarlier(hasEarlier) {
@@ -115,45 +121,43 @@ class StartingStore {
         }
     }
 
-    /** Keeps the present store if it is one of these and only refused documents came since. */
-    void make() {
-        if (sMade != this) {
-            freshStore();
-            require(!mHasEarlier || loads(mFile));
+    /** A new store, or the present one while only refused documents came since it was made. */
+    SpatializerParamArray& get() {
+        if (mArray == nullptr) {
+            mArray = std::make_unique<SpatializerParamArray>(SpatializerParamArray::Empty());
+            require(!mHasEarlier || loads(*mArray, mFile, false));
         }
-        sMade = this;
+        return *mArray;
     }
 
     /** To be called once the store has changed. */
-    static void forget() { sMade = nullptr; }
+    void drop() { mArray.reset(); }
 
-    /** The same plainly. */
     const PlainStore& plain() const { return mPlain; }
 
   private:
-    static inline const StartingStore* sMade = nullptr;
-
     bool mHasEarlier;
     MemoryFile mFile;
     PlainStore mPlain;
+    std::unique_ptr<SpatializerParamArray> mArray;
 };
 
 /** Runs the front's operations on the store and plainly, and compares. */
-void runFronts(PlainStore& plain, RecordingEffect& effect) {
+void runFronts(SpatializerParamArray& array, PlainStore& plain, RecordingEffect& effect) {
     RecordingEffect plainEffect = effect;
-    SpatializerParamCache cache;
+    StoreFront own(array);
     PlainFront front(plain, &plainEffect);
     for (int profile = -1; profile < 5; ++profile) {
         const bool isOrmelContent = (profile & 1) != 0;
-        require(cache.setProfile(profile, &effect, isOrmelContent) ==
+        require(own.setProfile(profile, &effect, isOrmelContent) ==
                 front.setProfile(profile, isOrmelContent));
         const Words gains(25, profile);
-        require(cache.setProfileGeqGains(gains, &effect) == front.setProfileGeqGains(gains));
+        require(own.setProfileGeqGains(gains, &effect) == front.setProfileGeqGains(gains));
     }
-    require(cache.loadTuning(&effect) == front.loadTuning());
+    require(own.loadTuning(&effect) == front.loadTuning());
     for (const Port port : kSupportedPorts) {
         for (const std::string& device : devicesOn(plain, kPortNames[port])) {
-            require(cache.setSelectedTuningDevice(port, device, &effect) ==
+            require(own.setSelectedTuningDevice(port, device, &effect) ==
                     front.setSelectedTuningDevice(port, device));
         }
     }
@@ -164,27 +168,26 @@ void runFronts(PlainStore& plain, RecordingEffect& effect) {
 /** Loads a document into the store and plainly, and compares; twice if it is accepted. */
 void compareWithPlain(const MemoryFile& file, StartingStore& start, size_t displacement,
                       RecordingEffect& effect) {
-    auto& array = SpatializerParamArray::getInstance();
     PlainStore plain = start.plain();
-    start.make();
-    if (!loads(file)) {
-        requireSame(array, plain);
+    if (!loads(start.get(), file, false)) {
+        requireSame(start.get(), plain);
         return;
     }
-    StartingStore::forget();
     if (!loadPlainly(file, plain)) {
+        start.drop();
         return;
     }
     requireSameMessages(plain);
-    requireSame(array, plain);
+    requireSame(start.get(), plain);
+    start.drop();
 
     const std::vector<char> displaced(displacement);
-    start.make();
-    require(loads(file));
-    StartingStore::forget();
+    SpatializerParamArray& array = start.get();
+    require(loads(array, file, true));
     requireSame(array, plain);
-    runFronts(plain, effect);
+    runFronts(array, plain, effect);
     requireSame(array, plain);
+    start.drop();
 }
 
 }  // namespace
