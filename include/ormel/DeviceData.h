@@ -16,9 +16,9 @@ namespace ormel {
 /**
  * A tuning document's header values and the objects that it describes.
  *
- * The objects are listed, not owned: they stay with whoever made them (TuningFileParser), and must
- * outlive every use of the sets. The sets are ordered by address; the parser places its objects so
- * that this is document order. No operation fails, logs or locks.
+ * Lists the objects without owning them: TuningFileParser does, and they must outlive every use of
+ * the sets. The sets are ordered by address; the parser places its objects so that this is document
+ * order. No operation fails, logs or locks.
  */
 class DeviceData {
   public:
@@ -49,7 +49,7 @@ class DeviceData {
     virtual void setDeviceName(std::string name);
     virtual void setDeviceIndex(int index) { mDeviceIndex = index; }
     virtual void setTuningVersion(int version) { mTuningVersion = version; }
-    // The set that is kept stays as it is when it is passed itself.
+    // These copy the set. Passing the getter's own result changes nothing.
     virtual void setIeqPresets(const std::set<IeqPreset*>& presets) { mIeqPresets = presets; }
     virtual void setGeqPresets(const std::set<GeqPreset*>& presets) { mGeqPresets = presets; }
     virtual void setProfiles(const std::set<Profile*>& profiles) { mProfiles = profiles; }
@@ -64,13 +64,12 @@ class DeviceData {
     virtual std::string getSignature() const { return mSignature; }
     virtual void setSignature(std::string signature);
 
-    /** The document's altivo_game_system_gain. */
     virtual int getAltivoGameSystemGain() const { return mAltivoGameSystemGain; }
     virtual void setAltivoGameSystemGain(int gain) { mAltivoGameSystemGain = gain; }
 
     /**
      * Selects intelligent-equalizer preset 0 for every profile endpoint whose IEQ_ENABLE is 0. An
-     * endpoint that does not say is left alone, but for the empty list that the lookup leaves.
+     * endpoint without IEQ_ENABLE only gains an empty list for it.
      */
     virtual void validateData();
 

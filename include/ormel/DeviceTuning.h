@@ -6,13 +6,13 @@
 
 namespace ormel {
 
-/** Says which tuning a tuning device on a port uses. Starts dirty however it was made. */
+/** The tuning that a tuning device on a port uses. Starts dirty, even when restored. */
 class DeviceTuning {
   public:
     /**
      * @param device name of the tuning device
-     * @param port   text name of the port that it belongs to
-     * @param tuning name of the tuning that it uses
+     * @param port   text name of its port
+     * @param tuning name of its tuning
      */
     DeviceTuning(std::string device, std::string port, std::string tuning);
     DeviceTuning(long long id, std::string device, std::string port, std::string tuning);
@@ -22,7 +22,7 @@ class DeviceTuning {
     DeviceTuning& operator=(const DeviceTuning&) = default;
     DeviceTuning& operator=(DeviceTuning&&) = default;
 
-    /** The stored object's id, -1 for an object that was made without one. */
+    /** The stored object's id; -1 if made without one. */
     virtual int64_t getId() const { return mId; }
 
     virtual bool isDirty() const { return mDirty; }
@@ -34,7 +34,7 @@ class DeviceTuning {
     std::string getPort() const { return mPort; }
     std::string getTuning() const { return mTuning; }
 
-    /** The fields, one "name=value" line each, without a line feed after the last. */
+    /** One "name=value" line per field; no line feed after the last. */
     std::string toString() const;
 
   private:

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-// Builds that look for faults at the bounds divide these by two so many times.
+// Right shift of the bounds below, for builds that look for faults at the bounds.
 #ifndef ORMEL_BOUND_SHIFT
 #define ORMEL_BOUND_SHIFT 0
 #endif
@@ -13,80 +13,78 @@
 namespace ormel {
 
 /**
- * The account of one document. Whoever reads or translates it enters what that takes, and gives the
- * document up once isSpent().
+ * The cost account of one document. Code that reads or translates the document charges its cost
+ * here, and gives the document up once isSpent().
  *
- * Prices and bounds are the same on every platform, so that a document is refused on all of them or
- * on none. An account belongs to one thread.
+ * Prices and bounds are the same on every platform, so every platform refuses the same documents.
+ * An account belongs to one thread.
  */
 class DocumentBudget {
   public:
-    /** The largest document, in bytes. */
+    /** Largest document, in bytes. */
     static constexpr size_t kMaxDocumentBytes = (size_t{16} << 20) >> ORMEL_BOUND_SHIFT;
-    /** Work that a document may take: so much for each of its bytes, and so much beside that. */
+    /** Work limit: kWorkPerByte for each byte of the document, plus kWorkBase. */
     static constexpr uint64_t kWorkPerByte = 16;
     static constexpr uint64_t kWorkBase = (uint64_t{1} << 20) >> ORMEL_BOUND_SHIFT;
-    /** Bytes of lists, values and names together, and of text that entities add. */
+    /** Limit on bytes of lists, values, names and text added by entities, together. */
     static constexpr uint64_t kMaxPayloadBytes = (uint64_t{16} << 20) >> ORMEL_BOUND_SHIFT;
-    /** Bytes of the objects and map entries that hold them. */
+    /** Limit on bytes of the objects and map entries that hold them. */
     static constexpr uint64_t kMaxHolderBytes = (uint64_t{32} << 20) >> ORMEL_BOUND_SHIFT;
 
-    /** Prices in work; a byte of text or name that is handed out or expanded costs 1. */
+    /** Prices in work. A byte of text or name, returned or expanded, costs 1. */
     static constexpr uint64_t kStepPrice = 4;
     static constexpr uint64_t kMessagePrice = 64;
     static constexpr size_t kFewAttributes = 1000;
     static constexpr uint64_t kComparisonsPerWork = 64;
-    /** Prices in work, and in bytes of holders too. */
+    /** Prices both in work and in holder bytes. */
     static constexpr uint64_t kEntryPrice = 64;
     static constexpr uint64_t kObjectPrice = 128;
 
-    /** Allows for the document's size, which is known once it has been read. */
+    /** Sets the work limit for a document of @p bytes. */
     void setDocumentSize(size_t bytes) { mWorkLimit = kWorkPerByte * bytes + kWorkBase; }
 
-    /** Text or names were handed out. */
+    /** Text or names returned. */
     void chargeText(size_t bytes) { mWork += bytes; }
 
-    /** Moves of the cursor, attributes looked at, or nodes visited while an entity is expanded. */
+    /** Cursor moves, attributes looked at, or nodes visited while an entity is expanded. */
     void chargeSteps(size_t count) { mWork += kStepPrice * count; }
 
-    /**
-     * libxml2 compared an element's attributes with one another. Of few, that is part of parsing.
-     */
+    /** Comparisons of an element's attributes with one another; free for up to kFewAttributes. */
     void chargeAttributes(size_t count) {
         mWork += count > kFewAttributes ? uint64_t{count} * count / kComparisonsPerWork : 0;
     }
 
-    /** A message was logged that quotes so many bytes. */
+    /** A logged message that quotes @p quotedBytes. */
     void chargeMessage(size_t quotedBytes) { mWork += kMessagePrice + quotedBytes; }
 
-    /** Numbers were stored in a value or a list. */
+    /** Numbers stored in a value or a list. */
     void chargeNumbers(size_t count) {
         mWork += kStepPrice * count;
         mPayloadBytes += sizeof(int32_t) * count;
     }
 
-    /** A name, or a text that an entity adds, is kept. */
+    /** A stored name, or stored text added by an entity. */
     void chargeKeptText(size_t bytes) { mPayloadBytes += bytes; }
 
-    /** Map entries were made. */
+    /** Map entries made. */
     void chargeEntries(size_t count) {
         mWork += kEntryPrice * count;
         mHolderBytes += kEntryPrice * count;
     }
 
-    /** An object of the model was made. */
+    /** A model object made. */
     void chargeObject() {
         mWork += kObjectPrice;
         mHolderBytes += kObjectPrice;
     }
 
-    /** Whether a bound is exceeded. */
+    /** Whether any bound is exceeded. */
     bool isSpent() const {
         return mWork > mWorkLimit || mPayloadBytes > kMaxPayloadBytes ||
                mHolderBytes > kMaxHolderBytes;
     }
 
-    /** Says which bound is exceeded, and by what; empty while none is. */
+    /** The exceeded bound and the amount; empty if none is exceeded. */
     std::string describe() const;
 
     uint64_t getWork() const { return mWork; }

@@ -1,4 +1,4 @@
-// The elements of a tuning document that are no parameters.
+// The elements of a tuning document other than parameters.
 #pragma once
 
 #include <ormel/Parameter.h>
@@ -25,15 +25,15 @@ enum class DocumentElement : uint8_t {
 
 struct DocumentElementRow {
     const char* name;
-    /** The class of the objects that parameters in it go to; a preset's depends on its type. */
+    /** Class of the objects that its parameters go to. A preset's depends on its type. */
     ParameterOwner owner;
-    /** Those that the reader looks at; null for no more. */
+    /** Attributes that the reader uses; unused places are null. */
     std::array<const char*, 5> attributes;
 };
 
 /**
- * By DocumentElement. Parameters' elements are those of the value setters. The data of a tuning may
- * have any name.
+ * By DocumentElement. Parameter elements are in the setters' table. A tuning's data may have any
+ * name.
  */
 // clang-format off
 inline constexpr DocumentElementRow kDocumentElements[] = {

@@ -1,4 +1,4 @@
-// What the entries of an effect parameter are made from, and how their values lie.
+// The values in each effect parameter's entries: their sources and their order.
 #pragma once
 
 #include <ormel/KivParameter.h>
@@ -8,7 +8,7 @@
 
 namespace ormel {
 
-/** The numbers that stand before an entry's lists. */
+/** The numbers before an entry's lists. */
 enum class EntryHead : uint8_t {
     NONE,
     /** The length of the first list. */
@@ -22,18 +22,18 @@ enum class EntryHead : uint8_t {
 struct EntryLayout {
     KivParameter destination;
     EntryHead head;
-    /** While it is off, there is no entry; virtual bass sends 0 in place of its mode. */
+    /** While this is off, no entry is written, except that VBM is written as 0. */
     ParameterList enable;
     /**
-     * The lists, one behind the other. The output mode has the number of its endpoint behind its
-     * first one, and its last one, the mix matrix, for the speaker only.
+     * The lists in the order written. DOM also has the endpoint number after its first list, and
+     * its last list, the mix matrix, for the speaker only.
      */
     ParameterList lists;
-    /** Behind them, as many of these as there are channels; of other than 2 and 4, no entry. */
+    /** Written after those, one per channel. If not empty, only 2 or 4 channels give an entry. */
     ParameterList channelLists;
 };
 
-/** The entries that are more than one parameter's list, those of simple translators left out. */
+/** The entries of all translators except SimpleTranslator. */
 // clang-format off
 inline constexpr EntryLayout kEntryLayouts[] = {
     {IEBS, EntryHead::BANDS,          {}, {IEQ_FREQUENCY, IEQ_TARGET}, {}},
@@ -54,7 +54,7 @@ inline constexpr EntryLayout kEntryLayouts[] = {
 };
 // clang-format on
 
-/** The layout of a destination's entries; null for one that has no row above. */
+/** Layout of the entries for @p destination; null if it has no row above. */
 constexpr const EntryLayout* findEntryLayout(KivParameter destination) {
     for (const EntryLayout& layout : kEntryLayouts) {
         if (layout.destination == destination) {

@@ -12,7 +12,7 @@ class GeqPreset : public ParameterValues {
 
     explicit GeqPreset(int profileId);
 
-    /** Restores a stored preset, which starts clean. */
+    /** Restores a stored preset; starts clean. */
     GeqPreset(long long id, int profileId);
 
     int64_t getId() const override { return mId; }
@@ -20,10 +20,10 @@ class GeqPreset : public ParameterValues {
 
     int getProfileId() const { return mProfileId; }
 
-    /** Whether profile id and all values are equal; id and dirty flag do not count. */
+    /** Whether profile id and all values are equal; ignores id and dirty flag. */
     bool equals(const GeqPreset& other) const;
 
-    /** The fields, one "name=value" line each, then the values that were set. */
+    /** One "name=value" line per field, then the values that were set. */
     std::string toString() const;
 
   private:

@@ -12,7 +12,9 @@ class IeqPreset : public ParameterValues {
 
     IeqPreset(int presetId, std::string name);
 
-    /** Restores a stored preset. It starts dirty all the same, since its preset id is a value. */
+    /**
+     * Restores a stored preset. Starts dirty too: the constructor stores the preset id as a value.
+     */
     IeqPreset(long long id, int presetId, std::string name);
 
     int64_t getId() const override { return mId; }
@@ -24,7 +26,7 @@ class IeqPreset : public ParameterValues {
     /** Renames the preset and marks it dirty. */
     void setName(std::string name);
 
-    /** The fields, one "name=value" line each, then the values that were set. */
+    /** One "name=value" line per field, then the values that were set. */
     std::string toString() const;
 
   private:

@@ -1,4 +1,4 @@
-// The bridge that hands packed parameter lists to the process-wide shared parameter store.
+// Hands packed parameter lists to the process-wide shared parameter store.
 #pragma once
 
 #include <utils/String16.h>
@@ -8,33 +8,34 @@
 
 namespace ormel {
 
-/** Stands for the effect towards SetParamCommand. Has no state, takes no locks. */
+/** The effect as SetParamCommand sees it. Has no state and takes no locks. */
 class KivEffect {
   public:
-    /** Both arguments are there for the callers' sake only. */
+    /** Both arguments are ignored. */
     KivEffect(int id, const android::String16& name);
 
     /**
      * Hands a packed list to the shared store.
      *
-     * @param id   not used
+     * @param id   ignored
      * @param list the list, header included
-     * @return -22, whatever the store made of it; callers take it for no error
+     * @return always -22, whether or not the store took the list; callers do not treat it as an
+     *         error
      */
     int send(int id, const std::vector<int32_t>& list);
 
     /**
      * Stages every entry of a packed list in the shared store, in list order, and commits.
      *
-     * A list that does not hold what its header announces is refused with the error
-     * "sendSharedStore() Invalid data for setting parameter values." (tag "KivEffect"); nothing
-     * reaches the store then. One that is cut short in its last entry passes without that entry.
+     * A list that fails EffectParamParser::validate() is refused with the error "sendSharedStore()
+     * Invalid data for setting parameter values." (tag "KivEffect"), and nothing reaches the store.
+     * A list cut short in its last entry passes, without that entry.
      *
-     * A list may announce 2^31 entries and lead backwards to the same one each time, which is read
-     * that often: take lists from this library's own commands only.
+     * Pass only lists from this library's own commands: another list may announce 2^31 entries and
+     * lead back to the same one each time, and every one is read.
      *
-     * @param data first word of the list, aligned as one; only read
-     * @param size its size in bytes
+     * @param data first word of the list, aligned for int32; only read
+     * @param size size of the list in bytes
      */
     void sendSharedStore(const void* data, unsigned int size);
 

@@ -8,7 +8,6 @@
 
 namespace ormel {
 
-/** A parameter of the effect. */
 enum KivParameter : int32_t {
 #define ORMEL_KIV_PARAMETER(name, meaning) name,
 #include <ormel/KivParameters.inc>
@@ -20,7 +19,6 @@ constexpr const char* kKivParameterNames[] = {
 #include <ormel/KivParameters.inc>
 };
 
-/** Number of effect parameters. */
 constexpr size_t kKivParameterCount = std::size(kKivParameterNames);
 
 /** What this library feeds into each parameter, by KivParameter value. Not range checked. */
@@ -30,8 +28,8 @@ constexpr const char* kKivParameterMeanings[kKivParameterCount] = {
 };
 
 /**
- * The code of a parameter name: its letters in lower case, the first one in the least significant
- * byte. A name of no or more than four characters has code 0.
+ * Code of a parameter name: its letters in lower case, the first in the least significant byte. 0
+ * for an empty name or one of more than four characters.
  */
 constexpr int32_t kivCodeOfName(std::string_view name) {
     if (name.size() > 4) {
@@ -52,7 +50,7 @@ constexpr int32_t kKivParameterCodes[kKivParameterCount] = {
 #include <ormel/KivParameters.inc>
 };
 
-/** The code of a parameter, 0 for a number that is none. */
+/** Code of a parameter; 0 if out of range. */
 constexpr int32_t kivCode(KivParameter param) {
     const bool known = param >= 0 && param < static_cast<int32_t>(kKivParameterCount);
     return known ? kKivParameterCodes[param] : 0;

@@ -1,9 +1,9 @@
 // The vocabulary of a tuning: its parameters, output endpoints, ports and Android output devices.
 //
 // The library's public sets and maps, here and in the headers of setters, translators and tuning
-// objects, are filled when the library is loaded and never destroyed, so that static objects of
-// other libraries may use them to their end. Unloading the library leaves their nodes behind: at
-// most 20 kB of heap each time that a process loads and unloads it.
+// objects, are filled when the library is loaded and never destroyed, so that other libraries'
+// static objects can use them in their destructors. Each time a process loads and unloads the
+// library, this leaks at most 20 kB of heap.
 #pragma once
 
 #include <ormel/Port.h>
@@ -18,25 +18,23 @@
 
 namespace ormel {
 
-/** A tuning parameter. */
 enum Parameter : int32_t {
 #define ORMEL_PARAMETER(enumerator, name, owner) enumerator,
 #include <ormel/Parameters.inc>
 };
 
 /**
- * Text names by Parameter value, in snake case. The names of a document's elements are not these
- * but those of the value setters (ValueSetter.h). Not range checked.
+ * Text names by Parameter value, in snake case. Not range checked. Documents use other names for
+ * their elements: those of the value setters (ValueSetter.h).
  */
 constexpr const char* kParameterNames[] = {
 #define ORMEL_PARAMETER(enumerator, name, owner) name,
 #include <ormel/Parameters.inc>
 };
 
-/** Number of tuning parameters. */
 constexpr size_t kParameterCount = std::size(kParameterNames);
 
-/** Text name of a parameter, "" for a number that is none. */
+/** Text name of a parameter; "" if out of range. */
 constexpr const char* parameterName(int32_t param) {
     const bool known = param >= 0 && param < static_cast<int32_t>(kParameterCount);
     return known ? kParameterNames[param] : "";
@@ -52,13 +50,13 @@ enum class ParameterOwner : int32_t {
     TUNING
 };
 
-/** The accepting class by Parameter value. */
+/** The accepting class, by Parameter value. */
 constexpr ParameterOwner kParameterOwners[kParameterCount] = {
 #define ORMEL_PARAMETER(enumerator, name, owner) ParameterOwner::owner,
 #include <ormel/Parameters.inc>
 };
 
-/** The parameters that objects of a class accept; of NONE, those of no class. */
+/** The parameters that a class accepts; for NONE, those that no class accepts. */
 const std::set<Parameter>& parametersOf(ParameterOwner owner);
 
 /** The class of output that a tuning or a profile endpoint is for. */
@@ -72,7 +70,7 @@ constexpr size_t kEndpointCount = 3;
 /** Text names by Endpoint value. Not range checked. */
 constexpr const char* kEndpointNames[kEndpointCount] = {"speaker", "headphone", "other"};
 
-/** Text name of an endpoint, "" for a number that is none. */
+/** Text name of an endpoint; "" if out of range. */
 constexpr const char* endpointName(int32_t endpoint) {
     const bool known = endpoint >= 0 && endpoint < static_cast<int32_t>(kEndpointCount);
     return known ? kEndpointNames[endpoint] : "";
@@ -84,15 +82,15 @@ enum AndroidDevice : int32_t {
     DEVICE_OUT_WIRED_HEADPHONE = 0x8,
     DEVICE_OUT_BLUETOOTH_A2DP = 0x80,
     DEVICE_OUT_USB_DEVICE = 0x4000,
-    /** Stands for every output device. */
+    /** All output devices. */
     DEVICE_OUT_DEFAULT = 0x40000000,
 };
 
-/** The devices that a headphone endpoint is for, in ascending order. */
+/** The devices of a headphone endpoint, in ascending order. */
 inline constexpr std::array kHeadphoneDevices = {DEVICE_OUT_WIRED_HEADPHONE,
                                                  DEVICE_OUT_BLUETOOTH_A2DP, DEVICE_OUT_USB_DEVICE};
 
-/** The orientation values that the effect gets with either kind of endpoint. */
+/** The orientation that the effect gets for speaker and headphone endpoints. */
 constexpr int kSpeakerOrientation = 1;
 constexpr int kHeadphoneOrientation = 2;
 
@@ -102,18 +100,18 @@ constexpr size_t kIeqPresetCount = 4;
 constexpr const char* kIeqPresetNames[kIeqPresetCount] = {"off", "detailed", "balanced", "warm"};
 
 /**
- * Endpoint of each port, by port name; every port has one.
+ * Endpoint by port name; every port has one.
  *
- * The document load reads this map and the next with inserting lookups, so a port name that is in
- * neither ends up in both, reading as 0. The load serialises its own access; nobody else may write
- * to them, nor read them while a document is loaded.
+ * The document load inserts: it adds a port name that is missing from this map or the next with the
+ * value 0. Loads serialise their own access. Nobody else may write to the maps, or read them during
+ * a load.
  */
 extern std::map<std::string, Endpoint>& kPortNameToEndpoint;
 
-/** Android device of each port that takes tunings; "hdmi", "miracast" and "other" have none. */
+/** Android device by port name; "hdmi", "miracast" and "other" have none. */
 extern std::map<std::string, AndroidDevice>& kPortNameToAndroidDevice;
 
-/** The maps above, for code that may run before this library's own static initialisation. */
+/** The same maps, for code that may run before this library's static initialisation. */
 std::map<std::string, Endpoint>& portNameToEndpoint();
 std::map<std::string, AndroidDevice>& portNameToAndroidDevice();
 

@@ -1,4 +1,4 @@
-// The parameters of a row in a table.
+// A list of parameters in a table row.
 #pragma once
 
 #include <ormel/Parameter.h>
@@ -11,7 +11,7 @@
 
 namespace ormel {
 
-/** Up to five parameters, in a byte each. */
+/** Up to five parameters, one byte each. */
 class ParameterList {
   public:
     constexpr ParameterList(std::initializer_list<Parameter> params) {

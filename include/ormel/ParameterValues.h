@@ -15,15 +15,15 @@ namespace ormel {
 /**
  * An id, a dirty flag and the value lists of a tuning object, by parameter.
  *
- * Nothing here locks: an object is built by one thread and shared only by callers who serialise
- * their access. No operation fails or logs.
+ * Has no lock: one thread builds an object, and callers that share it serialise their access. No
+ * operation fails or logs.
  */
 class ParameterValues {
   public:
-    /** The stored object's id, -1 for an object that was made without one. */
+    /** The stored object's id; -1 if made without one. */
     virtual int64_t getId() const = 0;
 
-    /** Whether the object is new, or changed since it was restored or last marked clean. */
+    /** Whether the object is new, or changed since it was restored or marked clean. */
     virtual bool isDirty() const;
     virtual void setDirty(bool dirty);
 
@@ -33,23 +33,23 @@ class ParameterValues {
     virtual const std::set<Parameter>& getValidParams() const = 0;
 
     /**
-     * Replaces the list of @p param and marks the object dirty. Any parameter and any list is
-     * taken: keeping to getValidParams() is up to the caller.
+     * Replaces the list of @p param and marks the object dirty. Accepts any parameter and any list:
+     * the caller checks getValidParams().
      */
     void set(Parameter param, std::vector<int> values);
 
-    /** Number of values that set() was given so far, replaced ones included. */
+    /** Number of values passed to set() so far, including replaced ones. */
     size_t getSetCount() const { return mSetCount; }
 
     /**
-     * One line per parameter in ascending order, "name=" and each value followed by a comma.
-     * IEQ_ID is left out.
+     * One line per parameter in ascending order: "name=", then each value followed by a comma.
+     * Omits IEQ_ID.
      */
     std::string valuesToString() const;
 
     /**
-     * The lists by parameter. A parameter may have an empty list: readers use the map's inserting
-     * lookup, so asking for an absent parameter leaves an empty list behind.
+     * The lists by parameter. Lists may be empty: readers look up by subscript, which adds an empty
+     * list for an absent parameter.
      */
     std::map<Parameter, std::vector<int>>& getValues() { return mValues; }
     const std::map<Parameter, std::vector<int>>& getValues() const { return mValues; }
@@ -61,7 +61,7 @@ class ParameterValues {
     ParameterValues& operator=(const ParameterValues&) = default;
     ParameterValues& operator=(ParameterValues&&) = default;
 
-    /** Gives every valid parameter that has no list an empty one. */
+    /** Adds an empty list for every valid parameter that has none. */
     void fillAbsentParams();
 
     int64_t mId;
@@ -72,7 +72,7 @@ class ParameterValues {
     size_t mSetCount = 0;
 };
 
-/** The first of a parameter's values; 0 where a value is needed and there is none. */
+/** The first value; 0 if there is none. */
 inline int firstOr0(const std::vector<int>& values) {
     return values.empty() ? 0 : values.front();
 }

@@ -6,7 +6,7 @@
 
 namespace ormel {
 
-/** A physical output port, as callers of the front name it. */
+/** A physical output port, as callers of the front number it. */
 enum Port : int32_t {
     PORT_INTERNAL_SPEAKER = 0,
     PORT_HDMI = 1,
@@ -22,7 +22,7 @@ constexpr size_t kPortCount = 7;
 constexpr const char* kPortNames[kPortCount] = {"internal_speaker", "hdmi", "miracast", "headphone",
                                                 "bluetooth",        "usb",  "other"};
 
-/** Text name of a port, null for a number that is none. */
+/** Text name of a port; null if out of range. */
 constexpr const char* portName(int32_t port) {
     const bool known = port >= 0 && port < static_cast<int32_t>(kPortCount);
     return known ? kPortNames[port] : nullptr;

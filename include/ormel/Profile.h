@@ -5,15 +5,15 @@
 
 namespace ormel {
 
-/** A profile and the parameters that hold for all of its endpoints. */
+/** A profile and the parameters common to all of its endpoints. */
 class Profile : public ParameterValues {
   public:
     static const std::set<Parameter>& kValidParams;
 
-    /** The graphic-equalizer preset of the same number starts out selected. */
+    /** Selects the graphic-equalizer preset whose number is @p profileId. */
     Profile(int profileId, std::string name, bool mobility);
 
-    /** Restores a stored profile, which starts clean. */
+    /** Restores a stored profile; starts clean. */
     Profile(long long id, int profileId, std::string name, bool mobility);
 
     int64_t getId() const override { return mId; }
@@ -27,7 +27,7 @@ class Profile : public ParameterValues {
 
     bool isMobility() const { return mMobility; }
 
-    /** Unlike the other setters, leaves the dirty flag alone. */
+    /** Unlike the other setters, does not mark the profile dirty. */
     void setMobility(bool mobility) { mMobility = mobility; }
 
     int getSelectedGeqPreset() const { return mSelectedGeqPreset; }
@@ -35,12 +35,12 @@ class Profile : public ParameterValues {
     /** Selects a graphic-equalizer preset and marks the profile dirty. */
     void setSelectedGeqPreset(int presetId);
 
-    /** Whether profile id and all values are equal; nothing else counts. */
+    /** Whether profile id and all values are equal; ignores everything else. */
     bool equals(const Profile& other) const;
 
     /**
-     * The fields, one "name=value" line each, then every valid parameter. Parameters that were
-     * never set get an empty list, which stays.
+     * One "name=value" line per field, then every valid parameter. Parameters never set get an
+     * empty list, which stays.
      */
     std::string toString();
 

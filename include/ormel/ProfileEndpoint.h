@@ -1,18 +1,20 @@
-// The part of a profile that is for one endpoint.
+// The part of a profile for one endpoint.
 #pragma once
 
 #include <ormel/ParameterValues.h>
 
 namespace ormel {
 
-/** What a profile asks of one endpoint, and the intelligent-equalizer preset that it selects. */
+/**
+ * A profile's parameters for one endpoint, and the intelligent-equalizer preset that it selects.
+ */
 class ProfileEndpoint : public ParameterValues {
   public:
     static const std::set<Parameter>& kValidParams;
 
     ProfileEndpoint(int profileId, Endpoint endpoint, int selectedIeqPreset);
 
-    /** Restores a stored profile endpoint, which starts clean. */
+    /** Restores a stored profile endpoint; starts clean. */
     ProfileEndpoint(long id, int profileId, Endpoint endpoint, int selectedIeqPreset);
 
     int64_t getId() const override { return mId; }
@@ -29,8 +31,8 @@ class ProfileEndpoint : public ParameterValues {
     bool equals(const ProfileEndpoint& other) const;
 
     /**
-     * The fields, one "name=value" line each, then every valid parameter. Parameters that were
-     * never set get an empty list, which stays. An endpoint out of range has no name.
+     * One "name=value" line per field, then every valid parameter. Parameters never set get an
+     * empty list, which stays. An endpoint out of range has no name.
      */
     std::string toString();
 

@@ -13,17 +13,17 @@ namespace ormel {
 class KivEffect;
 
 /**
- * Gathers effect parameter settings in a packed list (see SpatializerParamParser.h).
+ * Collects effect parameter settings in a packed list (SpatializerParamParser.h).
  *
- * Entries are appended as they come: a parameter added twice stands there twice, and no value is
- * checked. A parameter that is none gets code 0. A command belongs to one thread.
+ * Entries are appended in call order: a parameter added twice appears twice. Values are not
+ * checked, and an out-of-range parameter gets code 0. A command belongs to one thread.
  */
 class SetParamCommand {
   public:
-    /** Places of the words that a list begins with. */
+    /** Positions of the words at the start of a list. */
     enum ListHeader : size_t { LIST_ID, LIST_COUNT, kListHeaderWords };
 
-    /** Places of the words that stand before the values of every entry. */
+    /** Positions of the words before the values of each entry. */
     enum EntryHeader : size_t { ENTRY_DEVICE, ENTRY_CODE, ENTRY_COUNT, kEntryHeaderWords };
 
     /** @param profileId word 0 of the list */
@@ -34,24 +34,24 @@ class SetParamCommand {
     SetParamCommand& operator=(SetParamCommand&&) = default;
 
     /**
-     * Sends the list to @p effect, its count filled in. May be called again.
+     * Fills in the count and sends the list to @p effect. May be called again.
      *
-     * @return 0 without entries or after the list was taken, when nothing is sent; else what
-     *         KivEffect::send returns
+     * @return 0, with nothing sent, if there are no entries or the list was moved away; else the
+     *         result of KivEffect::send()
      */
     virtual int execute(KivEffect& effect);
 
     virtual ~SetParamCommand() = default;
 
-    /** The device (an Android output device bit) of all entries added from now on. */
+    /** Sets the device (an Android output device bit) of entries added from now on. */
     void setDeviceId(int deviceId) { mDeviceId = deviceId; }
 
     void add(KivParameter param, int value);
     void add(KivParameter param, const std::vector<int>& values);
 
     /**
-     * Values that are written out, so that a 0 among them is not taken for a null list. Being a
-     * template, it leaves {}, which would fit either, to the lists.
+     * Takes values in braces, so that a 0 among them is not taken for a null list. A template, so
+     * that {} still selects the overload for lists.
      */
     template <typename = void>
     void add(KivParameter param, std::initializer_list<int> values) {
@@ -59,8 +59,8 @@ class SetParamCommand {
     }
 
     /**
-     * One entry with the values of all @p lists, one list after another; without lists, one of no
-     * values. The command's own list may be among them; null stands for no values.
+     * Adds one entry with the values of all @p lists, in order; without lists, an entry of no
+     * values. A null list has no values. mParams may be among the lists.
      */
     void add(KivParameter param, std::initializer_list<const std::vector<int>*> lists) {
         addEntry(param, {}, {lists.begin(), lists.size()});
@@ -70,7 +70,7 @@ class SetParamCommand {
         addEntry(param, {}, {lists.data(), lists.size()});
     }
 
-    /** The same behind a leading value. */
+    /** The same, after a leading value. */
     void add(KivParameter param, int first, std::initializer_list<const std::vector<int>*> lists) {
         addEntry(param, {first}, {lists.begin(), lists.size()});
     }

@@ -22,65 +22,65 @@ class DocumentLoad;
 class StoreDump;
 
 /**
- * Holds the built-in lists, what the tuning document became, and the choices made since: current
- * profile, tuning device per port, graphic-equalizer gains per profile.
+ * Holds the built-in lists, the lists made from the tuning document, and the choices made since:
+ * current profile, tuning device per port, graphic-equalizer gains per profile.
  *
- * The process's instance is getInstance()'s, made on first use, never destroyed.
+ * The process's instance is getInstance(), created on first use and never destroyed.
  *
- * Getters of lists insert: asking for an unknown key leaves an empty list behind. For gains and mix
- * matrices it stands for nothing to apply; an empty parameter list counts as one that the document
- * gave, and is refused when it is to be applied. Lists are packed parameter lists
- * (SpatializerParamParser.h). Messages bear the tag "OrmSpatializerParamArray".
+ * Getters of lists insert: asking for an unknown key adds an empty list. Empty gains or an empty
+ * mix matrix mean nothing to apply. An empty parameter list counts as one from the document, and
+ * applying it fails. Lists are packed parameter lists (SpatializerParamParser.h). Messages have the
+ * tag "OrmSpatializerParamArray".
  *
- * Threads. Every operation but isValidTuningDevice() and getMixMatrixCapacity() holds the
- * instance's lock for its whole body and calls none that locks meanwhile. So any operation may meet
- * any other, loads and front operations (SpatializerParamCache.h) included, on any number of
+ * Threads. Every operation except isValidTuningDevice() and getMixMatrixCapacity() holds the
+ * instance's lock throughout and calls no other that locks. All operations, loads and front
+ * operations (SpatializerParamCache.h) included, may therefore run concurrently on any number of
  * threads. The exceptions:
- * - isValidTuningDevice() takes no lock, and must not meet loadSpatializerXMLFile().
+ * - isValidTuningDevice() takes no lock, and must not run during loadSpatializerXMLFile().
  * - A returned reference is used after the lock is released. Parameter lists and mix matrices may
- *   be read through it at any time. Gains may be read unless setProfileGeqGains() sets the same
- *   profile's on another thread. Whoever writes through a reference keeps all other threads out of
- *   the store, and does not do so from within an effect's operation. copyProfileGeqGains() needs
- *   none of this.
+ *   be read through it at any time. Gains may be read unless another thread calls
+ *   setProfileGeqGains() for the same profile. A caller that writes through a reference must keep
+ *   all other threads out of the store, and must not do so inside an effect's operation.
+ *   copyProfileGeqGains() has none of these limits.
  * - A child that is forked while another thread is inside an operation, such as a load, must not
- *   use the store: nobody in the child will release the lock.
+ *   use the store: the lock is never released in the child.
  *
- * Lifetimes. A returned reference is to the store's own list and stays valid as long as the store.
- * Parameter lists and mix matrices that another load replaces keep their place and values if a
- * reference to them was returned, and are freed otherwise; ask again for the new ones. Gains are
- * replaced in place: a reference to them shows those set last, and iterators into them are invalid
- * once others are set.
+ * Lifetimes. A returned reference is to the store's own list and valid as long as the store. A
+ * parameter list or mix matrix that another load replaces keeps its address and values if a
+ * reference to it was returned, and is freed otherwise; ask again for the new one. Gains are
+ * replaced in place: a reference to them shows the latest, and setting them invalidates iterators
+ * into them.
  *
- * A failed allocation ends the process. The first load of the process sets libxml2 up.
+ * A failed allocation ends the process. The first load in the process sets libxml2 up.
  */
 class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
   public:
     static constexpr size_t kProfileWords = 117;
     static constexpr size_t kCommonWords = 456;
 
-    /** The built-in lists. They never change. */
+    /** The built-in lists. */
     static const std::array<int32_t, kProfileWords> mDynamicProfileParams;
     static const std::array<int32_t, kProfileWords> mMovieProfileParams;
     static const std::array<int32_t, kProfileWords> mMusicProfileParams;
     static const std::array<int32_t, kProfileWords> mCustomProfileParams;
     static const std::array<int32_t, kCommonWords> mCommonParams;
 
-    /** What a profile's speaker endpoint gets when the internal speaker's tuning has no matrix. */
+    /** Mix matrix of the profiles' speaker endpoints if the internal speaker's tuning has none. */
     static const std::array<int32_t, 58> kDefaultMixMatrix;
 
-    /** Name and version of the library, which tell what a shipped file or a dump is of. */
+    /** Name and version of the library, to identify shipped files and dumps. */
     static const char kVersion[];
 
-    /** Where a device keeps its tuning document. */
+    /** Path of a device's tuning document. */
     static constexpr char kDefaultTuningFile[] = "/vendor/etc/ormel/qsx-default-spatializer.xml";
 
     /**
      * Loads the document at kDefaultTuningFile, if there is one. SpatializerParamCache uses
-     * getInstance(); an instance of one's own serves a StoreFront, or to look at a document.
+     * getInstance(); construct an instance for a StoreFront, or to look at a document.
      */
     SpatializerParamArray();
 
-    /** A store of one's own without a document. */
+    /** Constructs a store without a document. */
     struct Empty {};
     explicit SpatializerParamArray(Empty /* none */);
     SpatializerParamArray(const SpatializerParamArray&) = delete;
@@ -88,67 +88,66 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     ~SpatializerParamArray();
 
     /**
-     * Copies a profile's built-in list, as many bytes as getProfileParamsSize() says; nothing for
-     * an unknown profile.
+     * Copies a profile's built-in list: getProfileParamsSize() bytes, so nothing for an unknown
+     * profile.
      *
      * @param dest room for the list
-     * @return 0, or -22 when @p dest is null
+     * @return 0, or -22 if @p dest is null
      */
     int getProfileParams(OrmSpatializerProfileId profile, void* dest);
 
     /** Size of a profile's built-in list in bytes; 0 for an unknown profile. */
     unsigned getProfileParamsSize(OrmSpatializerProfileId profile);
 
-    /** Whether there is a list of the tuning document for the profile, if only an inserted one. */
+    /** Whether the profile has a list, from the tuning document or inserted by a getter. */
     bool isXMLProfileValid(int profile);
 
     /** The profile's list from the tuning document. Inserts. */
     std::vector<int32_t>& getXMLProfileParams(int profile);
 
-    /** Whether there is a list of the document for the tuning device, if only an inserted one. */
+    /** Whether the tuning device has a list, from the document or inserted by a getter. */
     bool isXMLTuningValid(const std::string& device);
 
     /** The tuning device's list. Inserts. */
     std::vector<int32_t>& getXMLTuningParams(const std::string& device);
 
     /**
-     * Room that the names of getAvailableTuningDevices() take in a character buffer, closing zero
-     * included; 0 when there are none or the port is none.
+     * Size of a character buffer for getAvailableTuningDevices(), terminating zero included; 0 if
+     * there are no names or no such port.
      */
     int getAvailableTuningDevicesLen(int port);
 
-    /** The names of the port's tuning devices in ascending order, one blank between them. */
+    /** The names of the port's tuning devices in ascending order, separated by single spaces. */
     std::string getAvailableTuningDevices(int port);
 
-    /** The tuning device in use on a port; inserts an empty name for an unknown port. */
+    /** The tuning device selected for a port; inserts an empty name for an unknown port. */
     std::string getSelectedTuningDevice(int port);
 
     /**
-     * Puts a tuning device in use on a port.
+     * Selects the tuning device of a port.
      *
-     * @return 0; -22 for a number that is no port; -22 with "setSelectedTuningDevice():
-     *         tuningDevice D is not available for port P." (error) for a device that is not the
-     *         port's
+     * @return 0; -22 if there is no such port; -22 with "setSelectedTuningDevice(): tuningDevice D
+     *         is not available for port P." (error) if the device is not the port's
      */
     int setSelectedTuningDevice(int port, const std::string& device);
 
     /** Whether a tuning device is available on a port. Takes no lock; see the class comment. */
     bool isValidTuningDevice(int port, const std::string& device) const;
 
-    /** The graphic-equalizer gains of a profile. Inserts, and then no document gives it gains. */
+    /** The graphic-equalizer gains of a profile. Inserts; later documents then give it no gains. */
     std::vector<int32_t>& getProfileGeqGains(OrmSpatializerProfileId profile);
 
-    /** Replaces a profile's gains by a copy of @p gains, which may be any of the store's own. */
+    /** Replaces a profile's gains with a copy of @p gains, which may be a list of the store. */
     void setProfileGeqGains(OrmSpatializerProfileId profile, const std::vector<int32_t>& gains);
 
     /**
-     * The mix matrix of a tuning device. For an unknown one says "getXMLTuningMixMatrix(): no mix
-     * matrix found with tuning device D" (warning) and returns one empty list, the same each time.
+     * The mix matrix of a tuning device. For an unknown one, logs "getXMLTuningMixMatrix(): no mix
+     * matrix found with tuning device D" (warning) and returns an empty list, always the same one.
      */
     const std::vector<int32_t>& getXMLTuningMixMatrix(const std::string& device);
 
     /**
-     * Copies at most @p room of a profile's gains, which another thread may set meanwhile. Inserts.
+     * Copies at most @p room of a profile's gains. Other threads may set them meanwhile. Inserts.
      *
      * @return number of gains copied
      */
@@ -157,69 +156,66 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /**
      * Adds a tuning document to the store.
      *
-     * A document that cannot be read, or that exceeds a bound of DocumentBudget, leaves everything
-     * as it was and says "Spatializer Tuning XML parses error!" (error); getLoadError() tells why.
-     * Of profiles with one id
-     * the first list stands, of tuning devices with one name the last; all of them count. A tuning
-     * device whose tuning the document lacks is passed over with a warning. A supported port whose
-     * selected tuning device is not available keeps it, with "loadSpatializerXMLFile() default
-     * tuningDevice D is not available for port P." (error).
+     * If the document cannot be read or exceeds a bound of DocumentBudget, the store is unchanged
+     * and "Spatializer Tuning XML parses error!" (error) is logged; getLoadError() says why.
+     *
+     * If profiles share an id, the first one's list is kept; if tuning devices share a name, the
+     * last one's. All are counted. A tuning device whose tuning the document lacks is skipped with
+     * a warning. A supported port whose selected tuning device is not available keeps it, and
+     * "loadSpatializerXMLFile() default tuningDevice D is not available for port P." (error) is
+     * logged.
      *
      * @param path path of the document
      */
     void loadSpatializerXMLFile(const std::string& path);
 
-    /** What became of a document. */
     enum class LoadOutcome : int32_t { LOADED, NOT_READ, OVER_BOUND };
 
-    /** The same with a document's text. */
+    /** The same for a document's text. */
     LoadOutcome loadSpatializerXMLText(const std::string& text);
 
-    /** What became of the document that was loaded last. */
+    /** The outcome of the last load. */
     LoadOutcome getLoadOutcome();
 
     /**
-     * Why the document that was loaded last was refused: the line and libxml2's words, the system's
-     * words for a file that cannot be read, or which bound it exceeds. Empty if it was loaded.
+     * Why the last load failed: line and libxml2's message, the system's message for an unreadable
+     * file, or the exceeded bound. Empty if it succeeded.
      */
     std::string getLoadError();
 
-    /** What the document that was loaded last has cost. */
+    /** The cost of the last load. */
     DocumentBudget getLoadBudget();
 
     /** The profile last applied; movie at first. */
     OrmSpatializerProfileId getCurrentProfile();
     void setCurrentProfile(OrmSpatializerProfileId profile);
 
-    /** Number of device tunings that were stored. */
+    /** Number of device tunings stored. */
     int32_t getTuningCount();
 
-    /** Number of document profiles met, repeated ids included. */
+    /** Number of document profiles, including repeated ids. */
     int32_t getTuningProfileCount();
 
     /** Output channels of the internal speaker's tuning; 2 without one. */
     int32_t getOutputChannelCount();
 
-    /**
-     * Number of values that the effect's current output mode has beside its first one, which is
-     * what it is read back with.
-     */
+    /** Number of values after the first that fit when the effect's output mode is read back. */
     int32_t getMixMatrixCapacity() const { return mMixMatrixCapacity.load(); }
 
     /**
-     * Appends the state to @p out, for an effect's own dump and for bug reports: kVersion; the
-     * document that was loaded last and what became of it; current profile and output channels; the
-     * document's profile lists and device tunings with their numbers of entries; graphic-equalizer
-     * gains; and each port's tuning devices, the selected one marked with a star. Changes nothing.
+     * Appends the state to @p out, for an effect's own dump and for bug reports: kVersion; the last
+     * document loaded and its outcome; current profile and output channels; the document's profile
+     * lists and device tunings with their numbers of entries; graphic-equalizer gains; and each
+     * port's tuning devices, the selected one marked with a star. Changes nothing.
      *
-     * Lines end in a line feed. ASCII's control characters in the document's names appear as
-     * question marks, so that a name takes no more than its line.
+     * Every line ends with a line feed. ASCII control characters in names from the document are
+     * printed as question marks, so that a name cannot break its line.
      *
-     * The lock is tried for a second; after that "could not lock" stands in place of the state. To
-     * be sure of that, get the instance beforehand: getInstance() itself waits for a first use that
-     * is under way elsewhere.
+     * Tries the lock for one second, then writes "could not lock" instead of the state. To rely on
+     * that limit, get the instance beforehand: getInstance() itself waits while another thread
+     * creates it.
      *
-     * @param indent number of blanks before every line; 0 to 80; any other counts as the nearest
+     * @param indent number of spaces before every line, clamped to 0 to 80
      */
     void dump(std::string& out, int indent);
 
@@ -235,7 +231,7 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     using ListsByDevice = std::map<std::string, StoredList>;
 
     // Hidden, so that the library need not export their names.
-    /** @param name what dumps call the document */
+    /** @param name the document's name in dumps */
     [[gnu::visibility("hidden")]] LoadOutcome load(const std::string& source, bool fromMemory,
                                                    const std::string& name);
     [[gnu::visibility("hidden")]] void refuseDocument(const std::string& reason);
@@ -257,10 +253,10 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     std::map<int32_t, std::string> mSelectedTuningDevices;
     std::map<int32_t, std::vector<int32_t>> mProfileGeqGains;
     ListsByDevice mMixMatrices;
-    /** Lists that a load replaced and that references were returned to. */
+    /** Replaced lists that callers may hold references to. */
     std::vector<ListsByDevice::node_type> mReplacedLists;
     std::atomic<int32_t> mMixMatrixCapacity;
-    /** The document that was loaded last, and its outcome. */
+    /** The last document loaded, and its outcome. */
     std::string mLoadPath;
     LoadOutcome mLoadOutcome = LoadOutcome::NOT_READ;
     std::string mLoadError;

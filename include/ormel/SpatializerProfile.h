@@ -6,20 +6,21 @@
 
 namespace ormel {
 
-/** A spatializer profile. */
 using OrmSpatializerProfileId = int32_t;
 
-/** Stands for the built-in list that belongs to every profile. */
+/** Selects the built-in list common to all profiles. */
 constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_COMMON = -1;
 constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_DYNAMIC = 0;
 constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_MOVIE = 1;
 constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_MUSIC = 2;
 constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_CUSTOM = 3;
 
-/** Text names of the profiles from dynamic to custom, by their number. Not range checked. */
+/** Text names of the profiles by id, from dynamic to custom. Not range checked. */
 constexpr const char* kProfileNames[] = {"dynamic", "movie", "music", "custom"};
 
-/** Bands of the effect's graphic equalizer. Entries of another width are not applied. */
+/**
+ * Bands of the effect's graphic equalizer. Entries with another number of bands are not applied.
+ */
 constexpr size_t kGeqBands = 20;
 
 }  // namespace ormel

@@ -1,4 +1,4 @@
-// The operations of the front on a store of the caller's choice.
+// The front operations on a store of the caller's choice.
 #pragma once
 
 #include <ormel/IEffectOrm.h>
@@ -11,8 +11,8 @@
 namespace ormel {
 
 /**
- * Does on any store what SpatializerParamCache does on the process's, operation by operation, for
- * tools and tests. What the contract there says of the process's store is said of this one.
+ * The operations of SpatializerParamCache, on any store, for tools and tests. That contract applies
+ * with this store in place of the process's.
  */
 class StoreFront {
   public:

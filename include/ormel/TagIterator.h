@@ -1,4 +1,4 @@
-// A cursor over an XML document, and the reading of numbers from its text.
+// A cursor over an XML document, and conversion of its text to numbers.
 #pragma once
 
 #include <cstdint>
@@ -9,16 +9,17 @@
 #include <vector>
 
 /**
- * Reads one decimal integer from the start of @p text as formatted stream extraction in the classic
- * locale does: leading whitespace and a sign are taken, reading stops at the first other character.
+ * Reads one decimal integer from the start of @p text, as formatted stream extraction in the
+ * classic locale does: skips leading whitespace, accepts a sign, and stops at the first other
+ * character.
  *
- * @return the number; 0 when there is none; the nearest limit of int when it is out of range
+ * @return the number; 0 if there is none; the nearest limit of int if out of range
  */
 int string2Int(std::string_view text);
 
 /**
- * Appends the integers of @p text to @p out. Numbers are separated by whitespace, by a comma right
- * behind a number, or by the next one's sign; whatever else stands there ends the row, as does a
+ * Appends the integers of @p text to @p out. Numbers are separated by whitespace, by a comma
+ * directly after a number, or by the next number's sign. Anything else ends the row, as does a
  * number out of range.
  */
 void string2IntVector(std::string_view text, std::vector<int>& out);
@@ -32,16 +33,15 @@ class DocumentBudget;
  * Loads one XML document and moves a cursor over its nodes.
  *
  * Text and comment nodes count like elements. An indented document has whitespace text before the
- * first child element of every element, and the cursor relies on it: see childrenNext(). A
- * reference to an entity is a node named after the entity, without children; in an attribute it
- * stands for the entity's text.
+ * first child element of every element, and childrenNext() relies on it. An entity reference is a
+ * node named after the entity, without children; in an attribute, the entity's text replaces it.
  *
- * The operations are virtual so that another walker can stand in for this one.
+ * The operations are virtual so that another walker can be substituted.
  *
- * An iterator belongs to one thread at a time; since the count of live iterators is a plain
- * integer, all iterators of a process must be made and destroyed under one lock. The last one to go
- * tears down libxml2's global state, which the next load sets up again. Messages are errors with
- * the tag "TagIterator".
+ * An iterator belongs to one thread at a time. The count of live iterators is a plain integer, so
+ * all iterators of a process must be made and destroyed under one lock. Destroying the last one
+ * tears down libxml2's global state; the next load sets it up again. Messages are errors with the
+ * tag "TagIterator".
  */
 class TagIterator {
   public:
@@ -51,29 +51,29 @@ class TagIterator {
     virtual ~TagIterator();
 
     /**
-     * Loads a document in place of an earlier one and puts the cursor on the first child node of
-     * its root. A failure leaves no document, but for an empty source, which changes nothing.
+     * Loads a document, replacing an earlier one, and puts the cursor on the first child node of
+     * its root. After a failure there is no document, except that an empty source changes nothing.
      *
-     * No other file is opened. The document may have at most 16 MiB. Where it declares entities,
-     * the text and nodes that they come to are bounded by its size: see DocumentBudget.
+     * Opens no other file. The document may have at most 16 MiB. The text and nodes that its
+     * entities expand to are bounded by its size: see DocumentBudget.
      *
-     * @param source     path of the document, a regular file, or the document's text when
+     * @param source     path of the document, a regular file, or the document's text if
      *                   @p fromMemory
-     * @param fromMemory says which
+     * @param fromMemory whether @p source is the text
      * @return 0;
-     *         -22 with "Invalide xml file path/data, 52" when the source is empty,
-     *         -22 with "fail to call xmlReadFile,  63" when it cannot be read, is malformed or
+     *         -22 with "Invalide xml file path/data, 52" if the source is empty,
+     *         -22 with "fail to call xmlReadFile,  63" if it cannot be read, is malformed or
      *         exceeds a bound;
-     *         -19 with "fail to call xmlDocGetRootElement, 69" when it has no root
+     *         -19 with "fail to call xmlDocGetRootElement, 69" if it has no root
      */
     virtual int init(const std::string& source, bool fromMemory);
 
-    /** Moves to the next sibling node, off the end if there is none. Does nothing off the end. */
+    /** Moves to the next sibling node, or off the end if there is none. No effect off the end. */
     virtual void next();
 
     /**
      * Moves to the current node's second child node: with indentation, its first child element.
-     * With one child only, moves off the end. Without children, stays.
+     * With only one child, moves off the end. Without children, stays.
      */
     virtual void childrenNext();
 
@@ -82,11 +82,11 @@ class TagIterator {
     virtual bool isCurValid();
     virtual bool isElementNode();
 
-    /** Remembers the current position. */
+    /** Saves the current position. */
     virtual void pushNode();
 
     /**
-     * Returns to the position remembered last. With none left, says "It's empty in node stack!" and
+     * Returns to the position saved last. If none is left, logs "It's empty in node stack!" and
      * stays. A position in a document that has been freed since is off the end.
      */
     virtual void popNode();
@@ -99,54 +99,46 @@ class TagIterator {
 
     /**
      * Appends the integer of every attribute of the current element to @p out, in document order.
-     * Any other node adds nothing; off the end says "Invalid node when parsing String vector.".
+     * Any other node adds nothing; off the end, logs "Invalid node when parsing String vector.".
      */
     virtual void parseNodeIntVector(std::vector<int>& out);
 
-    /** Appends the text of every attribute of the element, as parseNodeWithName({}, out) does. */
+    /** The same as parseNodeWithName({}, out). */
     virtual void parseNodeAll(std::vector<std::string>& out);
 
     /**
-     * Reads attributes of the current element by name. @p out gets as many entries as there are
-     * names, each the text of the attribute of that name, or what stood there when the element
-     * lacks it. Without names, every attribute's text is appended in document order. Attributes of
-     * one local name in several namespaces all have the text of the first.
+     * Reads attributes of the current element by name. Resizes @p out to the number of names and
+     * sets each entry to the text of the attribute of that name, or keeps the entry if the element
+     * lacks the attribute. Without names, appends every attribute's text in document order.
+     * Attributes with the same local name in several namespaces all have the text of the first.
      *
-     * Any other node leaves @p out as it is; off the end says
-     * "Invalid node when parsing String vector.".
+     * Other nodes change nothing; off the end, logs "Invalid node when parsing String vector.".
      */
     virtual void parseNodeWithName(const std::vector<std::string>& names,
                                    std::vector<std::string>& out);
 
-    /**
-     * The name that this class's getNodeName() gives, without a copy. Stands as long as the
-     * document.
-     */
+    /** TagIterator::getNodeName() without a copy; valid as long as the document. */
     std::string_view readName();
 
-    /** Frees the document. The remembered positions stay on the stack, all of them off the end. */
+    /** Frees the document. Saved positions stay on the stack, all of them off the end. */
     void clearAll();
 
-    /** Why init() failed last: the line and the parser's words, or what else; empty if it did not.
-     */
+    /** Why the last init() failed: line and libxml2's message, or another reason; else empty. */
     const std::string& getError() const { return mError; }
 
-    /**
-     * Room for the texts of one element, for readers that read many elements one by one. Its
-     * content is of no meaning between two readings.
-     */
+    /** Reusable buffer for one element's texts. Its content is unspecified between reads. */
     std::vector<std::string>& getTextBuffer() { return mTextBuffer; }
 
-    /** Number of live iterators, but for those of document parsers. */
+    /** Number of live iterators, except those of document parsers. */
     static int32_t mInstanceCount;
 
   private:
     friend class TuningFileParser;
 
-    /** An iterator that pays with @p budget for what it is asked, and is not counted. */
+    /** An iterator that charges @p budget for what it does, and is not counted. */
     [[gnu::visibility("hidden")]] explicit TagIterator(DocumentBudget& budget);
 
-    /** Number of elements that begin before the current node does; 0 off the end. */
+    /** Number of elements that begin before the current node; 0 off the end. */
     [[gnu::visibility("hidden")]] uint32_t getElementsBefore() const;
     bool isOnNode() const;
     bool isOnElement() const;
@@ -159,10 +151,10 @@ class TagIterator {
     void forEachAttribute(Visitor visit);
 
     std::unique_ptr<Document> mDocument;
-    /** The node under the cursor; the root, where the cursor never is, stands for none. */
+    /** The node under the cursor. The root stands for none: the cursor is never there. */
     uint32_t mCurrent = 0;
     std::deque<uint32_t> mNodeStack;
-    /** Null for a cursor that somebody uses alone: it may do what it likes. */
+    /** Null for an iterator that is used alone: its moves and reads are not charged. */
     DocumentBudget* mBudget = nullptr;
     const bool mIsCounted;
     std::string mError;

@@ -16,25 +16,25 @@ namespace ormel {
 /**
  * Turns one or more parameters of a tuning object into entries of a command.
  *
- * Sources are read with the map's inserting lookup, so every parameter that a translator reads and
- * the source lacks is left in it with an empty list. Where a translator needs a first value and
- * there is none, it reads 0. Nothing locks: translation is serialised by the caller.
+ * Sources are read by subscript, so a parameter that the source lacks is added to it with an empty
+ * list. A first value that is needed and missing reads as 0. Nothing locks: callers serialise
+ * translation.
  */
 class Translator {
   public:
     virtual ~Translator() = default;
 
     /**
-     * The parameters whose change calls for this translator. The library's own translators make
-     * the list when they are first asked for it.
+     * The parameters whose change makes this translator run. The library's own translators build
+     * the list on the first call.
      */
     virtual const std::vector<Parameter>& getSrcParams() = 0;
 
     /**
-     * Adds this translator's entries to @p cmd, under the device that the command is set to.
+     * Adds this translator's entries to @p cmd, under the command's current device.
      *
-     * @param endpoint what the source is for; counts for the output mode only
-     * @param mono     whether the output is mono; counts for the output mode only
+     * @param endpoint endpoint of the source; used only for the output mode
+     * @param mono     whether the output is mono; used only for the output mode
      */
     virtual void kivTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                               bool mono) = 0;
@@ -47,7 +47,7 @@ class Translator {
     Translator& operator=(Translator&&) = default;
 };
 
-/** Passes one parameter's values on unchanged; an empty list makes an entry of no values. */
+/** Copies one parameter's values; an empty list gives an entry of no values. */
 class SimpleTranslator : public Translator {
   public:
     SimpleTranslator(KivParameter dst, Parameter src);
@@ -58,11 +58,11 @@ class SimpleTranslator : public Translator {
   private:
     KivParameter mDst;
     Parameter mSrc;
-    // Empty before it is asked for.
+    // Filled on first use.
     std::vector<Parameter> mSrcParams;
 };
 
-/** Base of the translators whose sources are those of their class, its kSrcParams. */
+/** Base of the translators whose sources are kSrcParams of their class. */
 class SpecialTranslator : public Translator {
   public:
     const std::vector<Parameter>& getSrcParams() override;
@@ -75,7 +75,7 @@ class SpecialTranslator : public Translator {
   private:
     const Parameter* mFirst;
     size_t mCount;
-    // Empty before it is asked for.
+    // Filled on first use.
     std::vector<Parameter> mSrcParams;
 };
 
@@ -98,8 +98,8 @@ class IeqTranslator : public SpecialTranslator {
 };
 
 /**
- * CEQT: channel count, band count, left, right, and of four channels the surrounds. Written only
- * when the complex equalizer is on, for two and four channels.
+ * CEQT: channel count, band count, left, right, and for four channels the surrounds. Written only
+ * while the complex equalizer is on, for two or four channels.
  */
 class ComplexEqualizerTranslator : public SpecialTranslator {
   public:
@@ -112,8 +112,8 @@ class ComplexEqualizerTranslator : public SpecialTranslator {
 };
 
 /**
- * VBM: the virtual bass mode, or 0 when virtual bass is off. Then VBON, which carries the virtual
- * bass type and not the switch.
+ * VBM: the virtual bass mode, or 0 if virtual bass is off. Then VBON, which carries the virtual
+ * bass type, not the switch.
  */
 class VirtualBassEnableTranslator : public SpecialTranslator {
   public:
@@ -123,7 +123,7 @@ class VirtualBassEnableTranslator : public SpecialTranslator {
                       bool mono) override;
 };
 
-/** VBSF, then VBMF: the low and the high "src" frequency, the low and the high mix frequency. */
+/** VBSF: the low and the high "src" frequency. Then VBMF: the low and the high mix frequency. */
 class VirtualBassTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {VIRTUAL_BASS_SRC_FREQ_LOW, VIRTUAL_BASS_SRC_FREQ_HIGH,
@@ -153,8 +153,8 @@ class DeAmountTranslator : public SpecialTranslator {
 };
 
 /**
- * AOBS: band count, channel count, frequencies, left and right gains, and of four channels the
- * surrounds' gains. Written for two and four channels only.
+ * AOBS: band count, channel count, frequencies, left and right gains, and for four channels the
+ * surrounds' gains. Written only for two or four channels.
  */
 class AudioOptimizerTranslator : public SpecialTranslator {
   public:
@@ -167,11 +167,11 @@ class AudioOptimizerTranslator : public SpecialTranslator {
 };
 
 /**
- * ARSA: channel count, stress amounts. ARBS: band count, frequencies, low and high thresholds,
- * isolated flags. With sibilance suppression on and two or four channels, RSSA: channel count,
- * band count, amounts by channel.
+ * ARSA: channel count, stress amounts. ARBS: band count, frequencies, low thresholds, high
+ * thresholds, isolated flags. RSSA, only with sibilance suppression on and two or four channels:
+ * channel count, band count, amounts by channel.
  *
- * For fewer than three channels the source's stress amounts are cut or zero-filled to two.
+ * For fewer than three channels, cuts or zero-fills the source's stress amounts to two.
  */
 class AudioRegulatorTranslator : public SpecialTranslator {
   public:
@@ -191,9 +191,9 @@ class AudioRegulatorTranslator : public SpecialTranslator {
 
 /**
  * DOM: virtualizer enable, endpoint, orientation, and for the speaker the mix matrix. Not written
- * for a source whose class does not accept VIRTUALIZER_ENABLE.
+ * if the source's class does not accept VIRTUALIZER_ENABLE.
  *
- * A mono speaker switches the source's virtualizer off and sets its orientation to 1.
+ * For a mono speaker, switches the source's virtualizer off and sets its orientation to 1.
  */
 class OutputModeTranslator : public SpecialTranslator {
   public:
@@ -213,32 +213,32 @@ class CustomDRCTranslator : public SpecialTranslator {
 };
 
 /**
- * The registry of translators by source parameter: a view of the library's constant table, so that
- * it has nothing to make or to keep.
+ * The registry of translators by source parameter. A view of the library's constant table, without
+ * state.
  */
 class TranslatorCollection {
   public:
-    /** The process's translators, by address in table order. */
+    /** The process's translators. Their addresses are in table order. */
     static const std::set<Translator*>& kAllTranslators;
 
-    /** The translator that reacts to @p param, null where there is none. */
+    /** The translator that reacts to @p param; null if there is none. */
     Translator* getTranslator(Parameter param) const;
 
-    /** The place in table order of the translator of @p param, kParameterCount if there is none. */
+    /** Table position of the translator of @p param; kParameterCount if there is none. */
     size_t findPlace(Parameter param) const;
 
-    /** @param place of a translator, as findPlace() gives it */
+    /** @param place a translator's position, as findPlace() returns it */
     Translator& at(size_t place) const;
 
-    /** How the entries of a destination are made; of one that nothing writes, from no lists. */
+    /** Layout of the entries for @p destination; without lists if no translator writes it. */
     EntryLayout getLayout(KivParameter destination) const;
 };
 
 /**
- * Runs the translators that a source's changed parameters call for, each once, in table order.
+ * Runs the translators of a source's changed parameters, each once, in table order.
  *
- * Set a source before translating; a translator that is pending without one is dropped. The source
- * is not owned and must not be used elsewhere during translation.
+ * Set a source before translating; without one, pending translators are dropped. The source is not
+ * owned and must not be used elsewhere during translation.
  */
 class ParameterTranslator {
   public:
@@ -247,16 +247,16 @@ class ParameterTranslator {
     ParameterTranslator& operator=(const ParameterTranslator&) = delete;
     virtual ~ParameterTranslator() = default;
 
-    /** Points the translator at a source. What is pending stays pending. */
+    /** Sets the source. Pending translators stay pending. */
     virtual void setSource(ParameterValues* values, Endpoint endpoint, bool mono);
 
-    /** Makes the translator of @p param pending, if there is one. */
+    /** Marks the translator of @p param as pending, if there is one. */
     virtual void onParameterChanged(Parameter param);
 
-    /** Runs what is pending; nothing is pending afterwards. */
+    /** Runs the pending translators, which are then no longer pending. */
     void translatePending(SetParamCommand& cmd);
 
-    /** Takes every valid parameter of the source as changed, and runs what is pending. */
+    /** Marks every valid parameter of the source as changed, then runs the pending translators. */
     void translateAll(SetParamCommand& cmd);
 
     bool hasSource() const { return mSource != nullptr; }
@@ -265,7 +265,7 @@ class ParameterTranslator {
     static TranslatorCollection* const sTranslatorCollection;
 
   private:
-    /** By place in table order. */
+    /** By table position. */
     std::array<bool, kParameterCount> mIsPending = {};
     ParameterValues* mSource = nullptr;
     Endpoint mEndpoint = ENDPOINT_SPEAKER;

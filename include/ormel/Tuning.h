@@ -15,10 +15,10 @@ class Tuning : public ParameterValues {
     /** Endpoints by text name. */
     static const std::map<std::string, Endpoint>& kEndpNameToEndpoint;
 
-    /** A tuning as a document gives it: read-only. */
+    /** A tuning from a document: read-only. */
     Tuning(std::string name, Endpoint endpoint, bool mono);
 
-    /** Restores a stored tuning, which starts clean. */
+    /** Restores a stored tuning; starts clean. */
     Tuning(long id, std::string name, Endpoint endpoint, bool mono, bool readonly);
 
     int64_t getId() const override { return mId; }
@@ -27,19 +27,21 @@ class Tuning : public ParameterValues {
     std::string getName() const { return mName; }
     Endpoint getEndpoint() const { return mEndpoint; }
 
-    /** Takes the endpoint of that name; an unknown name changes nothing. Never marks dirty. */
+    /**
+     * Sets the endpoint by its text name; ignores an unknown name. Does not mark the tuning dirty.
+     */
     void setEndpoint(const std::string& name);
 
     bool isMono() const { return mMono; }
 
-    /** Never marks dirty. */
+    /** Does not mark the tuning dirty. */
     void setMono(bool mono) { mMono = mono; }
 
     bool isReadonly() const { return mReadonly; }
 
     /**
-     * The fields, one "name=value" line each, then every valid parameter. Parameters that were
-     * never set get an empty list, which stays. An endpoint out of range has no name.
+     * One "name=value" line per field, then every valid parameter. Parameters never set get an
+     * empty list, which stays. An endpoint out of range has no name.
      */
     std::string toString();
 

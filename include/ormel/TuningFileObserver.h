@@ -1,4 +1,4 @@
-// What the reader of tuning documents tells of its reading.
+// Callbacks from the reader of tuning documents.
 #pragma once
 
 #include <ormel/DocumentElements.h>
@@ -11,34 +11,34 @@ namespace ormel {
 
 class ValueSetter;
 
-/** An element that the reader reads as what it is, not as a parameter. */
+/** An element of the document's structure, as opposed to a parameter. */
 struct DocumentSection {
     DocumentElement kind = {};
-    /** Its number, see TuningFileObserver. */
+    /** Its number; see TuningFileObserver. */
     uint32_t element = 0;
     /**
-     * Place of its object among those of its class in this document, in the order of DeviceData's
-     * sets: of a preset, profile, endpoint or device, and of a tuning and its data. No object comes
-     * of a tuning without data, nor of a preset of unknown type. 0 for other elements.
+     * Index of its object among this document's objects of that class, in the order of DeviceData's
+     * sets. Presets, profiles, endpoints, devices, tunings and tuning data have one; it is 0 for
+     * other elements. A tuning without data makes no object, nor does a preset of unknown type.
      */
     size_t object = 0;
     /**
-     * Set in what follows onSection(): the element, or the tuning's data, has no children, and what
-     * the reader takes for them are the element itself and its siblings behind it.
+     * Set only in calls after onSection(). The element, or the tuning's data, has no children, so
+     * the reader takes the element itself and the siblings after it for its children.
      */
     bool isChildless = false;
 };
 
 /**
- * Listens to a TuningFileParser. The operations are called while it reads, in the order of its
- * reading and on its thread, and must not throw nor use the parser.
+ * Listens to a TuningFileParser. The operations are called while it reads, in reading order and on
+ * its thread. They must not throw or use the parser.
  *
- * Elements are numbered by their start tags in document order, the root being 0; what a reference
- * to an entity stands for is not counted. A processing instruction or a reference that bears an
- * element's name is read like a childless element and has the number kNoElement.
+ * Elements are numbered by start tag in document order, from 0 for the root. The contents of entity
+ * references are not counted. A processing instruction or entity reference with an element's name
+ * is read like a childless element and has the number kNoElement.
  *
- * An element is reported more than once where the reader comes to it more than once, which it does
- * behind childless ones. A document that is refused is reported as far as it was read.
+ * The reader may reach an element more than once, after childless ones; it is then reported each
+ * time. A refused document is reported as far as it was read.
  */
 class TuningFileObserver {
   public:
@@ -46,32 +46,32 @@ class TuningFileObserver {
 
     /** Why an element was passed over. */
     enum class Reason : uint8_t {
-        /** No section, preset type or parameter of that name is known where it stands. */
+        /** Not the name of a section, preset type or parameter that is known at this place. */
         UNKNOWN,
-        /** The same of one that was taken for a child of a childless section. */
+        /** The same, and taken for a child of a childless section. */
         STRAY,
-        /** A tuning without data. The reading ends at it: what stands behind it is not reported. */
+        /** A tuning without data. Reading ends there: nothing after it is reported. */
         NO_DATA,
     };
 
     virtual ~TuningFileObserver() = default;
 
     /**
-     * A section begins. Versions and settings come first, wherever they stand. An include comes
-     * right behind the profile or endpoint that it chooses a preset for; among the parameters there
-     * it is passed over like one that chooses none.
+     * A section begins. Versions and settings are reported first, wherever they are in the
+     * document. An include that selects a preset is reported right after its profile or endpoint.
+     * Among the parameters it is then passed over, like one that selects none.
      */
     virtual void onSection(const DocumentSection& /* section */) {}
 
     /**
-     * A parameter of a section is read. A preset's own element is its only one.
+     * A parameter of a section is read. A preset has one: its own element.
      *
      * @param setter reads the element; lives as long as the process
      */
     virtual void onParameter(const DocumentSection& /* section */, ValueSetter& /* setter */,
                              uint32_t /* element */) {}
 
-    /** A setting is read, the attribute @p name of a section GLOBAL_SETTING. */
+    /** A setting is read: attribute @p name of a GLOBAL_SETTING section. */
     virtual void onSetting(const DocumentSection& /* section */, std::string_view /* name */) {}
 
     virtual void onPassedOver(uint32_t /* element */, Reason /* reason */) {}

@@ -21,12 +21,12 @@ namespace ormel {
 /**
  * Reads one tuning document into a DeviceData.
  *
- * The parser owns what it reads: the DeviceData and every object that it lists live as long as the
- * parser. A parser belongs to one thread; several may read at the same time. Its iterator does not
- * count as a live one, so parsers leave libxml2's global state alone.
+ * The parser owns the DeviceData and every object listed there; they live as long as the parser. A
+ * parser belongs to one thread; several parsers may read at the same time. Its iterator is not
+ * counted as live, so parsers leave libxml2's global state alone.
  *
- * Unknown elements, missing attributes and unknown preset types are no errors; missing numbers read
- * as 0. Messages bear the tag "TuningFileParser".
+ * Unknown elements, missing attributes and unknown preset types are not errors; missing numbers
+ * read as 0. Messages have the tag "TuningFileParser".
  */
 class TuningFileParser {
   public:
@@ -36,43 +36,45 @@ class TuningFileParser {
     virtual ~TuningFileParser() = default;
 
     /**
-     * Reads a document. A parser is meant for one; the objects of a second one join those of the
-     * first in a new DeviceData, which takes the place of the earlier one.
+     * Reads a document. A parser is meant for one: the objects of a second document are added to
+     * those of the first, in a new DeviceData that replaces the earlier one.
      *
-     * @param path       path of the document, or its text when @p fromMemory
-     * @param fromMemory says which
+     * @param path       path of the document, or its text if @p fromMemory
+     * @param fromMemory whether @p path is the text
      * @return 0;
-     *         -22 when the document cannot be loaded or exceeds a bound of DocumentBudget, which
-     *         getError() tells. The parser is as it was before, but for getError() and getBudget()
+     *         -22 if the document cannot be loaded or exceeds a bound of DocumentBudget; getError()
+     *         says why. On failure only getError() and getBudget() change
      */
     int setTuningFile(const std::string& path, bool fromMemory);
 
-    /** Has documents that are read from now on reported to @p observer, which is not owned; null
-     * for nobody, as at first. */
+    /**
+     * Reports documents read from now on to @p observer: not owned; null, the default, for none.
+     */
     void setObserver(TuningFileObserver* observer) { mObserver = observer; }
 
-    /** Why setTuningFile() failed last: the line and libxml2's words, or what else; empty if it did
-     * not. */
+    /**
+     * Why setTuningFile() last failed: line and libxml2's message, or another reason; else empty.
+     */
     const std::string& getError() const { return mError; }
 
-    /** What the last document has cost so far. Its load goes on paying with it. */
+    /** The cost of the last document so far. Loading it into a store goes on from there. */
     DocumentBudget& getBudget() { return mBudget; }
 
-    /** Whether a document has been read to its end. */
+    /** Whether a document was read to its end. */
     bool isParsed() const { return mParsed; }
 
-    /** The content of the document, owned by the parser; null before one was read. */
+    /** The content of the document, owned by the parser; null until one was read. */
     DeviceData* getDeviceData() const { return mDeviceData.get(); }
 
-    /** Number of `<profile>` elements, those of repeated ids included. */
+    /** Number of `<profile>` elements, including repeated ids. */
     int getNumOfProfiles() const { return mHeader.profileCount; }
 
-    /** Name of the profile read last under that id; an unknown id is remembered with no name. */
+    /** Name of the profile last read with that id; an unknown id is added with an empty name. */
     std::string getProfileName(int profileId) { return mHeader.profileNames[profileId]; }
 
     /**
-     * Number of an intelligent-equalizer preset by name; 0 with the error "name is invalid, 313"
-     * for any other name.
+     * Id of an intelligent-equalizer preset by name; 0 with the error "name is invalid, 313" for
+     * any other name.
      */
     int getIeqPresetIdByName(const std::string& name);
 
@@ -80,7 +82,7 @@ class TuningFileParser {
     static SetterCollection* const sSetterCollection;
 
   private:
-    /** What is known of the document beside its objects. */
+    /** The document's data other than its objects. */
     struct Header {
         int32_t profileCount = 0;
         std::map<int, std::string> profileNames;
@@ -103,11 +105,11 @@ class TuningFileParser {
         std::vector<DeviceTuning> deviceTunings;
     };
 
-    /** Reads one document into the last of mDocuments and the header. */
+    /** Reads one document into mHeader and the last of mDocuments. */
     class Reader;
 
     void fillDeviceData();
-    /** The objects of one kind of all documents. */
+    /** The objects of one kind in all documents. */
     template <typename Object>
     std::set<Object*> pointersTo(std::vector<Object> Objects::*kind);
 
@@ -118,7 +120,7 @@ class TuningFileParser {
     std::string mError;
     TagIterator mIterator;
     TuningFileObserver* mObserver = nullptr;
-    /** What has been read, a document each, the last being the one that is read now. */
+    /** The objects by document; the last document is the one being read. */
     std::list<Objects> mDocuments;
 };
 

@@ -20,12 +20,11 @@ struct SetterRow;
 /**
  * Reads the parameter elements of one name into a tuning object.
  *
- * Setters are made with a name and parameters of their own, or from a row of the library's constant
- * table, which they then refer to.
+ * A setter has its own name and parameters, or refers to a row of the library's constant table.
  *
- * A setter keeps nothing between calls, so one object serves every document; set() may run on
- * several threads at once, on different objects and iterators. Setters never fail: what is missing
- * reads as empty text, and that as 0 or as an empty row.
+ * A setter keeps nothing between calls: one object serves every document, and set() may run on
+ * several threads at once with different objects and iterators. Setters never fail: missing
+ * attributes read as empty text, and empty text as 0 or as an empty row.
  */
 class ValueSetter {
   public:
@@ -35,22 +34,22 @@ class ValueSetter {
     virtual std::string getNodeName();
 
     /**
-     * Reads the element under the cursor of @p iterator and stores every parameter that it feeds
-     * into @p values. The cursor ends where it was.
+     * Reads the element at the cursor of @p iterator and stores all of this setter's parameters in
+     * @p values. The cursor ends where it was.
      */
     virtual void set(ParameterValues& values, TagIterator& iterator) = 0;
 
-    /** The parameters that this setter feeds, in the order in which it stores them. */
+    /** The parameters that this setter stores, in that order. */
     std::vector<Parameter> getParams() const;
 
-    /** The same one by one. @param i below getParamCount() */
+    /** The parameter at index @p i, which must be below getParamCount(). */
     Parameter getParam(size_t i) const;
     size_t getParamCount() const;
 
   protected:
     ValueSetter(std::string nodeName, std::vector<Parameter> params);
     explicit ValueSetter(const SetterRow& row) : mRow(&row) {}
-    // No moves: a setter whose row was taken could not be asked for anything.
+    // Copied, never moved: a moved-from setter would have no row.
     ValueSetter(const ValueSetter&) = default;
     ValueSetter& operator=(const ValueSetter&) = default;
 
@@ -60,7 +59,7 @@ class ValueSetter {
         std::vector<Parameter> params;
     };
 
-    /** Null for a setter that has a row of its own. */
+    /** Null for a setter with its own row. */
     const SetterRow* mRow = nullptr;
     std::shared_ptr<const OwnRow> mOwnRow;
 };
@@ -88,7 +87,7 @@ class DrcRowDataValueSetter : public RowDataValueSetter {
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
-/** Stores the rows of a matrix, which are the element's grandchildren, one after another. */
+/** Stores the rows of a matrix, which are the element's grandchildren, as one list. */
 class MixMatrixValueSetter : public ValueSetter {
   public:
     MixMatrixValueSetter(std::string nodeName, Parameter param);
@@ -96,7 +95,7 @@ class MixMatrixValueSetter : public ValueSetter {
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
-/** Stores the number of every attribute of the element, in document order. */
+/** Stores the integer of every attribute of the element, in document order. */
 class VirtualBassSubgainValueSetter : public ValueSetter {
   public:
     VirtualBassSubgainValueSetter(std::string nodeName, Parameter param);
@@ -105,14 +104,13 @@ class VirtualBassSubgainValueSetter : public ValueSetter {
 };
 
 /**
- * Base of the setters that read attributes by name, each into the parameter at its place. One that
- * is made with fewer parameters than it has attributes feeds those; parameters beyond them are not
- * fed.
+ * Base of the setters that read attributes by name, the first into the first parameter and so on. A
+ * setter with fewer parameters than attributes stores only that many; parameters without an
+ * attribute are not set.
  */
 class NamedAttributesValueSetter : public ValueSetter {
   protected:
-    /** Gives a class's attribute names, the same list each time. It may be made by the first call.
-     */
+    /** Returns a class's attribute names: always the same list, which the first call may build. */
     using AttrNames = const std::vector<std::string>& (*)();
 
     NamedAttributesValueSetter(std::string nodeName, std::vector<Parameter> params,
@@ -123,7 +121,7 @@ class NamedAttributesValueSetter : public ValueSetter {
 
     const std::vector<std::string>& attrNames() const { return mAttrNames(); }
 
-    /** Stores a column for each attribute in the parameter at its place, if there is one. */
+    /** Stores each attribute's column in the parameter at the same index, if there is one. */
     void setAll(ParameterValues& values, std::vector<std::vector<int>> columns) const;
 
   private:
@@ -140,16 +138,16 @@ class VirtualBassValueSetter : public NamedAttributesValueSetter {
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
-/** Base of the setters that store a preset's bands, which lie three levels below the element. */
+/** Base of the setters of a preset's bands, which are three levels below the element. */
 class PresetBandsValueSetter : public NamedAttributesValueSetter {
   public:
     void set(ParameterValues& values, TagIterator& iterator) override;
 
-    /** The name that every band must bear; null if any name will do. */
+    /** The name that every band must have; null if any name will do. */
     const char* getBandName() const { return mBandName; }
 
   protected:
-    /** @param bandName a constant, the name that every band must bear; null if any name will do */
+    /** @param bandName a constant; see getBandName() */
     PresetBandsValueSetter(std::string nodeName, std::vector<Parameter> params, AttrNames attrNames,
                            const char* bandName)
         : NamedAttributesValueSetter(std::move(nodeName), std::move(params), attrNames),
@@ -162,9 +160,8 @@ class PresetBandsValueSetter : public NamedAttributesValueSetter {
 };
 
 /**
- * Stores the bands of an intelligent-equalizer preset. The first element among them that is no
- * "band_ieq" ends them with the message "No attribute band_ieq was found!" (info, tag
- * "ValueSetter").
+ * Stores the bands of an intelligent-equalizer preset. They end at the first element that is not
+ * named "band_ieq", with the message "No attribute band_ieq was found!" (info, tag "ValueSetter").
  */
 class IeqValueSetter : public PresetBandsValueSetter {
   public:
@@ -183,7 +180,7 @@ class GeqValueSetter : public PresetBandsValueSetter {
     explicit GeqValueSetter(const SetterRow& row);
 };
 
-/** Base of the setters that store bands, which are the element's children, column by column. */
+/** Base of the setters of bands that are the element's children, stored column by column. */
 class BandColumnsValueSetter : public NamedAttributesValueSetter {
   public:
     void set(ParameterValues& values, TagIterator& iterator) override;
@@ -191,7 +188,7 @@ class BandColumnsValueSetter : public NamedAttributesValueSetter {
   protected:
     using NamedAttributesValueSetter::NamedAttributesValueSetter;
 
-    /** The number that an attribute's text stands for in its column. */
+    /** Converts an attribute's text to the number stored in its column. */
     virtual int readColumn(size_t column, std::string_view text) const;
 };
 
@@ -205,7 +202,7 @@ class AudioOptimizerValueSetter : public BandColumnsValueSetter {
     explicit AudioOptimizerValueSetter(const SetterRow& row);
 };
 
-/** Stores the bands of the regulator. Their last column is 1 for exactly "true", else 0. */
+/** Stores the bands of the regulator. The last column is 1 for exactly "true", else 0. */
 class RegulatorTuningValueSetter : public BandColumnsValueSetter {
   public:
     static constexpr std::array<const char*, 4> kAttrNames = {"frequency", "threshold_low",
@@ -219,19 +216,19 @@ class RegulatorTuningValueSetter : public BandColumnsValueSetter {
 };
 
 /**
- * The registry of setters by element name: a view of the library's constant table, so that it has
- * nothing to make or to keep, and may be used on several threads at once.
+ * The registry of setters by element name. A view of the library's constant table, without state:
+ * it may be used on several threads at once.
  */
 class SetterCollection {
   public:
-    /** The process's setters, by address in table order. */
+    /** The process's setters. Their addresses are in table order. */
     static const std::set<ValueSetter*>& kAllValueSetters;
 
-    /** The setter of an element name, null for any other name. */
+    /** The setter of an element name; null if there is none. */
     ValueSetter* getValueSetter(std::string_view name) const;
 };
 
-/** The readings that setters and the document parser share. The cursor ends where it was. */
+/** Reading functions shared by setters and the document parser. The cursor ends where it was. */
 class NodeParseUtils {
   public:
     /** The "value" attribute: 1 for "true", 0 for "false", else a number; 0 for a non-element. */
@@ -240,7 +237,7 @@ class NodeParseUtils {
     /** The row of numbers in the first attribute, whatever its name; empty without attributes. */
     static std::vector<int> parseDataRow(TagIterator& iterator);
 
-    /** The rows on the children of the first child element, one after another. */
+    /** The rows on the children of the first child element, as one list. */
     static std::vector<int> parseMixMatrix(TagIterator& iterator);
 };
 

@@ -1,4 +1,4 @@
-// What the format version of a tuning document changes in its reading.
+// How the format version of a tuning document changes its reading.
 #pragma once
 
 #include <ormel/Parameter.h>
@@ -11,34 +11,34 @@ namespace ormel {
 enum class VersionRuleKind : uint8_t {
     /** Objects of the class get the value, whatever the document says. */
     VALUE,
-    /** Endpoints get the value that their profile gives ahead of them, 0 without one. */
+    /** Endpoints get the value that comes before them in their profile; 0 if there is none. */
     PROFILES_VALUE,
-    /** The settings are not read: the virtual bass process has the value in their place. */
+    /** The settings are not read; the virtual bass process gets the value. */
     SETTINGS_UNREAD,
-    /** Intelligent-equalizer presets have names for ids, which includes name them by. */
+    /** Ids of intelligent-equalizer presets are names, and includes refer to them by name. */
     IEQ_PRESETS_NAMED,
-    /** Profiles include a preset for all of their endpoints, which include none. */
+    /** A profile includes one preset for all of its endpoints; endpoints include none. */
     INCLUDE_IN_PROFILE,
-    /** Whether a profile is a mobility profile is not read. */
+    /** The profile's group is not read: no profile is a mobility profile. */
     GROUP_UNREAD,
 };
 
-/** Whether a rule is for the versions that begin with a text, or for those below it. */
+/** Whether a rule holds for versions that begin with a text, or for those below it. */
 enum class VersionBound : uint8_t { BEGINS, BELOW };
 
 struct VersionRule {
     std::string_view version;
     /** The class of the objects that get the value; NONE for rules that change something else. */
     ParameterOwner owner;
-    /** Of no meaning where the kind knows no value, as is the value. */
+    /** Unused, like the value, for kinds without a value. */
     Parameter param;
     int32_t value;
     VersionRuleKind kind;
     VersionBound bound;
 
     /**
-     * Versions are compared as bytes, as far as the rule's text goes: "3.10.0" is below "3.4.", and
-     * an absent version is below everything.
+     * Compares bytes, as far as the rule's text goes: "3.10.0" is below "3.4.", and an absent
+     * version is below everything.
      */
     constexpr bool holdsFor(std::string_view formatVersion) const {
         const int order = formatVersion.compare(0, version.size(), version);
@@ -46,7 +46,7 @@ struct VersionRule {
     }
 };
 
-/** All rules, those for one class of objects in the order in which they are applied. */
+/** All rules. Those for one class of objects are in the order in which they are applied. */
 inline constexpr VersionRule kVersionRules[] = {
 #define ORMEL_VERSION_RULE(bound, version, owner, kind, param, value, sentence) \
     {version, ParameterOwner::owner, param, value, VersionRuleKind::kind, VersionBound::bound},
@@ -63,7 +63,7 @@ constexpr const VersionRule* findVersionRule(std::string_view formatVersion, Ver
     return nullptr;
 }
 
-/** The rule that gives objects of a class a parameter; null if none does. */
+/** The rule that sets a parameter of a class of objects; null if none does. */
 constexpr const VersionRule* findVersionRule(std::string_view formatVersion, ParameterOwner owner,
                                              Parameter param) {
     for (const VersionRule& rule : kVersionRules) {
