@@ -1,4 +1,4 @@
-// The "name=value" lines that tuning objects are dumped as.
+// The "name=value" lines in dumps of tuning objects.
 #pragma once
 
 #include <cstdint>

@@ -7,9 +7,9 @@
 namespace ormel {
 
 /**
- * Holds a static object in place and never destroys it, so that it serves code that runs after this
- * library's static objects end. Make one in a function, as a static, so that it serves code that
- * runs before they begin as well.
+ * Holds an object and never destroys it, so that code may use it after this library's static
+ * objects are destroyed. As a static in a function, it may also be used before static
+ * initialisation.
  */
 template <typename Object>
 class NeverDestroyed {

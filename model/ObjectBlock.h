@@ -1,4 +1,4 @@
-// Registries of polymorphic objects that are made from the rows of a constant table.
+// Polymorphic objects made from the rows of a constant table.
 #pragma once
 
 #include <array>
@@ -16,12 +16,12 @@ class ObjectBlock;
 /** The classes of a table's objects. */
 template <typename... Classes>
 struct ObjectClasses {
-    /** What stands in a row for a class. */
+    /** The number that stands for a class in a row. */
     template <typename Class>
     static constexpr uint8_t kKind = [] {
-        const bool isHere[] = {std::is_same_v<Class, Classes>...};
+        const bool matches[] = {std::is_same_v<Class, Classes>...};
         uint8_t kind = 0;
-        while (!isHere[kind]) {
+        while (!matches[kind]) {
             ++kind;
         }
         return kind;
@@ -33,18 +33,18 @@ struct ObjectClasses {
         (visit(static_cast<Classes*>(nullptr)), ...);
     }
 
-    /** The objects of a table of so many rows. */
+    /** The objects of a table with kCount rows. */
     template <typename Base, size_t kCount>
     using Block = ObjectBlock<Base, kCount, Classes...>;
 };
 
 /**
- * One object of one of @p Classes per row of a table. The objects stand in place and in table
- * order, so that their order by address, which the sets of pointers follow, is the order of the
- * table on every run. They are never destroyed.
+ * One object for each row of a table, each of one of @p Classes. The objects are stored in table
+ * order, so sets of pointers, which order by address, are in table order on every run. They are
+ * never destroyed.
  *
- * A row has the class of its object as member kind, see ObjectClasses::kKind, and makes it in a
- * place that it is given by make<Class>(place).
+ * A row's member kind tells the class of its object (ObjectClasses::kKind), and its
+ * make<Class>(place) constructs the object at place.
  */
 template <typename Base, size_t kCount, typename... Classes>
 class ObjectBlock {
@@ -63,7 +63,7 @@ class ObjectBlock {
 
     const std::set<Base*>& pointers() const { return mPointers; }
 
-    /** @param i the row, below kCount */
+    /** @param i index of the row, below kCount */
     // cppcheck-suppress CastIntegerToAddressAtReturn // What is returned is a pointer.
     Base* at(size_t i) const { return mObjects[i]; }
 

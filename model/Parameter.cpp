@@ -76,8 +76,7 @@ std::map<std::string, Value> buildPortMap(const PortRow<Value> (&rows)[kCount]) 
 
 }  // namespace
 
-// The tables below are made on first use, so that they serve code that runs before this file's
-// static initialisation.
+// The tables below are built on first use, which may be before this file's static initialisation.
 
 const std::set<Parameter>& parametersOf(ParameterOwner owner) {
     static NeverDestroyed<ParameterSets> sets(buildParameterSets());

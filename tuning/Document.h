@@ -9,16 +9,16 @@
 namespace ormel {
 
 /**
- * The nodes and attributes of one document and their texts, each in one array. Immutable once it is
- * built. Nodes stand in document order, so a node's first child is the node behind it.
+ * The nodes and attributes of one document and their texts, each in one array. Immutable once
+ * built. Nodes are in document order, so a node's first child is the node after it.
  *
- * There are only such nodes as a reader of tuning documents tells apart: elements and others. The
- * others have a name ("text", "comment", the target of a processing instruction, the entity of a
- * reference; none for a CDATA section) and neither content nor children.
+ * Nodes are only as detailed as a reader of tuning documents needs: elements and others. The others
+ * have a name ("text", "comment", the target of a processing instruction, the entity of a
+ * reference; none for a CDATA section), but no content and no children.
  */
 class Document {
   public:
-    /** Part of the text that all names and values stand in. */
+    /** A range of the text that holds all names and values. */
     struct Piece {
         uint32_t begin = 0;
         uint32_t size = 0;
@@ -26,11 +26,11 @@ class Document {
 
     struct Node {
         Piece name;
-        /** The next sibling; kNone for the last one. */
+        /** The next sibling; kNone if there is none. */
         uint32_t next = kNone;
         uint32_t firstAttribute = 0;
         uint32_t attributeCount = 0;
-        /** Number of elements that begin before this node does. */
+        /** Number of elements that begin before this node. */
         uint32_t elementsBefore : 30;
         uint32_t isElement : 1;
         uint32_t hasChildren : 1;
@@ -42,7 +42,7 @@ class Document {
     };
 
     static constexpr uint32_t kRoot = 0;
-    /** No node: the root is nobody's sibling or child. */
+    /** No node. Shares the root's index, because the root is no node's sibling or child. */
     static constexpr uint32_t kNone = 0;
     static constexpr uint32_t kMaxElements = (uint32_t{1} << 30) - 1;
 
@@ -69,28 +69,28 @@ class Document {
 
 static_assert(sizeof(Document::Node) == 24 && sizeof(Document::Attribute) == 16);
 
-/** Fills a document, node by node in document order. */
+/** Builds a document, node by node in document order. */
 class DocumentBuilder {
   public:
     explicit DocumentBuilder(Document& document);
 
-    /** Whether there is an open element, whose children come next. */
+    /** Whether an element is open. Nodes added then are its children. */
     bool isInElement() const { return !mOpen.empty(); }
 
     void beginElement(std::string_view name);
     void endElement();
 
-    /** Adds an attribute of the element that was begun last. */
+    /** Adds an attribute to the element begun last. */
     void addAttribute(Document::Piece name, Document::Piece text);
 
     /**
-     * Adds characters of text. Those behind one another are one node.
+     * Adds @p size bytes of text. Consecutive texts are one node.
      *
      * @return bytes of the node so far
      */
     size_t addText(size_t size);
 
-    /** Adds a piece of a CDATA section. Sections behind one another are one node. */
+    /** Adds a piece of a CDATA section. Consecutive sections are one node. */
     void addCdata();
 
     /** Adds a comment, a processing instruction or a reference. */
@@ -103,7 +103,7 @@ class DocumentBuilder {
         return endText();
     }
 
-    /** The same for a text that comes in pieces: what is appended until endText(). */
+    /** The same for a text in pieces: everything appended until endText(). */
     void beginText() { mTextBegin = mDocument.mText.size(); }
     void appendText(std::string_view text) {
         mDocument.mText.insert(mDocument.mText.end(), text.begin(), text.end());

@@ -18,19 +18,19 @@ namespace ormel {
 
 namespace {
 
-/** What handlers of errors get: a const one from libxml2 2.12 on. */
+/** The argument of error handlers: const since libxml2 2.12. */
 using XmlError = std::conditional_t<(LIBXML_VERSION >= 21200), const xmlError, xmlError>;
 
 constexpr std::string_view kEscapedAmpersand = "&#38;";
 
-/** Each attribute comes as its name, prefix, namespace, and its text's begin and end. */
+/** libxml2 passes an attribute as name, prefix, namespace, and the begin and end of its text. */
 constexpr size_t kPartsOfAttribute = 5;
 
 std::string_view toText(const xmlChar* characters) {
     return characters == nullptr ? "" : reinterpret_cast<const char*>(characters);
 }
 
-/** Takes what libxml2 has to say while this lives, on this thread. */
+/** Receives libxml2's errors on this thread during its lifetime. */
 class XmlErrors {
   public:
     explicit XmlErrors(DocumentBudget& budget)
@@ -41,13 +41,13 @@ class XmlErrors {
     XmlErrors& operator=(const XmlErrors&) = delete;
     ~XmlErrors() { xmlSetStructuredErrorFunc(mContext, mHandler); }
 
-    /** Ends a parser whose entities refer to one another too often. */
+    /** Ends @p parser if its entities refer to one another too often. */
     void watch(xmlParserCtxt* parser) { mParser = parser; }
 
-    /** Whether something was said that a sound document does not cause. */
+    /** Whether there was an error that a sound document does not cause. */
     bool areFatal() const { return mAreFatal; }
 
-    /** The first error, as "line N: what" where it has a line. */
+    /** The first error, as "line N: what" if it has a line. */
     const std::string& text() const { return mText; }
 
   private:
@@ -56,13 +56,14 @@ class XmlErrors {
     static void note(void* self, XmlError* error) {
         auto& errors = *static_cast<XmlErrors*>(self);
         const char* const message = error->message == nullptr ? "out of memory" : error->message;
-        // Any number of errors that refuse nothing can quote one long name. Messages are cut, the
-        // texts that go into them are not.
+        // Non-fatal errors may quote one long name any number of times. Messages are cut; the texts
+        // inserted in them are not.
         const char* const texts[] = {message, error->str1, error->str2, error->str3};
         for (const char* const text : texts) {
             errors.mBudget.chargeText(text == nullptr ? 0 : std::strlen(text));
         }
-        // A failed allocation may cost a part of the document and leave the rest well-formed.
+        // After a failed allocation, a part of the document may be missing and the rest
+        // well-formed.
         if (error->level == XML_ERR_FATAL || error->code == XML_ERR_NO_MEMORY ||
             errors.mBudget.isSpent()) {
             errors.mAreFatal = true;
@@ -81,9 +82,9 @@ class XmlErrors {
     }
 
     /**
-     * Behind too many references to parameter entities libxml2 may never come to an end by itself.
-     * Nor does it where it skips blanks at what it takes for the end, so no input has any left.
-     * xmlStopParser() frees what the callers of an error handler still use.
+     * After too many references to parameter entities, libxml2 may never finish by itself. It may
+     * also loop where it skips blanks at what it takes for the end, so every input is moved to its
+     * end. xmlStopParser() would free what the callers of an error handler still use.
      */
     void endParser() {
         if (mParser == nullptr) {
@@ -111,7 +112,9 @@ struct ParserDeleter {
 };
 using Parser = std::unique_ptr<xmlParserCtxt, ParserDeleter>;
 
-/** The name of an element or attribute: the local one, with a prefix that no namespace is bound to.
+/**
+ * The name of an element or attribute: the local name, with a prefix only if no namespace is bound
+ * to the prefix.
  */
 class NodeName {
   public:
@@ -131,13 +134,13 @@ class NodeName {
     std::string_view mName;
 };
 
-/** Texts by name: of an element's attributes with one local name, the first one's text counts. */
+/** Texts by name. Attributes of an element with one local name all have the first one's text. */
 class FirstTexts {
   public:
-    /** @param mayRepeat whether names can come again, for attributes in namespaces */
+    /** @param mayRepeat whether names can repeat, as attributes in namespaces can */
     explicit FirstTexts(bool mayRepeat) : mMayRepeat(mayRepeat) {}
 
-    /** The text that stands for @p name: an earlier one, or what @p make stores. */
+    /** The text of @p name: an earlier one, or else what @p make stores. */
     template <typename Make>
     Document::Piece get(std::string_view name, Make make) {
         if (!mMayRepeat) {
@@ -172,7 +175,7 @@ class EventReader {
         return handler;
     }
 
-    /** Whether the document declares its type; it is not read any further then. */
+    /** Whether the document has a DOCTYPE, where reading stops. */
     bool hasDocumentType() const { return mHasDocumentType; }
     bool hasTooLongText() const { return mHasTooLongText; }
 
@@ -206,7 +209,7 @@ class EventReader {
         }
     }
 
-    /** Stores an attribute's text, in which ampersands are the only characters still escaped. */
+    /** Stores an attribute's text, in which only ampersands are still escaped. */
     static Document::Piece storeUnescaped(DocumentBuilder& builder, std::string_view text) {
         builder.beginText();
         for (size_t at = text.find(kEscapedAmpersand); at != std::string_view::npos;
@@ -257,15 +260,15 @@ class EventReader {
 };
 
 /**
- * Keeps libxml2 from doing more for a document's declarations than the budget allows. One long
- * parameter entity can be referred to over and over, and be read anew each time. An element's
- * default attributes are compared with one another wherever the element stands.
+ * Keeps libxml2 from doing more for a document's declarations than the budget allows. A long
+ * parameter entity is read again at each reference, and an element's default attributes are
+ * compared with one another at each occurrence of the element.
  */
 class DeclarationGuard {
   public:
     explicit DeclarationGuard(DocumentBudget& budget) : mBudget(budget) {}
 
-    /** libxml2's own, which makes a tree. The parser's private pointer must be a guard. */
+    /** libxml2's tree-building handler. The parser's private pointer must be a DeclarationGuard. */
     static xmlSAXHandler handler() {
         xmlSAXHandler handler = {};
         xmlSAXVersion(&handler, 2);
@@ -302,7 +305,7 @@ class DeclarationGuard {
         auto* const parser = static_cast<xmlParserCtxt*>(self);
         xmlSAX2StartElementNs(parser, name, prefix, uri, namespaceCount, namespaces, attributeCount,
                               defaultCount, attributes);
-        // Ending the parser frees the attributes' texts.
+        // Charged only after the call, because ending the parser frees the attributes' texts.
         DeclarationGuard& guard = of(parser);
         guard.mBudget.chargeAttributes(static_cast<size_t>(attributeCount));
         if (const size_t count = guard.countDefaults(toText(name), toText(prefix)); count > 0) {
@@ -312,7 +315,7 @@ class DeclarationGuard {
         }
     }
 
-    // Among declarations these would be kept, and nobody reads them.
+    // Dropped among declarations: libxml2 would keep them, and nothing reads them.
 
     static void onComment(void* self, const xmlChar* text) {
         if (static_cast<xmlParserCtxt*>(self)->inSubset == 0) {
@@ -330,7 +333,7 @@ class DeclarationGuard {
         return *static_cast<DeclarationGuard*>(parser->_private);
     }
 
-    /** Ends the parser when that is too much. @return whether it is not */
+    /** Charges the budget; ends the parser if that is too much. @return whether it is not */
     bool pay(xmlParserCtxt* parser, size_t steps, size_t textBytes) {
         mBudget.chargeSteps(steps);
         mBudget.chargeText(textBytes);
@@ -340,7 +343,7 @@ class DeclarationGuard {
         return !mBudget.isSpent();
     }
 
-    /** Default attributes that were declared for an element. */
+    /** Number of default attributes declared for an element. */
     size_t countDefaults(std::string_view name, std::string_view prefix) const {
         if (mDefaults.empty()) {
             return 0;
@@ -356,7 +359,7 @@ class DeclarationGuard {
     std::map<std::string, int> mDefaults;
 };
 
-/** Copies libxml2's tree, references to entities in attributes expanded. */
+/** Copies libxml2's tree, and expands entity references in attributes. */
 class TreeCopy {
   public:
     TreeCopy(Document& document, DocumentBudget& budget) : mBuilder(document), mBudget(budget) {}
@@ -370,13 +373,13 @@ class TreeCopy {
                 node = node->children;
                 continue;
             }
-            node = endUpTo(node, root);
+            node = endAndAdvance(node, root);
         }
     }
 
   private:
-    /** Ends a node and all that end with it. @return the next node in document order */
-    const xmlNode* endUpTo(const xmlNode* node, const xmlNode* root) {
+    /** Ends a node and all ancestors that end with it. @return the next node in document order */
+    const xmlNode* endAndAdvance(const xmlNode* node, const xmlNode* root) {
         end(node);
         while (node != root && node->next == nullptr) {
             node = node->parent;
@@ -423,8 +426,8 @@ class TreeCopy {
     }
 
     /**
-     * The text of an attribute. Entities can refer to one another however deeply and often, so
-     * there is no recursion, and every node on the way is paid for.
+     * The text of an attribute. Entities can nest deeply and repeat often, so there is no
+     * recursion, and every node visited is charged.
      */
     Document::Piece expand(const xmlAttr* attr) {
         std::vector<const xmlNode*> outer;
@@ -466,7 +469,6 @@ class TreeCopy {
     DocumentBudget& mBudget;
 };
 
-/** Reads one source. */
 class DocumentReader {
   public:
     DocumentReader(DocumentSource& source, DocumentBudget& budget)
@@ -484,11 +486,11 @@ class DocumentReader {
         if (events.hasDocumentType()) {
             return readTree();
         }
-        // A parser that was stopped does not take the document for malformed.
+        // A stopped parser does not report the document as malformed.
         return isRead && !mHasTooLongText ? std::move(document) : nullptr;
     }
 
-    /** Why read() gave nothing. */
+    /** Why read() returned null. */
     std::string describeError() const {
         if (!mSource.getError().empty()) {
             return mSource.getError();
@@ -503,26 +505,27 @@ class DocumentReader {
     }
 
   private:
-    static int readOn(void* self, char* out, int room) {
-        return static_cast<DocumentReader*>(self)->readOn(out, room);
+    static int readMore(void* self, char* out, int room) {
+        return static_cast<DocumentReader*>(self)->readMore(out, room);
     }
 
-    /** Reads no further once the budget is spent: what is behind need not be looked at. */
-    int readOn(char* out, int room) {
+    /** Stops reading once the budget is spent. */
+    int readMore(char* out, int room) {
         if (mRunning->instate == XML_PARSER_EOF) {
             return 0;
         }
         const int count = mSource.read(out, room);
         mBudget.setDocumentSize(mSource.getSize());
-        foreseeAttributes();
+        predictAttributeCost();
         return mBudget.isSpent() ? -1 : count;
     }
 
     /**
-     * An element's attributes are announced when they have been compared with one another. The room
-     * for them, which doubles as they come, tells earlier what that is going to cost.
+     * Spends the budget if libxml2 is about to compare too many attributes of an element. It
+     * reports them only after comparing them; the size of its attribute array, which doubles as
+     * they come, tells earlier.
      */
-    void foreseeAttributes() {
+    void predictAttributeCost() {
         DocumentBudget budget = mBudget;
         budget.chargeAttributes(static_cast<size_t>(mRunning->maxatts) / kPartsOfAttribute / 2);
         if (budget.isSpent()) {
@@ -531,11 +534,11 @@ class DocumentReader {
     }
 
     /**
-     * Parses the source from where it is.
+     * Parses the source from its current position.
      *
-     * @param handlerData what the handler is called with; the parser if null
+     * @param handlerData first argument of the handler's functions; the parser if null
      * @param guard       the parser's private pointer
-     * @return the parser when the document is sound, else null
+     * @return the parser if the document is sound, else null
      */
     Parser parse(const xmlSAXHandler& handler, EventReader* handlerData, DeclarationGuard* guard) {
         XmlErrors errors(mBudget);
@@ -548,14 +551,14 @@ class DocumentReader {
         parser->userData = handlerData != nullptr ? static_cast<void*>(handlerData) : mRunning;
         parser->_private = guard;
         errors.watch(mRunning);
-        parser->myDoc = xmlCtxtReadIO(mRunning, readOn, nullptr, this, nullptr, nullptr, 0);
+        parser->myDoc = xmlCtxtReadIO(mRunning, readMore, nullptr, this, nullptr, nullptr, 0);
         mError = errors.text();
         const bool isSound =
                 parser->wellFormed != 0 && !errors.areFatal() && mSource.getError().empty();
         return isSound && !mBudget.isSpent() ? std::move(parser) : nullptr;
     }
 
-    /** Declarations say what a document's attributes are, which takes libxml2's tree. */
+    /** Declarations can change a document's attributes, so it is read through libxml2's tree. */
     std::unique_ptr<Document> readTree() {
         mSource.rewind();
         DeclarationGuard guard(mBudget);
@@ -571,7 +574,7 @@ class DocumentReader {
 
     DocumentSource& mSource;
     DocumentBudget& mBudget;
-    /** The parser at work; the one before is gone. */
+    /** The current parser; an earlier one is freed. */
     xmlParserCtxt* mRunning = nullptr;
     bool mHasTooLongText = false;
     std::string mError;

@@ -20,8 +20,8 @@ constexpr size_t kMaxSize = DocumentBudget::kMaxDocumentBytes;
 
 DocumentSource::DocumentSource(const std::string& source, bool fromMemory)
     : mText(fromMemory ? source : std::string_view()) {
-    mSaidSize = fromMemory ? mText.size() : open(source.c_str());
-    if (mSaidSize > kMaxSize) {
+    mStatedSize = fromMemory ? mText.size() : open(source.c_str());
+    if (mStatedSize > kMaxSize) {
         failTooLarge();
     }
 }
@@ -33,7 +33,7 @@ DocumentSource::~DocumentSource() {
 }
 
 size_t DocumentSource::open(const char* path) {
-    // A pipe at the path must not be waited for.
+    // Non-blocking, so as not to wait for a pipe at the path.
     mFile = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     struct stat status = {};
     if (mFile < 0 || ::fstat(mFile, &status) != 0) {
@@ -41,7 +41,7 @@ size_t DocumentSource::open(const char* path) {
     } else if (!S_ISREG(status.st_mode)) {
         mError = "not a regular file";
     } else {
-        // A size may need more than 32 bits, and what counts is whether it is over the bound.
+        // The size may need more than 32 bits, and only whether it exceeds the bound matters.
         return static_cast<size_t>(
                 std::min<int64_t>(status.st_size, static_cast<int64_t>(kMaxSize) + 1));
     }
@@ -71,7 +71,7 @@ int DocumentSource::readText(char* out, size_t room) {
 }
 
 int DocumentSource::readFile(char* out, size_t room) {
-    // Files grow, and some say that they are empty: what counts is what there is to read.
+    // The stated size is not reliable: files grow, and some state 0.
     const ssize_t count = TEMP_FAILURE_RETRY(::read(mFile, out, room));
     if (count < 0) {
         fail(errno);

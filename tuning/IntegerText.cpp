@@ -1,4 +1,4 @@
-// Integers as formatted stream extraction reads them, without a stream and without a locale.
+// Reads integers as formatted stream extraction does, without a stream or a locale.
 #include <ormel/TagIterator.h>
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 namespace {
 
-/** Numbers that a row gets room for at once. A text of commas must not get room for as many. */
+/** Most numbers to reserve for a row. A text of many commas must not reserve as many. */
 constexpr size_t kMaxReserve = 64;
 
 bool isWhitespace(char character) {
@@ -18,8 +18,8 @@ bool isWhitespace(char character) {
 }
 
 /**
- * Takes one integer off the front of @p text. On failure @p value is what a stream would leave: 0,
- * or the nearest limit for a number out of range.
+ * Removes one integer from the front of @p text. On failure @p value is what a stream would leave:
+ * 0, or the nearest limit if out of range.
  */
 bool extractInt(std::string_view& text, int& value) {
     value = 0;

@@ -1,4 +1,4 @@
-// Rows of integers that are spread over several texts.
+// Rows of integers spread over several texts.
 #pragma once
 
 #include <string_view>
@@ -9,7 +9,7 @@ namespace ormel {
 /**
  * Appends the integers of @p text to @p out as string2IntVector() does.
  *
- * @return whether the text ends right behind a number, so that a row could go on after a comma
+ * @return whether the text ends directly after a number, so that a comma could continue the row
  */
 bool appendIntegers(std::string_view text, std::vector<int>& out);
 

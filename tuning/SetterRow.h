@@ -1,4 +1,4 @@
-// The rows of the table of setters.
+// The rows of the setter table.
 #pragma once
 
 #include <ormel/ParameterList.h>
@@ -9,7 +9,7 @@
 
 namespace ormel {
 
-/** An element's name, what reads such elements, and what they feed. */
+/** An element's name, the class of its setter, and the parameters that it sets. */
 struct SetterRow {
     constexpr SetterRow(std::string_view name, uint8_t rowKind, ParameterList fed)
         : nameBegin(name.data()),
@@ -24,7 +24,7 @@ struct SetterRow {
         return new (place) Setter(*this);
     }
 
-    // A length of one byte fits where there would be padding, and spares every lookup the count.
+    // A length of one byte fits into padding, and saves counting the name at every lookup.
     const char* nameBegin;
     uint8_t nameSize;
     uint8_t kind;

@@ -1,4 +1,4 @@
-// The element names that a tuning document's parameters are written under, and what reads each.
+// The element names of a tuning document's parameters, and the setter of each.
 #include <ormel/ValueSetter.h>
 
 #include <algorithm>
@@ -124,7 +124,7 @@ constexpr std::string_view nameOfRow(uint8_t row) {
     return kSetterRows[row].nodeName();
 }
 
-/** The rows in ascending order of their names. */
+/** The rows in ascending order of names. */
 constexpr auto kRowsByName = [] {
     std::array<uint8_t, kSetterCount> rows{};
     for (uint8_t row = 0; row < kSetterCount; ++row) {
@@ -137,7 +137,7 @@ constexpr auto kRowsByName = [] {
     return rows;
 }();
 
-/** Made on first use, which may be before this file's static initialisation. */
+/** Built on first use, which may be before this file's static initialisation. */
 const Setters& setters() {
     static NeverDestroyed<Setters> setters(kSetterRows);
     return *setters;

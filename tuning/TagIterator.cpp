@@ -28,7 +28,7 @@ TagIterator::~TagIterator() {
 }
 
 int TagIterator::init(const std::string& source, bool fromMemory) {
-    // The numbers in the messages are fixed: the field knows each failure by its number.
+    // The numbers in the messages are fixed: field logs identify each failure by its number.
     if (source.empty()) {
         mError = "no path or text";
         ALOGE("Invalide xml file path/data, %d", 52);
@@ -62,7 +62,7 @@ void TagIterator::moveTo(uint32_t node) {
     chargeSteps(1);
 }
 
-/** A cursor that cannot pay goes off the end, and stays there. */
+/** Once the budget is spent, the cursor goes off the end and stays there. */
 void TagIterator::chargeSteps(size_t count) {
     if (mBudget != nullptr) {
         mBudget->chargeSteps(count);

@@ -19,7 +19,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-/** Places among the attributes of settings. */
+/** Positions among the attributes of a global setting. */
 enum Setting : size_t {
     DEVICE_NAME,
     DEVICE_INDEX,
@@ -28,21 +28,21 @@ enum Setting : size_t {
     GAME_SYSTEM_GAIN
 };
 
-/** What a profile says for its endpoints. */
+/** A profile's intelligent-equalizer settings for its endpoints. */
 struct ProfileIeq {
     int presetId = 0;
     int enable = 0;
     int amount = 0;
 };
 
-/** Has nothing to initialise, so that it serves other files' static initialisation. */
+/** Needs no initialisation, so other files may use it during theirs. */
 SetterCollection setterCollection;
 
 constexpr std::string_view nameOf(DocumentElement element) {
     return rowOf(element).name;
 }
 
-/** The names of the attributes of an element, as iterators take them. */
+/** An element's attribute names, as iterators take them. */
 const Names& attributesOf(DocumentElement element) {
     using AllNames = std::array<Names, std::size(kDocumentElements)>;
     static NeverDestroyed<AllNames> all([] {
@@ -59,9 +59,9 @@ const Names& attributesOf(DocumentElement element) {
     return (*all)[static_cast<size_t>(element)];
 }
 
-/** The setter of an element name; null for any other name. */
+/** The setter of an element name; null if there is none. */
 ValueSetter* findSetter(std::string_view name) {
-    // Every other node of an indented document, and no parameter's name.
+    // Every other node of an indented document is text, which no setter reads.
     return name == "text" ? nullptr : setterCollection.getValueSetter(name);
 }
 
@@ -81,7 +81,7 @@ Endpoint tuningEndpointFromType(const std::string& type) {
 
 }  // namespace
 
-// Nobody else calls it, so that the library need not export its names.
+// Hidden: used only here, so the library need not export its names.
 class [[gnu::visibility("hidden")]] TuningFileParser::Reader {
   public:
     explicit Reader(TuningFileParser & parser)
@@ -121,16 +121,16 @@ class [[gnu::visibility("hidden")]] TuningFileParser::Reader {
 
     const VersionRule* findRule(VersionRuleKind kind) const;
     bool presetsAreNamed() const;
-    /** Gives an object what the format version lays down for its class. */
+    /** Applies the format version's rules for a class to an object of it. */
     void applyVersionRules(ParameterOwner owner, ParameterValues & object, const ProfileIeq& ieq);
 
-    // What the observer is told, if there is one.
+    // Calls to the observer, if there is one.
     uint32_t elementNumber() const;
     DocumentSection beginSection(DocumentElement kind, size_t object = 0);
     void enter(DocumentSection & section);
     void observeParameter(const DocumentSection& section, ValueSetter& setter);
     void passOver(const DocumentSection& section);
-    void observeStop(const DocumentSection& section);
+    void observeNoData(const DocumentSection& section);
 
     TuningFileParser& mParser;
     TagIterator& mIterator;
@@ -237,7 +237,7 @@ void TuningFileParser::Reader::observeParameter(const DocumentSection& section,
     }
 }
 
-void TuningFileParser::Reader::observeStop(const DocumentSection& section) {
+void TuningFileParser::Reader::observeNoData(const DocumentSection& section) {
     if (mObserver != nullptr) {
         mObserver->onPassedOver(section.element, TuningFileObserver::Reason::NO_DATA);
     }
@@ -374,7 +374,7 @@ void TuningFileParser::Reader::parsePreset() {
     const auto attributes = readAttributes(DocumentElement::PRESET);
     const std::string& id = attributes[0];
     const std::string& type = attributes[2];
-    // The types are the names of the setters that read the presets.
+    // A preset's type is also the name of its setter.
     const bool isIeq = type == "ieq";
     const DocumentSection section =
             beginSection(DocumentElement::PRESET,
@@ -458,7 +458,7 @@ void TuningFileParser::Reader::parseProfile() {
     mObjects.profiles.push_back(std::move(profile));
 }
 
-/** The two IEQ settings are the endpoints', and reach those that come after them. */
+/** IEQ_ENABLE and IEQ_AMOUNT are for the endpoints that come after them, not for the profile. */
 void TuningFileParser::Reader::readProfileParameter(const DocumentSection& section,
                                                     ValueSetter& setter, Profile& profile,
                                                     ProfileIeq& ieq) {
@@ -525,7 +525,7 @@ int TuningFileParser::Reader::parseEndpointInclude() {
 
 void TuningFileParser::Reader::completeProfileEndpoint(ProfileEndpoint& endpoint,
                                                        const ProfileIeq& ieq) {
-    // The lookups leave empty lists behind.
+    // The lookups add empty lists.
     auto& values = endpoint.getValues();
     mBudget.chargeEntries(2);
     if (values[MI_DIALOG_ENHANCER_STEERING_ENABLE].empty()) {
@@ -558,7 +558,7 @@ void TuningFileParser::Reader::parseTuning() {
     if (!mIterator.isCurValid()) {
         // The position is not restored: a tuning without data ends the walk over the document.
         ALOGE("There is no <data> in Tuning section");
-        observeStop(section);
+        observeNoData(section);
         return;
     }
     beginSection(DocumentElement::DATA, section.object);

@@ -18,10 +18,10 @@ namespace {
 
 constexpr std::string_view kTrue = "true";
 constexpr char kIeqBandName[] = "band_ieq";
-/** Bands that a column gets room for at once: as many as documents usually have. */
+/** The usual number of bands, reserved for each column. */
 constexpr size_t kUsualBandCount = 20;
 
-/** Remembers an iterator's position and returns to it at the end of the scope. */
+/** Saves an iterator's position and returns to it at the end of the scope. */
 class ScopedPosition {
   public:
     explicit ScopedPosition(TagIterator& iterator) : mIterator(iterator) { mIterator.pushNode(); }
@@ -33,7 +33,7 @@ class ScopedPosition {
     TagIterator& mIterator;
 };
 
-/** The texts of the attributes of these names, one each; none at a node that is no element. */
+/** The texts of the named attributes, one per name; empty if the node is not an element. */
 const std::vector<std::string>& readTexts(TagIterator& iterator,
                                           const std::vector<std::string>& names) {
     std::vector<std::string>& texts = iterator.getTextBuffer();
@@ -45,7 +45,7 @@ const std::vector<std::string>& readTexts(TagIterator& iterator,
     return texts;
 }
 
-/** Appends the row of integers in the first attribute, whatever its name. */
+/** Appends the integers of the first attribute, whatever its name. */
 void appendRow(TagIterator& iterator, std::vector<int>& row) {
     std::vector<std::string>& texts = iterator.getTextBuffer();
     texts.clear();
@@ -55,7 +55,7 @@ void appendRow(TagIterator& iterator, std::vector<int>& row) {
     }
 }
 
-/** The names of a class's attributes, as iterators take them. */
+/** A class's attribute names, as iterators take them. */
 template <typename Setter>
 const std::vector<std::string>& attrNamesOf() {
     static NeverDestroyed<std::vector<std::string>> names(Setter::kAttrNames.begin(),
@@ -182,7 +182,8 @@ void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator)
 
 void PresetBandsValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<std::vector<int>> columns = makeColumns(attrNames().size());
-    // A column is one row of text with a comma behind every band's: it ends where such a row does.
+    // A column reads like one row of all its bands' texts, each followed by a comma, and ends where
+    // that row would.
     std::vector<bool> isOpen(columns.size(), true);
     {
         const ScopedPosition position(iterator);
