@@ -1,5 +1,4 @@
-// The settings that the maker's own content asks for, as packed lists that are laid out at compile
-// time.
+// The settings for the maker's own content, as packed lists built at compile time.
 #include <ormel/KivParameter.h>
 #include <ormel/SpatializerParamArray.h>
 
@@ -7,7 +6,7 @@ namespace ormel {
 
 namespace {
 
-/** The end of the speaker's output mode; this library does not look into it. */
+/** The last part of the speaker's output mode, which this library does not interpret. */
 constexpr std::array<int32_t, 58> kMixMatrix = {
         15,    24,                                                           //
         16384, 0,  0, 16384, 11583, 11583, 8192, 8192,  16384, 0, 0, 16384,  //
@@ -18,7 +17,7 @@ constexpr std::array<int32_t, 58> kMixMatrix = {
         10,    12,                                                           //
         16384, 0,  0, 16384, 11583, 11583, 8192, 8192,  16384, 0, 0, 16384};
 
-/** The 20 band frequencies behind their number, then the targets. */
+/** The number of bands, their 20 frequencies, and their targets. */
 constexpr std::array<int32_t, 41> kIeqBands = {
         20,                                                             //
         47,   141,  234,  328,  469,  656,  844,  1031,  1313,  1688,   //
@@ -28,7 +27,7 @@ constexpr std::array<int32_t, 41> kIeqBands = {
 
 constexpr size_t kProfiles = 4;
 
-/** One entry of a single value, per profile. */
+/** A single-value entry, with its value for each profile. */
 struct ProfileRow {
     KivParameter param;
     int32_t values[kProfiles];
@@ -55,7 +54,7 @@ constexpr ProfileRow kHeadphoneRows[] = {{IEON, {1, 0, 1, 0}},  //
                                          {DSB, {0, 0, 0, 0}},   //
                                          {VMB, {16, 16, 0, 16}}};
 
-/** One entry of a single value, for every profile. */
+/** A single-value entry, the same for every profile. */
 struct CommonRow {
     KivParameter param;
     int32_t value;
@@ -64,7 +63,7 @@ struct CommonRow {
 constexpr CommonRow kCommonAllDevicesRows[] = {{MAVE, 0},  {MSCE, 0}, {DVME, 0},
                                                {RVSE, 0},  {RVSA, 0}, {SDFA, 0},
                                                {HLRA, 45}, {HVM, 2},  {DRCM, 0}};
-// The rows of a device between its intelligent-equalizer bands and its output mode.
+// A device's rows between its intelligent-equalizer bands and its output mode.
 constexpr CommonRow kCommonDeviceRows[] = {{IEA, 6},  {PLB, 0},     {DED, 2},
                                            {MVBE, 0}, {NGON, 1},    {DVLE, 0},
                                            {DVLA, 0}, {DVLI, -256}, {DVLO, -256}};
@@ -72,7 +71,7 @@ constexpr std::array<int32_t, 3> kSpeakerMode = {1, ENDPOINT_SPEAKER, kSpeakerOr
 constexpr std::array<int32_t, 3> kHeadphoneMode = {1, ENDPOINT_HEADPHONE, kHeadphoneOrientation};
 constexpr CommonRow kSteererDistance = {VSSD, 4};
 
-/** Lays a packed list out. */
+/** Builds a packed list. */
 template <size_t kWords>
 class ListWriter {
   public:
@@ -131,7 +130,7 @@ constexpr auto layOutProfile(OrmSpatializerProfileId profile) {
     return list;
 }
 
-/** The entries of one device up to its output mode's values. */
+/** Adds the entries of one device that come before its output mode. */
 template <typename List>
 constexpr void layOutCommonDevice(List& list, int32_t device) {
     list.addList(device, IEBS, kIeqBands);

@@ -12,12 +12,12 @@ namespace ormel {
 
 namespace {
 
-/** What endpoints get as virtual bass mode when the internal speaker's tuning gives none. */
+/** Virtual bass mode of the endpoints if the internal speaker's tuning has none. */
 constexpr int kDefaultVirtualBassMode = 3;
-/** Entries of an intelligent-equalizer preset for a device: its number and its bands. */
+/** Entries of an intelligent-equalizer preset for a device: its id and its bands. */
 constexpr int32_t kPresetEntries = 2;
 
-/** Devices that an endpoint of a profile is translated for. */
+/** Number of devices that a profile's endpoint is translated for. */
 size_t deviceCountOf(Endpoint endpoint) {
     switch (endpoint) {
         case ENDPOINT_SPEAKER:
@@ -30,14 +30,14 @@ size_t deviceCountOf(Endpoint endpoint) {
     return 0;
 }
 
-/** The value of a port's name, without the entry that the map's own lookup would leave. */
+/** The value of a port's name; 0 if there is none. Unlike the map's subscript, adds no entry. */
 template <typename Map>
 int32_t valueOr0(const Map& map, const std::string& name) {
     const auto found = map.find(name);
     return found == map.end() ? 0 : static_cast<int32_t>(found->second);
 }
 
-/** Adds @p newer to @p entries, in place of those with the same keys; @p newer gets these. */
+/** Adds @p newer to @p entries. @p newer then holds the entries that were replaced. */
 template <typename Map>
 void replaceBy(Map& entries, Map& newer) {
     newer.merge(entries);
@@ -58,7 +58,7 @@ SpatializerParamArray::LoadOutcome SpatializerParamArray::loadSpatializerXMLText
 SpatializerParamArray::LoadOutcome SpatializerParamArray::load(const std::string& source,
                                                                bool fromMemory,
                                                                const std::string& name) {
-    // Registries and libxml2's state are the process's, whichever array it loads into.
+    // The registries and libxml2's state belong to the process, whichever array it loads into.
     static android::Mutex& loadLock = *new android::Mutex;
     ALOGD("%s(%s)", "loadSpatializerXMLFile", name.c_str());
     const android::Mutex::Autolock lock(mLock);
@@ -103,7 +103,7 @@ DocumentLoad::DocumentLoad(SpatializerParamArray& array, const DeviceData& docum
     for (const DeviceTuning* const deviceTuning : document.getDeviceTunings()) {
         const std::string name = deviceTuning->getTuning();
         chargeNamedEntry(name);
-        ++mDevicesToCome[name];
+        ++mDevicesLeft[name];
     }
     for (IeqPreset* const preset : document.getIeqPresets()) {
         mIeqPresets.emplace(preset->getPresetId(), preset);
@@ -148,7 +148,7 @@ void DocumentLoad::commit() {
     mArray.mProfileGeqGains.merge(mGeqGains);
     mArray.mTuningCount += mDeviceTuningCount;
     for (const auto& [device, port] : mPorts) {
-        // A port that is unknown becomes known with the value 0.
+        // Adds an unknown port with the value 0.
         portNameToEndpoint()[port];
         portNameToAndroidDevice()[port];
     }
@@ -160,7 +160,7 @@ void DocumentLoad::commit() {
     reportMissingDefaults();
 }
 
-/** Moves the lists that callers hold references to into the array; they stay where they are. */
+/** Moves lists that callers may reference into the array, without changing their addresses. */
 void DocumentLoad::keepHandedOut(SpatializerParamArray::ListsByDevice& replaced) {
     for (auto next = replaced.begin(); next != replaced.end();) {
         const auto entry = next++;
@@ -177,7 +177,7 @@ void DocumentLoad::translateAll(ParameterTranslator& translator) {
 }
 
 void DocumentLoad::beginList() {
-    // The word that heads a list is the mask of all devices here, and not the profile's id.
+    // Word 0 of a document list is the mask of all devices, not the profile's id.
     mCommand.mParams = {DEVICE_OUT_DEFAULT, 0};
     mCommand.mParamCount = 0;
 }
@@ -219,8 +219,8 @@ void DocumentLoad::readInternalSpeakerTuning() {
 
 void DocumentLoad::loadProfile(Profile& profile) {
     const int id = profile.getProfileId();
-    // Of profiles with one id the first list stands. The parts of a later one are the same objects,
-    // and no value decides how many entries they or the profile's own come to.
+    // The first list of an id is kept. A later profile has the same presets and endpoints, and no
+    // value changes the number of entries, so that number is known without translating again.
     if (const auto earlier = mPasses.find(id); earlier != mPasses.end()) {
         repeatPass(earlier->second);
         profile.getValues().clear();
@@ -256,7 +256,7 @@ DocumentLoad::ProfilePass DocumentLoad::translateParts(int profileId) {
             pass.devicesWithoutPreset += deviceCountOf(endpoint->getEndpoint());
         }
         translateEndpoint(*endpoint);
-        // No list is made of a later profile with this id.
+        // Not needed again: a later profile with this id makes no list.
         endpoint->getValues().clear();
     }
     pass.entries = mCommand.mParamCount;
@@ -286,7 +286,7 @@ void DocumentLoad::translateGeqPresets(int profileId) {
 bool DocumentLoad::selectPreset(const ProfileEndpoint& endpoint) {
     const auto preset = mIeqPresets.find(endpoint.getSelectedIeqPreset());
     if (preset == mIeqPresets.end()) {
-        // Such an endpoint goes with the preset of the one before it.
+        // The endpoint gets the preset of the endpoint before it.
         return false;
     }
     mPresetTranslator.setSource(preset->second, endpoint.getEndpoint(), false);
@@ -357,7 +357,7 @@ void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     ALOGD("Tuning id(%s): endpoint %i, orientation %i, mix matrices length %zu", device.c_str(),
           endpoint, firstOr0(values[ORIENTATION]), mixMatrix.size());
     mBudget.chargeMessage(device.size());
-    // The list, the matrix and the port are found by the device's name, the port in two more maps.
+    // Five entries: list, matrix and port by device name, and the port in two more maps.
     mBudget.chargeNumbers(mixMatrix.size());
     mBudget.chargeEntries(5);
     mBudget.chargeKeptText(3 * (device.size() + port.size()));
@@ -365,7 +365,7 @@ void DocumentLoad::loadDeviceTuning(const DeviceTuning& deviceTuning) {
     mMixMatrices[device].words = mixMatrix;
     mPorts[device] = port;
     ++mDeviceTuningCount;
-    if (--mDevicesToCome[tuningName] == 0) {
+    if (--mDevicesLeft[tuningName] == 0) {
         values.clear();
     }
 }

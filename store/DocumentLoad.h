@@ -1,4 +1,4 @@
-// The making of parameter lists from what a tuning document describes.
+// Builds parameter lists from the objects of a tuning document.
 #pragma once
 
 #include <ormel/DeviceData.h>
@@ -15,21 +15,21 @@ namespace ormel {
 /**
  * One load of a document into an array, whose lock the caller holds.
  *
- * Lists are built aside, and reach the array all at once or not at all. The objects of the document
- * are completed on the way. Since lists, objects and the XML tree are in memory together, profiles,
- * endpoints and tunings lose their values with the last list that needs them, while these are still
- * in the cache. So one load uses the document up.
+ * Lists are built separately, and reach the array all at once or not at all. A load uses the
+ * document up: it completes the document's objects, and to save memory clears the values of
+ * profiles, endpoints and tunings after the last list that needs them, while they are still in the
+ * CPU's cache.
  */
 class DocumentLoad {
   public:
-    /** @param budget what the document may cost, its reading having been paid for */
+    /** @param budget account of the document, already charged for reading it */
     DocumentLoad(SpatializerParamArray& array, const DeviceData& document, DocumentBudget& budget);
 
     /**
      * Builds the lists.
      *
-     * @return false when the budget is spent: a short document can ask for much by referring to one
-     *         long row many times
+     * @return false if the budget is spent: a short document can cost much by referring to one long
+     *         row many times
      */
     bool build();
 
@@ -37,12 +37,12 @@ class DocumentLoad {
     void commit();
 
   private:
-    /** What a profile came to the last time that its id was met. */
+    /** The result of the last profile with an id. */
     struct ProfilePass {
         int32_t entries = 0;
-        /** Devices translated for while no preset was selected, so that they lack its entries. */
+        /** Number of devices translated while no preset was selected, which lack its entries. */
         size_t devicesWithoutPreset = 0;
-        /** The last endpoint that selected a preset, null when none did. */
+        /** The last endpoint that selected a preset; null if none did. */
         const ProfileEndpoint* lastSelecting = nullptr;
     };
 
@@ -50,7 +50,7 @@ class DocumentLoad {
     void loadProfile(Profile& profile);
     void translateProfile(Profile& profile);
     ProfilePass translateParts(int profileId);
-    /** Does for another profile of an id what translating it would, but for the list. */
+    /** Has the effects of translating another profile with an id, except that it makes no list. */
     void repeatPass(ProfilePass& pass);
     void translateGeqPresets(int profileId);
     void translateEndpoint(ProfileEndpoint& endpoint);
@@ -66,27 +66,27 @@ class DocumentLoad {
     void setValues(ParameterValues& object, Parameter param, const std::vector<int>& values);
     void chargeNamedEntry(const std::string& name);
     void beginList();
-    /** A copy of the list, so that what is stored has no room to spare. */
+    /** Returns a copy of the list, so that the stored list has no spare capacity. */
     std::vector<int32_t> endList();
 
     SpatializerParamArray& mArray;
     const DeviceData& mDocument;
     DocumentBudget& mBudget;
 
-    // The document's objects by what refers to them. Of several with one key, the first in document
-    // order stands. No hash tables: a document can be written to fill a single bucket.
+    // The document's objects by the key that refers to them; for a repeated key, the first in
+    // document order. No hash tables: a document could be written to fill a single bucket.
     std::map<std::string, Tuning*> mTunings;
     std::map<int, IeqPreset*> mIeqPresets;
     std::map<int, std::vector<GeqPreset*>> mGeqPresets;
     std::map<int, std::vector<ProfileEndpoint*>> mProfileEndpoints;
 
-    /** How many devices a tuning is still to be translated for, by its name. */
-    std::map<std::string, int> mDevicesToCome;
+    /** Number of devices still to be translated for, by tuning name. */
+    std::map<std::string, int> mDevicesLeft;
 
     std::vector<int> mMixMatrix;
     std::vector<int> mVirtualBassMode;
 
-    /** Takes every list's entries in turn, so that its room grows for the longest list only. */
+    /** Builds all lists in turn, so its buffer grows only to the size of the longest. */
     SetParamCommand mCommand = SetParamCommand(DEVICE_OUT_DEFAULT);
     ParameterTranslator mPresetTranslator;
     ParameterTranslator mEndpointTranslator;
@@ -96,11 +96,11 @@ class DocumentLoad {
     std::map<int32_t, std::vector<int32_t>> mProfileLists;
     std::map<int32_t, std::vector<int32_t>> mGeqGains;
     int32_t mDeviceTuningCount = 0;
-    // By name of the tuning device.
+    // By tuning device name.
     SpatializerParamArray::ListsByDevice mTuningLists;
     SpatializerParamArray::ListsByDevice mMixMatrices;
     std::map<std::string, std::string> mPorts;
-    /** By profile id, for the profiles that come again. */
+    /** By profile id, for repeated ids. */
     std::map<int, ProfilePass> mPasses;
 };
 

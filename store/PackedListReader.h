@@ -1,4 +1,4 @@
-// The reading of packed parameter lists, for this library's reader and for any with its fields.
+// Reads packed parameter lists, for SpatializerParamParser and any class with its fields.
 #pragma once
 
 #include <log/log.h>
@@ -39,7 +39,7 @@ class PackedListReader {
             error("%s() EFFECT_PARAM_PROFILE header is incorrect.", "validate");
             return false;
         }
-        // A copy that nobody else can see is walked in registers.
+        // A local copy can be kept in registers during the walk.
         Parser walker = mParser;
         while (readNext(walker)) {
         }
@@ -56,7 +56,7 @@ class PackedListReader {
     static constexpr uint32_t kWordSize = sizeof(int32_t);
     static constexpr uint32_t kEntryHeaderWords = SetParamCommand::kEntryHeaderWords;
 
-    /** What is left of the buffer, in whole words; none before its start. */
+    /** Whole words left in the buffer; none before its start. */
     static uint32_t wordsLeft(const Parser& at) {
         const bool inside = at.mOffset >= 0 && at.mOffset < at.mSize;
         return inside ? static_cast<uint32_t>(at.mSize - at.mOffset) / kWordSize : 0;
@@ -84,7 +84,7 @@ class PackedListReader {
         ++at.mParamIndex;
         const uint32_t words = wordsLeft(at);
         if (words < kEntryHeaderWords) {
-            sayShortHeader(words, at.mParamIndex);
+            reportShortHeader(words, at.mParamIndex);
             if (readWord(at, at.mDeviceId)) {
                 readWord(at, at.mParamCode);
             }
@@ -99,29 +99,29 @@ class PackedListReader {
         at.mParamCode = paramCode;
         at.mValueCount = count;
         at.mOffset = valuesAt;
-        // A positive count must fit; a negative one moves wherever 32 bits wrap it to.
+        // A positive count must fit. A negative one moves the offset, which wraps at 32 bits.
         const bool fits = count <= 0 || static_cast<uint32_t>(count) <= words - kEntryHeaderWords;
         if (!fits || !at.skip(static_cast<int32_t>(static_cast<uint32_t>(count) * kWordSize))) {
-            sayShortValues(count, at.mParamIndex);
+            reportShortValues(count, at.mParamIndex);
             return false;
         }
         at.mValues = reinterpret_cast<int32_t*>(at.mData + valuesAt);
         return true;
     }
 
-    // What follows is for broken lists, and out of the way of the others.
+    // Error paths, kept out of line.
 
-    [[gnu::cold, gnu::noinline]] void sayShortValues(int32_t count, int32_t index) const {
+    [[gnu::cold, gnu::noinline]] void reportShortValues(int32_t count, int32_t index) const {
         error("%s() failed to extract %d values for parameter #%d", "next", count, index);
     }
 
-    [[gnu::cold, gnu::noinline]] void sayShortHeader(uint32_t words, int32_t index) const {
+    [[gnu::cold, gnu::noinline]] void reportShortHeader(uint32_t words, int32_t index) const {
         constexpr const char* kFields[kEntryHeaderWords] = {"device id", "parameter id",
                                                             "number of values"};
         error("%s() failed to extract %s for parameter #%d", "next", kFields[words], index);
     }
 
-    /** The tag is the reader's, and the platform's macros know no more than one tag a file. */
+    /** Logs with the reader's tag. The platform's macros support only one tag per file. */
     template <typename... Args>
     void error(const char* format, Args... args) const {
         if (mLogTag != nullptr) {

@@ -67,7 +67,7 @@ bool SpatializerParamArray::isXMLProfileValid(int profile) {
 std::vector<int32_t>& SpatializerParamArray::getXMLProfileParams(int profile) {
     const Mutex::Autolock lock(mLock);
     ALOGD("%s(profile = %d)", __func__, profile);
-    // No load replaces a profile's list, so none of them has to be kept for who holds a reference.
+    // No load replaces a profile's list, so there is no need to note that a reference was returned.
     return mXMLProfileParams[profile];
 }
 

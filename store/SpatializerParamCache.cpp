@@ -38,19 +38,19 @@ bool hasDeviceTunings(SpatializerParamArray& store) {
     return store.getTuningCount() > 0;
 }
 
-/** What decides which entries of a profile reach the effect, and how. */
+/** Decides which entries of a profile reach the effect, and how. */
 struct ProfileRules {
     bool hasTunings;
     bool replacesMixMatrix;
     bool isOrmelContent;
 };
 
-/** Copies as many of @p gains as there are bands behind the frequencies. */
+/** Copies at most kGeqBands of @p gains to their place after the frequencies. */
 void putGains(const std::vector<int32_t>& gains, GeqValues& values) {
     std::copy_n(gains.begin(), std::min(gains.size(), kGeqBands), values.begin() + kGeqGainsAt);
 }
 
-/** The caller's effect. Where there is none, its first use fails, and the operation ends there. */
+/** Calls to the caller's effect. If it is null, the first call fails and ends the operation. */
 class EffectCalls {
   public:
     explicit EffectCalls(IEffectOrm* effect) : mEffect(effect) {}
@@ -58,7 +58,7 @@ class EffectCalls {
     bool haveFailed() const { return mHaveFailed; }
 
     void set(int32_t device, int32_t code, const int32_t* values, int32_t count) {
-        if (isThere()) {
+        if (checkEffect()) {
             mEffect->setEffectParam(device, code, values, count);
         }
     }
@@ -69,14 +69,16 @@ class EffectCalls {
     }
 
     /**
-     * Reads @p values.size() values at most, the others staying 0. The number of values that were
-     * read, or none when the read failed or its answer cannot be.
+     * Reads at most @p values.size() values; the others stay 0.
+     *
+     * @return the number of values read; none if the read failed or answered with an impossible
+     *         number
      */
     template <typename Values>
     std::optional<int32_t> get(int32_t device, int32_t code, Values& values) {
         const auto room = static_cast<int32_t>(values.size());
         int32_t count = room;
-        if (!isThere() || mEffect->getEffectParam(device, code, values.data(), &count) != 0 ||
+        if (!checkEffect() || mEffect->getEffectParam(device, code, values.data(), &count) != 0 ||
             count < 0 || count > room) {
             return std::nullopt;
         }
@@ -84,11 +86,11 @@ class EffectCalls {
     }
 
     int32_t commit() {
-        return isThere() ? mEffect->commitEffectParams(DEVICE_OUT_DEFAULT) : -EINVAL;
+        return checkEffect() ? mEffect->commitEffectParams(DEVICE_OUT_DEFAULT) : -EINVAL;
     }
 
   private:
-    bool isThere() {
+    bool checkEffect() {
         if (mEffect == nullptr) {
             mHaveFailed = true;
         }
@@ -99,7 +101,7 @@ class EffectCalls {
     bool mHaveFailed = false;
 };
 
-/** Room for the speaker's output mode as the effect has it now. */
+/** Buffer to read back the effect's current speaker output mode. */
 std::vector<int32_t> outputModeBuffer(SpatializerParamArray& store) {
     return std::vector<int32_t>(static_cast<size_t>(store.getMixMatrixCapacity()) + 1);
 }
@@ -115,9 +117,9 @@ Parser readerOf(std::vector<int32_t>& list) {
 }
 
 /**
- * Reads a list of the store's. Negative value counts, which a caller can write into one, lead back
- * to words that were read before: a list that can be read for as many entries as it has words goes
- * round in a circle, and ends there.
+ * Reads one of the store's lists. A caller can write negative value counts into a list; these lead
+ * back to words already read. A list that gives as many entries as it has words is therefore taken
+ * to be circular, and ends there.
  */
 class ListWalk {
   public:
@@ -173,7 +175,7 @@ void pushOutputMode(SpatializerParamArray& store, const EffectParamParser& entry
         effect.set(entry);
         return;
     }
-    // The effect is told the entry's own number of values, whatever the matrix's length.
+    // The count passed is the entry's own, whatever the matrix's length.
     const auto entryCount = static_cast<size_t>(std::max(entry.mValueCount, 0));
     std::vector<int32_t> values(std::max(matrix.size() + 1, entryCount));
     values.front() = entryCount == 0 ? 0 : entry.mValues[0];
@@ -214,7 +216,7 @@ void enableOutputMode(SpatializerParamArray& store, EffectCalls& effect) {
     }
 }
 
-/** Gives the effect's own output mode another mix matrix. */
+/** Replaces the mix matrix of the effect's output mode. */
 void updateMixMatrix(SpatializerParamArray& store, const std::string& device, EffectCalls& effect) {
     std::vector<int32_t> values = outputModeBuffer(store);
     if (!effect.get(DEVICE_OUT_SPEAKER, kCodeDom, values).has_value()) {
@@ -231,7 +233,7 @@ void updateMixMatrix(SpatializerParamArray& store, const std::string& device, Ef
                static_cast<int32_t>(matrix.size() + 1));
 }
 
-/** Pushes a profile's list of the document, and commits. */
+/** Pushes a profile's document list, and commits. */
 int32_t applyProfile(SpatializerParamArray& store, ListWalk& list, EffectCalls& effect,
                      bool isOrmelContent) {
     const bool hasTunings = hasDeviceTunings(store);
@@ -381,7 +383,7 @@ bool StoreFront::isTuningAvailable() {
 
 namespace {
 
-/** The front of the process. */
+/** The front operations on the process's store. */
 StoreFront front() {
     return StoreFront(SpatializerParamArray::getInstance());
 }

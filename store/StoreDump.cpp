@@ -38,7 +38,7 @@ std::string printable(std::string text) {
 }
 
 std::string entriesOf(const List& list) {
-    // A list that a lookup left behind has no header.
+    // A list inserted by a lookup has no header.
     const bool hasHeader = list.size() >= SetParamCommand::kListHeaderWords;
     return std::to_string(hasHeader ? list[SetParamCommand::LIST_COUNT] : 0) + " entries";
 }
@@ -53,7 +53,7 @@ std::string gainsText(const List& gains) {
     return text + (gains.size() > kGeqBands ? " ..." : "");
 }
 
-/** Mutex::timedLock() is Android's alone. */
+/** Mutex::timedLock() exists only on Android. */
 bool lockInTime(android::Mutex& mutex) {
     const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
     while (mutex.tryLock() != 0) {
@@ -67,7 +67,7 @@ bool lockInTime(android::Mutex& mutex) {
 
 }  // namespace
 
-/** Writes a store, whose lock the caller holds. */
+/** Dumps a store, whose lock the caller holds. */
 class StoreDump {
   public:
     StoreDump(const SpatializerParamArray& array, std::string& out, size_t indent)

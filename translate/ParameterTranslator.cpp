@@ -4,7 +4,7 @@ namespace ormel {
 
 namespace {
 
-/** Has nothing to initialise, so that it serves other files' static initialisation. */
+/** Needs no initialisation, so other files may use it during theirs. */
 TranslatorCollection translatorCollection;
 
 }  // namespace

@@ -32,7 +32,7 @@ void SetParamCommand::add(KivParameter param, const std::vector<int>& values) {
 void SetParamCommand::addEntry(KivParameter param, std::initializer_list<int> leading,
                                Lists lists) {
     const size_t at = mParams.size();
-    // The command's own list may be among them, and grows below.
+    // mParams may be among the lists, and grows below.
     const auto sizeOf = [this, at](const std::vector<int>* list) {
         return list == &mParams ? at : list->size();
     };

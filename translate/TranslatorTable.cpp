@@ -38,7 +38,7 @@ struct TranslatorRow {
     }
 
     uint8_t kind;
-    /** Of a simple translator; the other classes have their own. */
+    /** Only for SimpleTranslator; the other classes have their own sources and destinations. */
     uint8_t src;
     uint8_t dst;
 };
@@ -132,7 +132,7 @@ static_assert(kTranslatorCount <= kParameterCount, "a parameter has one translat
 
 using Translators = TranslatorClasses::Block<Translator, kTranslatorCount>;
 
-/** Each parameter's first row by source, kParameterCount where there is none. */
+/** The first row of each parameter as a source; kParameterCount if there is none. */
 constexpr auto kPlaces = [] {
     std::array<uint8_t, kParameterCount> places{};
     for (uint8_t& place : places) {
@@ -156,7 +156,7 @@ constexpr auto kPlaces = [] {
     return places;
 }();
 
-/** Made on first use, which may be before this file's static initialisation. */
+/** Built on first use, which may be before this file's static initialisation. */
 const Translators& translators() {
     static NeverDestroyed<Translators> translators(kTranslatorRows);
     return *translators;

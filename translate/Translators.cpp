@@ -16,7 +16,7 @@ Values sizeOf(const Values& values) {
     return {static_cast<int>(values.size())};
 }
 
-/** Asked before any list is read, since reading leaves empty lists in the source. */
+/** Call before reading any list: reading adds empty lists to the source. */
 bool hasChannelLists(int channels) {
     return channels == kStereoChannels || channels == kQuadChannels;
 }
@@ -24,7 +24,7 @@ bool hasChannelLists(int channels) {
 template <KivParameter kDestination>
 constexpr const EntryLayout& kLayout = *findEntryLayout(kDestination);
 
-/** An entry of @p first, @p head and as many channels' lists as there are channels. */
+/** Adds an entry of @p first, @p head, and one list per channel. */
 void addByChannel(SetParamCommand& cmd, const EntryLayout& layout, int channels, int first,
                   const Values& head, ValueMap& from) {
     const ParameterList& lists = layout.channelLists;
@@ -36,14 +36,14 @@ void addByChannel(SetParamCommand& cmd, const EntryLayout& layout, int channels,
     }
 }
 
-/** The same of channels and their number of bands, while they are switched on. */
+/** The same with the numbers of channels and bands first, if the layout's switch is on. */
 void addIfEnabled(SetParamCommand& cmd, const EntryLayout& layout, int channels, ValueMap& from) {
     if (firstOr0(from[layout.enable[0]]) == 1 && hasChannelLists(channels)) {
         addByChannel(cmd, layout, channels, channels, sizeOf(from[layout.channelLists[0]]), from);
     }
 }
 
-/** An entry of two or four lists of bands behind their number. */
+/** Adds an entry of the number of bands, then two or four lists of bands. */
 void addBands(SetParamCommand& cmd, const EntryLayout& layout, ValueMap& from) {
     const ParameterList& lists = layout.lists;
     const Values& first = from[lists[0]];
@@ -56,7 +56,6 @@ void addBands(SetParamCommand& cmd, const EntryLayout& layout, ValueMap& from) {
     }
 }
 
-/** An entry of two lists. */
 void addPair(SetParamCommand& cmd, const EntryLayout& layout, ValueMap& from) {
     cmd.add(layout.destination, {&from[layout.lists[0]], &from[layout.lists[1]]});
 }
@@ -141,7 +140,7 @@ void AudioOptimizerTranslator::kivTranslate(SetParamCommand& cmd, ParameterValue
     const EntryLayout& layout = kLayout<AOBS>;
     const Values& frequencies = from[layout.lists[0]];
     const int channels = firstOr0(from[OUTPUT_CHANNELS]);
-    // Unlike the other entries by channel, this one counts its bands before its channels.
+    // Unlike the other entries by channel, this one has the band count before the channel count.
     Values head = {channels};
     head.insert(head.end(), frequencies.begin(), frequencies.end());
     addByChannel(cmd, layout, channels, static_cast<int>(frequencies.size()), head, from);
