@@ -1,5 +1,6 @@
-# Finds Android's platform libraries as Debian packages them for hosts: headers and libraries lie in
-# folders named android of the usual places. Defines the targets Android::log and Android::utils.
+# Finds Android's platform libraries as Debian packages them for hosts: headers and libraries are in
+# subfolders named android of the usual folders. Defines the targets Android::log and
+# Android::utils.
 
 find_path(ANDROID_PLATFORM_INCLUDE_DIR utils/Singleton.h PATH_SUFFIXES android)
 foreach(library log utils)
@@ -15,7 +16,7 @@ if(AndroidPlatform_FOUND AND NOT TARGET Android::log)
     get_filename_component(android_platform_libdir ${ANDROID_PLATFORM_utils} DIRECTORY)
     foreach(library log utils)
         add_library(Android::${library} SHARED IMPORTED)
-        # Imported targets' headers are system headers, which is right: Android's warn.
+        # Headers of imported targets are system headers, which silences the warnings in Android's.
         set_target_properties(Android::${library} PROPERTIES
             IMPORTED_LOCATION ${ANDROID_PLATFORM_${library}}
             INTERFACE_INCLUDE_DIRECTORIES

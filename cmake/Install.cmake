@@ -1,8 +1,7 @@
-# The installed tree: headers, the two libraries, and a CMake package that brings along what finds
-# Android's libraries.
+# Installs the headers, the two libraries, and a CMake package that includes FindAndroidPlatform.
 include(CMakePackageConfigHelpers)
 
-# A host has no device's libkivparamstorage.so, so ours lies beside the library.
+# A host lacks the device's libkivparamstorage.so, so the stand-in is installed beside the library.
 set_target_properties(spatializerparamstorage kivparamstorage PROPERTIES
     INSTALL_RPATH $ORIGIN
     INSTALL_RPATH_USE_LINK_PATH ON)

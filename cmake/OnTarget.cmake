@@ -1,8 +1,7 @@
-# What the tests need for a target that is not the machine that builds: Android's, or one that is
-# emulated.
+# Support for tests on a target other than the build machine: Android, or an emulated one.
 
-# How a test starts a program of the build by itself: the program's file or, where programs run
-# under an emulator that only CTest knows of, a script that starts it.
+# Sets a variable to the file with which a test starts a program of the build: the program or, where
+# only CTest knows the emulator, a script that starts it there.
 function(ormel_runnable variable target)
     if(NOT CMAKE_CROSSCOMPILING_EMULATOR)
         set(${variable} $<TARGET_FILE:${target}> PARENT_SCOPE)
@@ -16,19 +15,19 @@ function(ormel_runnable variable target)
     set(${variable} ${script} PARENT_SCOPE)
 endfunction()
 
-# For script/test-arm, which compares what it writes on ARM with what it writes here.
+# For script/test-arm, which compares its output on ARM with its output here.
 add_executable(dump_lists support/dump_lists.cpp)
 target_link_libraries(dump_lists PRIVATE spatializerparamstorage ormel_options)
 ormel_runnable(ignored dump_lists)
 
-# For script/size. It has what the library links, so that a load finds that loaded.
+# For script/size. It links the library's dependencies, so that they are loaded before the library.
 add_executable(load_costs ${PROJECT_SOURCE_DIR}/bench/load_costs.cpp)
 target_link_libraries(load_costs PRIVATE
     kivparamstorage LibXml2::LibXml2 Android::log Android::utils ${CMAKE_DL_LIBS} ormel_options)
 target_link_options(load_costs PRIVATE LINKER:--no-as-needed)
 
-# Paths of a target's sources from the project's folder, those of its objects included, without
-# what is made in building.
+# Paths of a target's sources, relative to the project's folder. Includes the sources of its object
+# libraries; excludes generated files.
 function(ormel_sources variable target)
     get_target_property(items ${target} SOURCES)
     get_target_property(folder ${target} SOURCE_DIR)
@@ -49,7 +48,7 @@ function(ormel_sources variable target)
     set(${variable} ${paths} PARENT_SCOPE)
 endfunction()
 
-# Appends a line for each program and library of a folder and those below it to targets.txt, such as
+# Appends a line to targets.txt for each program and library in a folder and its subfolders, such as
 # "tuning_text tools/text/Names.cpp tools/text/Text.cpp".
 function(ormel_write_targets folder)
     get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
@@ -67,7 +66,7 @@ function(ormel_write_targets folder)
     endforeach()
 endfunction()
 
-# Holds Android.bp to this project, whose sources are known when all has been read.
+# Checks Android.bp against this project, whose sources are known only after all folders are read.
 if(TARGET ormel-tuning)
     file(WRITE ${PROJECT_BINARY_DIR}/targets.txt "")
     cmake_language(DEFER DIRECTORY ${PROJECT_SOURCE_DIR}

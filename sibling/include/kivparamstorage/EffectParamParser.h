@@ -6,8 +6,8 @@
 namespace ormel {
 
 /**
- * Reads the lists that SpatializerParamParser reads, through the same fields and with the same
- * results; the messages bear the tag "EffectParamParser".
+ * Reads the same lists as SpatializerParamParser, through the same fields and with the same
+ * results. Messages have the tag "EffectParamParser".
  */
 class EffectParamParser : public ParserBuffer {
   public:

@@ -1,4 +1,4 @@
-// The process-wide shared store of effect parameters, as a host has it.
+// Host stand-in for the process-wide shared store of effect parameters.
 #pragma once
 
 #include <utils/Mutex.h>
@@ -10,14 +10,14 @@
 #include <utility>
 #include <vector>
 
-/** Android output device bits, which hosts have no header for. */
+/** Android output device bits. Hosts have no header for them. */
 using audio_devices_t = uint32_t;
 
 namespace ormel {
 
 /**
- * Keeps the values of every parameter of every device. What is set is staged, and seen by readers
- * once it is committed. Every operation may be called from any thread.
+ * Holds the values of every parameter by device. Values set are staged; readers see them after the
+ * commit. Every operation may be called from any thread.
  */
 class KivParamStore : public android::Singleton<KivParamStore> {
   public:
@@ -27,33 +27,33 @@ class KivParamStore : public android::Singleton<KivParamStore> {
     KivParamStore();
 
     /**
-     * Stages values in place of those staged before for the same device and code.
+     * Stages values, replacing those staged for the same device and code.
      *
-     * @param values copied; may be null when @p count is not positive
+     * @param values copied; may be null if @p count is not positive
      * @param count  number of values; a negative one counts as 0
      */
     void setParam(audio_devices_t device, int code, const int* values, int count);
 
-    /** Publishes all that is staged. */
+    /** Publishes all staged values. */
     void commitChange();
 
     /**
-     * Whether the device-processing part of the current profile holds a parameter, which the tuning
-     * document then decides for content in the maker's own encoding too.
+     * Whether a parameter belongs to the device processing of the current profile. If so, the
+     * tuning document decides it for the maker's own content too.
      */
     bool isDeviceProcParamInProfile(int code);
 
     /**
      * Replaces the parameter codes for which isDeviceProcParamInProfile() is true. A device has its
-     * own; a host starts with a choice that is this stand-in's: the codes of `aoon`, `aobs`,
-     * `aron`, `arbs`, `arsa`, `ceon`, `ceqt`, `dom`, `gebs`, `geon` and `vbon`.
+     * own; this stand-in starts with its own choice: the codes of `aoon`, `aobs`, `aron`, `arbs`,
+     * `arsa`, `ceon`, `ceqt`, `dom`, `gebs`, `geon` and `vbon`.
      */
     void setDeviceProcParams(std::set<int> codes);
 
     /** The published values, by device and code. */
     std::map<Key, std::vector<int>> getPublished();
 
-    /** How often commitChange() was called. */
+    /** Number of commitChange() calls. */
     int getCommitCount();
 
   private:
