@@ -41,7 +41,7 @@ class XmlErrors {
     XmlErrors& operator=(const XmlErrors&) = delete;
     ~XmlErrors() { xmlSetStructuredErrorFunc(mContext, mHandler); }
 
-    /** Ends @p parser if its entities refer to one another too often. */
+    /** Ends @p parser when libxml2 reports a loop of entities. */
     void watch(xmlParserCtxt* parser) { mParser = parser; }
 
     /** Whether there was an error that a sound document does not cause. */

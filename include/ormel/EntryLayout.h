@@ -15,7 +15,7 @@ enum class EntryHead : uint8_t {
     BANDS,
     BANDS_CHANNELS,
     CHANNELS_BANDS,
-    /** The list of OUTPUT_CHANNELS, which has one number. */
+    /** The list of OUTPUT_CHANNELS. */
     CHANNELS,
 };
 

@@ -36,7 +36,7 @@ class StoreDump;
  * instance's lock throughout and calls no other that locks. All operations, loads and front
  * operations (SpatializerParamCache.h) included, may therefore run concurrently on any number of
  * threads. The exceptions:
- * - isValidTuningDevice() takes no lock, and must not run during loadSpatializerXMLFile().
+ * - isValidTuningDevice() takes no lock, and must not run during a load.
  * - A returned reference is used after the lock is released. Parameter lists and mix matrices may
  *   be read through it at any time. Gains may be read unless another thread calls
  *   setProfileGeqGains() for the same profile. A caller that writes through a reference must keep
@@ -156,8 +156,9 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /**
      * Adds a tuning document to the store.
      *
-     * If the document cannot be read or exceeds a bound of DocumentBudget, the store is unchanged
-     * and "Spatializer Tuning XML parses error!" (error) is logged; getLoadError() says why.
+     * If the document cannot be read or exceeds a bound of DocumentBudget, the store keeps
+     * what it had and logs "Spatializer Tuning XML parses error!" (error); getLoadOutcome() and
+     * getLoadError() say why.
      *
      * If profiles share an id, the first one's list is kept; if tuning devices share a name, the
      * last one's. All are counted. A tuning device whose tuning the document lacks is skipped with

@@ -57,13 +57,16 @@ class TuningFileParser {
      */
     const std::string& getError() const { return mError; }
 
-    /** The cost of the last document so far. Loading it into a store goes on from there. */
-    DocumentBudget& getBudget() { return mBudget; }
+    /** What reading the last document cost. */
+    const DocumentBudget& getBudget() const { return mBudget; }
 
-    /** Whether a document was read to its end. */
+    /** Whether a document was read. */
     bool isParsed() const { return mParsed; }
 
-    /** The content of the document, owned by the parser; null until one was read. */
+    /**
+     * The content of the documents read so far; null before the first. Owned by the parser, and
+     * replaced when it reads another document.
+     */
     DeviceData* getDeviceData() const { return mDeviceData.get(); }
 
     /** Number of `<profile>` elements, including repeated ids. */
