@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "CheckDocument.h"
@@ -13,6 +16,21 @@
 #include "document/ReadTrace.h"
 
 namespace ormel::tools {
+
+/** Texts and numbers, one behind the other. */
+template <typename... Parts>
+std::string concat(const Parts&... parts) {
+    std::string text;
+    const auto append = [&text](const auto& part) {
+        if constexpr (std::is_integral_v<std::decay_t<decltype(part)>>) {
+            text += std::to_string(part);
+        } else {
+            text += part;
+        }
+    };
+    (append(parts), ...);
+    return text;
+}
 
 /** A document, what its reader did with it, and where findings go. */
 struct CheckContext {
@@ -28,12 +46,14 @@ struct CheckContext {
     }
     /** What a section's object holds of a parameter; none where nothing came of the section. */
     const std::vector<int>& valuesOf(size_t section, Parameter param) const {
+        return valuesOf(trace.getSections()[section], param);
+    }
+    const std::vector<int>& valuesOf(const ReadSection& section, Parameter param) const {
         static const std::vector<int> none;
-        const ReadSection& read = trace.getSections()[section];
-        if (read.object == nullptr || read.owner == ParameterOwner::NONE) {
+        if (section.object == nullptr || section.owner == ParameterOwner::NONE) {
             return none;
         }
-        const auto& values = static_cast<const ParameterValues*>(read.object)->getValues();
+        const auto& values = static_cast<const ParameterValues*>(section.object)->getValues();
         const auto found = values.find(param);
         return found == values.end() ? none : found->second;
     }
@@ -48,18 +68,28 @@ struct CheckContext {
         return element != 0 && document.isFirstNode(element) &&
                read(document.parent(element)).isEntered && !isUsed(element);
     }
-    void add(Rule rule, size_t element, std::string what, std::string attribute = "") const {
-        findings.add(document.finding(rule, element, std::move(what), std::move(attribute)));
+    bool isNamed(size_t element, DocumentElement kind) const {
+        return document.name(element) == rowOf(kind).name;
     }
-    void addWhole(Rule rule, size_t element, std::string what) const {
-        Finding finding = document.finding(rule, element, std::move(what));
+    /** Adds a finding about an element. @param what texts and numbers to put together */
+    template <typename... Parts>
+    void add(Rule rule, size_t element, const Parts&... what) const {
+        addAttribute(rule, element, "", what...);
+    }
+    /** The same about one of its attributes. */
+    template <typename... Parts>
+    void addAttribute(Rule rule, size_t element, std::string_view attribute,
+                      const Parts&... what) const {
+        findings.add(document.finding(rule, element, concat(what...), std::string(attribute)));
+    }
+    /** The same about it and all that is below it. */
+    template <typename... Parts>
+    void addWhole(Rule rule, size_t element, const Parts&... what) const {
+        Finding finding = document.finding(rule, element, concat(what...));
         finding.isWhole = true;
         findings.add(std::move(finding));
     }
 };
-
-/** The names of the attributes that a setter reads bands or ranges by; empty for other setters. */
-std::vector<std::string> attributeNamesOf(const ValueSetter* setter);
 
 template <typename Range, typename Value>
 bool contains(const Range& range, const Value& value) {

@@ -1,4 +1,4 @@
-#include <ormel/KivParameter.h>
+#include <ormel/EntryLayout.h>
 #include <ormel/SetParamCommand.h>
 #include <ormel/SpatializerParamArray.h>
 #include <ormel/Translator.h>
@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -20,18 +21,45 @@ namespace ormel::tools {
 
 namespace {
 
-/** Where parameters of a kind of object belong. */
-const char* placeOf(ParameterOwner owner) {
-    switch (owner) {
-        case ParameterOwner::PROFILE:
-            return "a profile";
-        case ParameterOwner::PROFILE_ENDPOINT:
-            return "an endpoint_type";
-        case ParameterOwner::TUNING:
-            return "the data of a tuning";
-        default:
-            return "a preset";
-    }
+std::string idText(int id) {
+    return std::to_string(id);
+}
+std::string idText(Endpoint endpoint) {
+    return endpointName(endpoint);
+}
+std::string idText(std::string name) {
+    return name;
+}
+
+template <typename Object, auto kGetId>
+std::string idOf(const void* object) {
+    return idText((static_cast<const Object*>(object)->*kGetId)());
+}
+
+/** A class of objects: where its parameters belong, and what two objects may not share. */
+struct ObjectRow {
+    const char* place;
+    const char* name;
+    std::string (*idOf)(const void* object);
+    Rule repeated;
+    /** What comes of two that share it. */
+    const char* outcome;
+};
+
+/** By ParameterOwner; devices have none. */
+// clang-format off
+constexpr ObjectRow kObjects[] = {
+    {"",                     "tuning device", idOf<DeviceTuning, &DeviceTuning::getDevice>,         Rule::REPEATED_DEVICE,   "the last one stands"},
+    {"a preset",             "ieq preset",    idOf<IeqPreset, &IeqPreset::getPresetId>,             Rule::REPEATED_PRESET,   "the first one stands"},
+    {"a preset",             "geq preset",    idOf<GeqPreset, &GeqPreset::getProfileId>,            Rule::REPEATED_PRESET,   "both are sent, and the first one's gains stand"},
+    {"a profile",            "profile",       idOf<Profile, &Profile::getProfileId>,                Rule::REPEATED_PROFILE,  "the first one stands and gets the endpoints of both"},
+    {"an endpoint_type",     "endpoint",      idOf<ProfileEndpoint, &ProfileEndpoint::getEndpoint>, Rule::REPEATED_ENDPOINT, "both are sent, so the values of the last one stand"},
+    {"the data of a tuning", "tuning",        idOf<Tuning, &Tuning::getName>,                       Rule::REPEATED_TUNING,   "devices of either get the first one"},
+};
+// clang-format on
+
+const ObjectRow& rowOf(ParameterOwner owner) {
+    return kObjects[static_cast<size_t>(owner)];
 }
 
 /** The parameter elements of a document, each in its section. */
@@ -42,9 +70,7 @@ class ParameterCheck {
         for (const ReadSection& section : mContext.trace.getSections()) {
             if (section.kind == DocumentElement::ENDPOINT_TYPE) {
                 const size_t profile = mContext.read(mDocument.parent(section.element)).section;
-                const auto [found, isNew] =
-                        mEndpoints.try_emplace(profile, Range{section.element, section.element});
-                found->second.last = section.element;
+                mEndpoints[profile].push_back(section.element);
             }
         }
     }
@@ -53,25 +79,19 @@ class ParameterCheck {
         for (size_t i = 1; i < mDocument.size(); ++i) {
             const ReadElement& record = mContext.read(i);
             if (record.as == ReadElement::As::PARAMETER) {
-                check(i, *record.setter, mContext.section(i));
+                check(i, record.setter->getParam(0), mContext.section(i));
             }
         }
     }
 
   private:
-    struct Range {
-        size_t first;
-        size_t last;
-    };
-
-    void check(size_t element, const ValueSetter& setter, const ReadSection& section) {
-        const Parameter param = setter.getParams().front();
+    void check(size_t element, Parameter param, const ReadSection& section) {
         const size_t key =
                 mContext.read(element).section * kParameterCount + static_cast<size_t>(param);
-        const auto [earlier, isFirst] = mLast.try_emplace(key, element);
-        const size_t before = isFirst ? 0 : earlier->second;
-        earlier->second = element;
-        if (section.kind == DocumentElement::PROFILE && isProfilesValue(param)) {
+        const size_t before = std::exchange(mLast[key], element);
+        const VersionRule* const rule = ruleOf(ParameterOwner::PROFILE_ENDPOINT, param);
+        if (section.kind == DocumentElement::PROFILE && rule != nullptr &&
+            rule->kind == VersionRuleKind::PROFILES_VALUE) {
             checkForEndpoints(element, before);
             return;
         }
@@ -79,54 +99,40 @@ class ParameterCheck {
             addRepeated(element, before);
         }
         if (parametersOf(section.owner).count(param) == 0) {
-            mContext.add(Rule::WRONG_SECTION, element,
-                         std::string("is not sent from here; it belongs into ") +
-                                 placeOf(kParameterOwners[param]));
+            mContext.add(Rule::WRONG_SECTION, element, "is not sent from here; it belongs into ",
+                         rowOf(kParameterOwners[param]).place);
         } else {
             checkOverwritten(element, param, section);
         }
     }
 
     void addRepeated(size_t element, size_t before) const {
-        mContext.add(Rule::REPEATED_VALUE, element,
-                     "replaces what line " + std::to_string(mDocument.line(before)) +
-                             " gives; remove one of the two");
+        mContext.add(Rule::REPEATED_VALUE, element, "replaces what line ", mDocument.line(before),
+                     " gives; remove one of the two");
     }
 
     /** A value in a profile that goes to the endpoints behind it, up to the next such value. */
-    void checkForEndpoints(size_t element, size_t before) const {
-        const auto found = mEndpoints.find(mContext.read(element).section);
-        const bool hasEndpoints = found != mEndpoints.end();
-        if (hasEndpoints && found->second.last < element) {
+    void checkForEndpoints(size_t element, size_t before) {
+        const std::vector<size_t>& endpoints = mEndpoints[mContext.read(element).section];
+        const auto isBetween = [=](size_t endpoint) {
+            return endpoint >= before && endpoint < element;
+        };
+        if (!endpoints.empty() && endpoints.back() < element) {
             mContext.add(Rule::LATE_IEQ, element,
                          "reaches no endpoint, since all of them stand before it; move it ahead of "
                          "them");
-        } else if (hasEndpoints && found->second.first < element && before == 0) {
+        } else if (std::none_of(endpoints.begin(), endpoints.end(), isBetween)) {
+            if (before != 0) {
+                addRepeated(element, before);
+            }
+        } else if (before == 0) {
             mContext.add(Rule::LATE_IEQ, element,
                          "does not reach the endpoints before it; move it ahead of them");
-        } else if (before != 0 &&
-                   !(hasEndpoints && endpointBetween(found->first, before, element))) {
-            addRepeated(element, before);
         }
-    }
-
-    bool endpointBetween(size_t profile, size_t begin, size_t end) const {
-        for (size_t i = begin; i < end; ++i) {
-            if (mContext.read(i).is(DocumentElement::ENDPOINT_TYPE) &&
-                mContext.read(mDocument.parent(i)).section == profile) {
-                return true;
-            }
-        }
-        return false;
     }
 
     const VersionRule* ruleOf(ParameterOwner owner, Parameter param) const {
         return findVersionRule(mContext.formatVersion, owner, param);
-    }
-
-    bool isProfilesValue(Parameter param) const {
-        const VersionRule* const rule = ruleOf(ParameterOwner::PROFILE_ENDPOINT, param);
-        return rule != nullptr && rule->kind == VersionRuleKind::PROFILES_VALUE;
     }
 
     void checkOverwritten(size_t element, Parameter param, const ReadSection& section) const {
@@ -134,127 +140,76 @@ class ParameterCheck {
         if (rule == nullptr || section.object == nullptr) {
             return;
         }
-        const int stands = firstOr0(mContext.valuesOf(mContext.read(element).section, param));
+        const int stands = firstOr0(mContext.valuesOf(section, param));
         const std::string text = mDocument.attribute(element, "value").value_or("");
         if ((text == "true" ? 1 : string2Int(text)) != stands) {
-            mContext.add(Rule::OVERWRITTEN, element,
-                         std::string("is replaced by ") + std::to_string(stands) +
-                                 (rule->kind == VersionRuleKind::PROFILES_VALUE
-                                          ? ", which is the profile's in this format"
-                                          : " in this format"));
+            const bool isProfiles = rule->kind == VersionRuleKind::PROFILES_VALUE;
+            mContext.add(Rule::OVERWRITTEN, element, "is replaced by ", stands,
+                         isProfiles ? ", which is the profile's" : "", " in this format");
         }
     }
 
     const CheckContext& mContext;
     const CheckDocument& mDocument;
-    /** The first and last endpoint of a profile's section. */
-    std::unordered_map<size_t, Range> mEndpoints;
+    /** The endpoints in a profile's section. */
+    std::unordered_map<size_t, std::vector<size_t>> mEndpoints;
     /** The last element by section and parameter. */
     std::unordered_map<size_t, size_t> mLast;
 };
 
-/** Entries of a list per channel, sent one behind the other with the first one's length. */
-constexpr std::pair<KivParameter, const char*> kChannelLists[] = {{CEQT, "the complex equalizer"},
-                                                                  {RSSA, "sibilance suppression"}};
+/** Entries of lists by channel, whose length is the first one's. */
+constexpr std::pair<KivParameter, const char*> kChannelEntries[] = {
+        {AOBS, "the optimizer"}, {CEQT, "the complex equalizer"}, {RSSA, "sibilance suppression"}};
 
-/** What one tuning is sent as. */
-class TuningCheck {
-  public:
-    TuningCheck(const CheckContext& context, const Tuning& tuning, size_t element)
-        : mContext(context), mTuning(tuning), mElement(element), mSent(codesOf(tuning)) {}
-
-    void run() {
-        if (!isSent(AOBS) && !valuesOf(AUDIO_OPTIMIZER_FREQUENCY).empty()) {
-            mNotSent.emplace_back("the optimizer");
-        }
-        for (const auto& [entry, what] : kChannelLists) {
-            checkLists(*findEntryLayout(entry), what);
-        }
-        if (!mNotSent.empty()) {
-            addNotSent();
-        }
+/** Codes of the entries that a tuning translates to. */
+std::set<int32_t> codesOf(Tuning tuning) {
+    SetParamCommand command(DEVICE_OUT_DEFAULT);
+    ParameterTranslator translator;
+    translator.setSource(&tuning, ENDPOINT_SPEAKER, false);
+    translator.translateAll(command);
+    command.mParams[SetParamCommand::LIST_COUNT] = command.mParamCount;
+    std::set<int32_t> codes;
+    for (const Entry& entry : entriesOf(command.mParams)) {
+        codes.insert(entry.code);
     }
+    return codes;
+}
 
-  private:
-    /** Codes of the entries that the tuning translates to. */
-    static std::set<int32_t> codesOf(Tuning tuning) {
-        SetParamCommand command(DEVICE_OUT_DEFAULT);
-        ParameterTranslator translator;
-        translator.setSource(&tuning, ENDPOINT_SPEAKER, false);
-        translator.translateAll(command);
-        command.mParams[SetParamCommand::LIST_COUNT] = command.mParamCount;
-        std::set<int32_t> codes;
-        for (const Entry& entry : entriesOf(command.mParams)) {
-            codes.insert(entry.code);
-        }
-        return codes;
-    }
-
-    bool isSent(KivParameter param) const { return mSent.count(kivCode(param)) != 0; }
-
-    const std::vector<int>& valuesOf(Parameter param) const {
-        static const std::vector<int> none;
-        const auto found = mTuning.getValues().find(param);
-        return found == mTuning.getValues().end() ? none : found->second;
-    }
-
-    /** Place of the element that gives a parameter, else that of the tuning. */
-    size_t sourceOf(Parameter param) const {
-        const size_t source = mContext.trace.sourceOf(mTuning, param);
-        return source == ReadSection::kNoElement ? mElement : source;
-    }
-
-    void addNotSent() const {
-        mContext.add(Rule::CHANNELS_NOT_SENT, mElement,
-                     "has output_channels=\"" +
-                             std::to_string(firstOr0(valuesOf(OUTPUT_CHANNELS))) +
-                             "\", with which " + joined(mNotSent, ", ") + " cannot be sent");
-    }
-
-    void checkLists(const EntryLayout& layout, const char* what) {
+/** The lists by channel of a tuning, for what its channels keep from being sent as it is. */
+void checkChannels(const CheckContext& context, const ReadSection& section) {
+    const auto& tuning = *static_cast<const Tuning*>(section.object);
+    const std::set<int32_t> sent = codesOf(tuning);
+    const int channels = firstOr0(context.valuesOf(section, OUTPUT_CHANNELS));
+    std::vector<std::string> notSent;
+    for (const auto& [entry, name] : kChannelEntries) {
+        const EntryLayout& layout = *findEntryLayout(entry);
         const ParameterList& lists = layout.channelLists;
-        const Parameter left = lists[0];
-        const bool isOn = firstOr0(valuesOf(layout.enable[0])) == 1;
-        if (!isOn) {
-            return;
+        const size_t length = context.valuesOf(section, lists[0]).size();
+        if (layout.enable.size() != 0 &&
+            firstOr0(context.valuesOf(section, layout.enable[0])) != 1) {
+            continue;
         }
-        if (!isSent(layout.destination)) {
-            if (!valuesOf(left).empty()) {
-                mNotSent.emplace_back(what);
-            }
-            return;
+        const bool isSent = sent.count(kivCode(entry)) != 0;
+        if (!isSent && length != 0) {
+            notSent.emplace_back(name);
         }
-        const auto channels = static_cast<size_t>(firstOr0(valuesOf(OUTPUT_CHANNELS)));
-        const size_t length = valuesOf(left).size();
-        for (size_t i = 1; i < std::min(channels, lists.size()); ++i) {
-            const size_t other = valuesOf(lists[i]).size();
+        const size_t sentLists = isSent ? std::min(static_cast<size_t>(channels), lists.size()) : 0;
+        for (size_t i = 1; i < sentLists; ++i) {
+            const size_t other = context.valuesOf(section, lists[i]).size();
+            const size_t source = context.trace.sourceOf(tuning, lists[i]);
             if (other != length) {
-                mContext.add(Rule::UNEQUAL_COLUMNS, sourceOf(lists[i]),
-                             std::string(parameterName(lists[i])) + " has " +
-                                     std::to_string(other) + " values and the left channel " +
-                                     std::to_string(length) + ", the only length that is sent");
+                context.add(Rule::UNEQUAL_COLUMNS,
+                            source == ReadSection::kNoElement ? section.element : source,
+                            parameterName(lists[i]), " has ", other,
+                            " values and the left channel ", length,
+                            ", the only length that is sent");
             }
         }
     }
-
-    const CheckContext& mContext;
-    const Tuning& mTuning;
-    const size_t mElement;
-    const std::set<int32_t> mSent;
-    std::vector<std::string> mNotSent;
-};
-
-/** The tuning device that is selected on each supported port from the start. */
-const std::map<Port, std::string>& defaultDevices() {
-    static const auto& devices = *[] {
-        auto* const names = new std::map<Port, std::string>;
-        SpatializerParamArray store{SpatializerParamArray::Empty()};
-        for (const Port port : kSupportedPorts) {
-            names->emplace(port, store.getSelectedTuningDevice(port));
-        }
-        return names;
-    }();
-    return devices;
+    if (!notSent.empty()) {
+        context.add(Rule::CHANNELS_NOT_SENT, section.element, "has output_channels=\"", channels,
+                    "\", with which ", joined(notSent, ", "), " cannot be sent");
+    }
 }
 
 /** What must be there once, and what must be there. */
@@ -269,6 +224,7 @@ class ReferenceCheck {
     void run() {
         for (const ReadSection& section : mContext.trace.getSections()) {
             if (section.object != nullptr) {
+                checkOnce(section);
                 check(section);
             }
         }
@@ -278,133 +234,77 @@ class ReferenceCheck {
     }
 
   private:
-    void check(const ReadSection& section) {
-        const ValueSetter* const setter = mContext.read(section.element).setter;
-        switch (section.kind) {
-            case DocumentElement::PROFILE: {
-                const auto* const profile = objectOf<Profile>(section);
-                checkOnce(Rule::REPEATED_PROFILE, section.element,
-                          "profile " + std::to_string(profile->getProfileId()),
-                          "the first one stands and gets the endpoints of both");
-                checkProfileId(profile->getProfileId(), section.element);
-                break;
-            }
-            case DocumentElement::ENDPOINT_TYPE: {
-                const auto* const endpoint = objectOf<ProfileEndpoint>(section);
-                checkOnce(Rule::REPEATED_ENDPOINT, section.element,
-                          std::string("endpoint ") + endpointName(endpoint->getEndpoint()),
-                          "both are sent, so the values of the last one stand",
-                          std::to_string(mContext.document.parent(section.element)));
-                break;
-            }
-            case DocumentElement::PRESET:
-                if (setter->getParams().front() == IEQ_FREQUENCY) {
-                    checkOnce(Rule::REPEATED_PRESET, section.element,
-                              "ieq preset " +
-                                      std::to_string(objectOf<IeqPreset>(section)->getPresetId()),
-                              "the first one stands");
-                } else {
-                    checkOnce(Rule::REPEATED_PRESET, section.element,
-                              "geq preset " +
-                                      std::to_string(objectOf<GeqPreset>(section)->getProfileId()),
-                              "both are sent, and the first one's gains stand");
-                    checkGeqProfile(objectOf<GeqPreset>(section)->getProfileId(), section.element);
-                }
-                break;
-            case DocumentElement::TUNING: {
-                const auto* const tuning = objectOf<Tuning>(section);
-                checkOnce(Rule::REPEATED_TUNING, section.element, "tuning " + tuning->getName(),
-                          "devices of either get the first one");
-                TuningCheck(mContext, *tuning, section.element).run();
-                break;
-            }
-            case DocumentElement::DEVICE_ID: {
-                const auto* const device = static_cast<const DeviceTuning*>(section.object);
-                checkOnce(Rule::REPEATED_DEVICE, section.element,
-                          "tuning device " + device->getDevice(), "the last one stands");
-                mDevices[device->getDevice()] = {device->getPort(), section.element};
-                break;
-            }
-            default:
-                break;
-        }
-    }
-
-    void checkProfileId(int id, size_t element) const {
-        if (id < 0 || id >= static_cast<int>(std::size(kProfileNames))) {
-            mContext.add(Rule::PROFILE_ID, element,
-                         "has the id " + std::to_string(id) + ", which is no profile's");
-        }
-    }
-
-    void checkGeqProfile(int id, size_t element) const {
-        if (!mProfiles.empty() && mProfiles.count(id) == 0) {
-            mContext.add(Rule::GEQ_PROFILE, element,
-                         "has the id " + std::to_string(id) + ", which no profile here has");
-        }
-    }
-
-    template <typename Object>
-    static const Object* objectOf(const ReadSection& section) {
-        return static_cast<const Object*>(section.object);
-    }
-
-    /** @param scope what else has to be the same for two to be one too many */
-    void checkOnce(Rule rule, size_t element, const std::string& key, const std::string& outcome,
-                   const std::string& scope = "") {
-        const auto [first, isNew] = mFirst.try_emplace(scope + " " + key, element);
+    void checkOnce(const ReadSection& section) {
+        const ObjectRow& row = rowOf(section.owner);
+        const std::string id = row.idOf(section.object);
+        const bool isEndpoint = section.owner == ParameterOwner::PROFILE_ENDPOINT;
+        const size_t scope = isEndpoint ? mContext.document.parent(section.element) : 0;
+        const auto [first, isNew] = mFirst.try_emplace({row.name, scope, id}, section.element);
         if (!isNew) {
-            mContext.add(rule, element,
-                         key + " is there since line " +
-                                 std::to_string(mContext.document.line(first->second)) + "; " +
-                                 outcome);
+            mContext.add(row.repeated, section.element, row.name, " ", id, " is there since line ",
+                         mContext.document.line(first->second), "; ", row.outcome);
+        }
+    }
+
+    void check(const ReadSection& section) {
+        if (section.owner == ParameterOwner::NONE) {
+            const auto* const device = static_cast<const DeviceTuning*>(section.object);
+            mDevices[device->getDevice()] = {device->getPort(), section.element};
+        } else if (section.owner == ParameterOwner::TUNING) {
+            checkChannels(mContext, section);
+        } else if (section.owner == ParameterOwner::PROFILE) {
+            const int id = static_cast<const Profile*>(section.object)->getProfileId();
+            if (id < 0 || id >= static_cast<int>(std::size(kProfileNames))) {
+                mContext.add(Rule::PROFILE_ID, section.element, "has the id ", id,
+                             ", which is no profile's");
+            }
+        } else if (section.owner == ParameterOwner::GEQ_PRESET) {
+            const int id = static_cast<const GeqPreset*>(section.object)->getProfileId();
+            if (!mProfiles.empty() && mProfiles.count(id) == 0) {
+                mContext.add(Rule::GEQ_PROFILE, section.element, "has the id ", id,
+                             ", which no profile here has");
+            }
         }
     }
 
     void checkDefaults() const {
+        SpatializerParamArray store{SpatializerParamArray::Empty()};
+        std::map<std::string, Device> others = mDevices;
         for (const Port port : kSupportedPorts) {
-            const std::string& name = defaultDevices().at(port);
+            others.erase(store.getSelectedTuningDevice(port));
+        }
+        std::vector<std::string> otherNames;
+        for (const auto& [name, device] : others) {
+            otherNames.push_back(name);
+        }
+        for (const Port port : kSupportedPorts) {
+            const std::string name = store.getSelectedTuningDevice(port);
             const auto device = mDevices.find(name);
-            if (device != mDevices.end() && device->second.port == kPortNames[port]) {
+            const bool isThere = device != mDevices.end();
+            if (isThere && device->second.port == kPortNames[port]) {
                 continue;
             }
-            const bool isThere = device != mDevices.end();
-            const std::string similar = isThere ? name : nearestOf(name, otherDevices());
-            mContext.add(
-                    Rule::MISSING_DEFAULT_DEVICE,
-                    similar.empty() ? 0 : mDevices.at(similar).element,
-                    std::string("port ") + kPortNames[port] + " starts with tuning device " + name +
-                            ", which is not on it; " +
-                            (isThere || similar.empty() ? "bind it with device_id"
-                                                        : "does " + similar + " misspell it?"));
+            const std::string similar = isThere ? name : nearestOf(name, otherNames);
+            mContext.add(Rule::MISSING_DEFAULT_DEVICE,
+                         similar.empty() ? 0 : mDevices.at(similar).element, "port ",
+                         kPortNames[port], " starts with tuning device ", name,
+                         ", which is not on it; ",
+                         isThere || similar.empty() ? "bind it with device_id"
+                                                    : "does " + similar + " misspell it?");
         }
     }
 
-    /** The names of devices that no port starts with. */
-    std::vector<std::string> otherDevices() const {
-        std::vector<std::string> names;
-        for (const auto& [name, binding] : mDevices) {
-            const bool isDefault =
-                    std::any_of(defaultDevices().begin(), defaultDevices().end(),
-                                [&name = name](const auto& each) { return each.second == name; });
-            if (!isDefault) {
-                names.push_back(name);
-            }
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-    struct Binding {
+    struct Device {
         std::string port;
         size_t element;
     };
 
     const CheckContext& mContext;
     std::set<int> mProfiles;
-    std::unordered_map<std::string, size_t> mFirst;
+    /** By class, scope and id. */
+    std::map<std::tuple<std::string_view, size_t, std::string>, size_t> mFirst;
     /** By name; of several the last, as in the store. */
-    std::unordered_map<std::string, Binding> mDevices;
+    std::map<std::string, Device> mDevices;
 };
 
 }  // namespace
