@@ -1,12 +1,8 @@
 #include <ormel/SpatializerParamArray.h>
 
-#include <algorithm>
 #include <array>
 #include <map>
-#include <set>
-#include <string_view>
 #include <tuple>
-#include <utility>
 
 #include "CheckMeaning.h"
 #include "CheckText.h"
@@ -63,7 +59,7 @@ constexpr std::array<const Holds*, 5> kSectionHolds[] = {
     /* tool_version */            {&kVersionPart, &kVersionPart, &kVersionPart},
     /* authorized_technologies */ {},
     /* global_setting */          {nullptr, &kOptionalNumber, &kOptionalNumber, &kOptionalNumber, &kOptionalNumber},
-    /* preset */                  {&kNumber},
+    /* preset */                  {},
     /* profile */                 {&kNumber},
     /* endpoint_type */           {&kEndpoint},
     /* include */                 {&kPresetName, &kPresetNumber},
@@ -79,18 +75,10 @@ struct Reading {
     enum class Kind { NONE, FIRST, ALL, NAMED };
 
     Kind kind = Kind::NONE;
-    std::vector<std::pair<std::string, const Holds*>> attributes = {};
+    std::vector<std::string> names = {};
+    /** What those hold, by their places. */
+    std::vector<const Holds*> holds = {};
 };
-
-template <size_t kCount>
-Reading readingOf(const std::array<const char*, kCount>& names,
-                  const std::array<const Holds*, kCount>& holds) {
-    Reading reading = {Reading::Kind::NAMED};
-    for (size_t i = 0; i < kCount && names[i] != nullptr; ++i) {
-        reading.attributes.emplace_back(names[i], holds[i]);
-    }
-    return reading;
-}
 
 /** A class of setters, the elements whose attributes it reads, and how. */
 struct SetterReading {
@@ -104,25 +92,27 @@ bool isOf(const ValueSetter* setter) {
     return dynamic_cast<const Setter*>(setter) != nullptr;
 }
 
+template <typename Setter>
+SetterReading named(As as, std::vector<const Holds*> holds) {
+    const auto& names = Setter::kAttrNames;
+    return {isOf<Setter>,
+            as,
+            {Reading::Kind::NAMED, {names.begin(), names.end()}, std::move(holds)}};
+}
+
 const std::vector<SetterReading>& setterReadings() {
     using Kind = Reading::Kind;
-    using Subgain = VirtualBassSubgainValueSetter;
-    using Range = VirtualBassValueSetter;
-    using Ieq = IeqValueSetter;
-    using Geq = GeqValueSetter;
-    using Optimizer = AudioOptimizerValueSetter;
-    using Regulator = RegulatorTuningValueSetter;
     // clang-format off
     static const auto& readings = *new std::vector<SetterReading>{
-        {isOf<SimpleValueSetter>,    As::PARAMETER, {Kind::NAMED, {{"value", &kSwitch}}}},
-        {isOf<RowDataValueSetter>,   As::PARAMETER, {Kind::FIRST}},
-        {isOf<MixMatrixValueSetter>, As::ROW,       {Kind::FIRST}},
-        {isOf<Subgain>,              As::PARAMETER, {Kind::ALL}},
-        {isOf<Range>,                As::PARAMETER, readingOf(Range::kAttrNames, {&kNumber, &kNumber})},
-        {isOf<Ieq>,                  As::BAND,      readingOf(Ieq::kAttrNames, {&kColumn, &kColumn})},
-        {isOf<Geq>,                  As::BAND,      readingOf(Geq::kAttrNames, {&kColumn, &kColumn})},
-        {isOf<Optimizer>,            As::BAND,      readingOf(Optimizer::kAttrNames, {&kNumber, &kNumber, &kNumber, &kSurroundGain, &kSurroundGain})},
-        {isOf<Regulator>,            As::BAND,      readingOf(Regulator::kAttrNames, {&kNumber, &kNumber, &kNumber, &kFlag})},
+        {isOf<SimpleValueSetter>,             As::PARAMETER, {Kind::NAMED, {"value"}, {&kSwitch}}},
+        {isOf<RowDataValueSetter>,            As::PARAMETER, {Kind::FIRST}},
+        {isOf<MixMatrixValueSetter>,          As::ROW,       {Kind::FIRST}},
+        {isOf<VirtualBassSubgainValueSetter>, As::PARAMETER, {Kind::ALL}},
+        named<VirtualBassValueSetter>(As::PARAMETER, {&kNumber, &kNumber}),
+        named<IeqValueSetter>(As::BAND, {&kColumn, &kColumn}),
+        named<GeqValueSetter>(As::BAND, {&kColumn, &kColumn}),
+        named<AudioOptimizerValueSetter>(As::BAND, {&kNumber, &kNumber, &kNumber, &kSurroundGain, &kSurroundGain}),
+        named<RegulatorTuningValueSetter>(As::BAND, {&kNumber, &kNumber, &kNumber, &kFlag}),
     };
     // clang-format on
     return readings;
@@ -130,8 +120,7 @@ const std::vector<SetterReading>& setterReadings() {
 
 std::string quoted(std::string_view text) {
     constexpr size_t kLongest = 40;
-    std::string quoted = "\"" + std::string(text.substr(0, kLongest));
-    return quoted + (text.size() > kLongest ? "...\"" : "\"");
+    return concat('"', text.substr(0, kLongest), text.size() > kLongest ? "..." : "", '"');
 }
 
 /** The name that is meant, else all names behind @p otherwise if that is not empty. */
@@ -146,14 +135,13 @@ std::string suggested(std::string_view text, const std::vector<std::string>& nam
 /** What the elements of a document have for attributes, element by element. */
 class AttributeCheck {
   public:
-    explicit AttributeCheck(const CheckContext& context)
-        : mContext(context), mDocument(context.document) {}
+    explicit AttributeCheck(const CheckContext& context) : mContext(context) {}
 
     void run() {
-        for (mElement = 1; mElement < mDocument.size(); ++mElement) {
+        for (mElement = 1; mElement < mContext.document.size(); ++mElement) {
             const ReadElement& record = mContext.read(mElement);
             if (record.as != As::NOTHING && !isMisread(record)) {
-                mAttributes = mDocument.attributes(mElement);
+                mAttributes = mContext.document.attributes(mElement);
                 check(record, readingOf(record));
             }
         }
@@ -169,8 +157,8 @@ class AttributeCheck {
         if (record.as != As::BAND && record.as != As::ROW) {
             return false;
         }
-        const size_t parent = mDocument.parent(mElement);
-        const bool isContainer = mDocument.end(mElement) > mElement + 1;
+        const size_t parent = mContext.document.parent(mElement);
+        const bool isContainer = mContext.document.end(mElement) > mElement + 1;
         return parent == 0 || isContainer ||
                (isOf<BandColumnsValueSetter>(record.setter) &&
                 mContext.read(parent).setter != record.setter);
@@ -196,14 +184,18 @@ class AttributeCheck {
         if (record.kind == DocumentElement::AUTHORIZED_TECHNOLOGIES) {
             return {};
         }
-        Reading reading = tools::readingOf(rowOf(record.kind).attributes,
-                                           kSectionHolds[static_cast<size_t>(record.kind)]);
+        const auto& names = rowOf(record.kind).attributes;
+        const auto& holds = kSectionHolds[static_cast<size_t>(record.kind)];
+        Reading reading = {Reading::Kind::NAMED,
+                           {names.begin(), std::find(names.begin(), names.end(), nullptr)},
+                           {holds.begin(), holds.end()}};
         if (record.kind == DocumentElement::INCLUDE) {
-            reading.attributes = {reading.attributes[arePresetsNamed() ? 0 : 1]};
-        } else if (record.kind == DocumentElement::PRESET && record.setter == nullptr) {
-            reading.attributes.front().second = nullptr;
-        } else if (isOf<IeqValueSetter>(record.setter) && arePresetsNamed()) {
-            reading.attributes.front().second = &kPresetName;
+            const size_t chosen = arePresetsNamed() ? 0 : 1;
+            reading.names = {reading.names[chosen]};
+            reading.holds = {reading.holds[chosen]};
+        } else if (record.kind == DocumentElement::PRESET && record.setter != nullptr) {
+            const bool isNamed = isOf<IeqValueSetter>(record.setter) && arePresetsNamed();
+            reading.holds.front() = isNamed ? &kPresetName : &kNumber;
         }
         return reading;
     }
@@ -230,12 +222,13 @@ class AttributeCheck {
         for (size_t i = 0; i < mAttributes.size() && isAll; ++i) {
             checkText(mAttributes[i].name, kNumber);
         }
-        for (const auto& [name, holds] : reading.attributes) {
+        for (size_t i = 0; i < reading.names.size(); ++i) {
+            const Holds* const holds = reading.holds[i];
             // The surrounds' gains go out with four channels only.
             const bool isSpare = holds == &kSurroundGain &&
                                  firstOr0(mContext.valuesOf(record.section, OUTPUT_CHANNELS)) != 4;
             if (holds != nullptr) {
-                checkText(name, isSpare ? kOptionalNumber : *holds);
+                checkText(reading.names[i], isSpare ? kOptionalNumber : *holds);
             }
         }
     }
@@ -244,28 +237,19 @@ class AttributeCheck {
         const bool isRow = reading.kind == Reading::Kind::FIRST;
         for (size_t i = isRow ? 1 : 0; i < mAttributes.size(); ++i) {
             const DocumentAttribute& attribute = mAttributes[i];
-            const bool isAsked =
-                    std::any_of(reading.attributes.begin(), reading.attributes.end(),
-                                [&](const auto& each) { return each.first == attribute.name; });
             // The schema's own references between elements need an attribute "type".
-            if (!isAsked && !attribute.isQualified && attribute.name != "type") {
-                add(Rule::UNKNOWN_ATTRIBUTE, attribute.name, "is not looked at",
-                    isRow ? "; of a row the first attribute counts"
-                          : asked(attribute.name, record, reading));
+            if (contains(reading.names, attribute.name) || attribute.isQualified ||
+                attribute.name == "type") {
+                continue;
             }
+            std::vector<std::string> names = reading.names;
+            std::sort(names.begin(), names.end());
+            // Settings are picked from what there is, the others are asked for.
+            const bool isSetting = record.is(DocumentElement::GLOBAL_SETTING);
+            add(Rule::UNKNOWN_ATTRIBUTE, attribute.name, "is not looked at",
+                isRow ? "; of a row the first attribute counts"
+                      : suggested(attribute.name, names, isSetting ? "" : "the reader asks for"));
         }
-    }
-
-    static std::string asked(std::string_view name, const ReadElement& record,
-                             const Reading& reading) {
-        std::set<std::string> names;
-        for (const auto& [each, holds] : reading.attributes) {
-            names.insert(each);
-        }
-        // Settings are picked from what there is, the others are asked for.
-        const bool isSetting = record.is(DocumentElement::GLOBAL_SETTING);
-        return suggested(name, {names.begin(), names.end()},
-                         isSetting ? "" : "the reader asks for");
     }
 
     void checkText(std::string_view name, const Holds& holds) {
@@ -290,9 +274,9 @@ class AttributeCheck {
 
     void addFaulty(TextFault fault, const DocumentAttribute& attribute, const Holds& holds) const {
         const std::string& text = attribute.text;
+        const std::string number = std::to_string(string2Int(text));
         const std::string reading =
-                quoted(text) + " reads as " +
-                (holds.faulty != nullptr ? holds.faulty : std::to_string(string2Int(text)));
+                quoted(text) + " reads as " + (holds.faulty != nullptr ? holds.faulty : number);
         if (fault == TextFault::MISSPELT) {
             add(Rule::MISSPELT_BOOLEAN, attribute.name, reading, "; write ",
                 meansTrue(text) ? "true" : "false");
@@ -311,12 +295,12 @@ class AttributeCheck {
             add(holds.unknownRule, attribute.name, quoted(text), " ", holds.unknown,
                 suggested(text, {holds.names, end}, "there are"));
         } else if (&holds == &kPort && kPortNameToAndroidDevice.count(text) == 0) {
-            std::vector<std::string> supported;
+            std::string supported;
             for (const Port port : kSupportedPorts) {
-                supported.emplace_back(kPortNames[port]);
+                supported += concat(supported.empty() ? "" : ", ", kPortNames[port]);
             }
             add(Rule::UNSUPPORTED_PORT, attribute.name, text,
-                " has no output device to send the tuning to; ", joined(supported, ", "), " do");
+                " has no output device to send the tuning to; ", supported, " do");
         } else if (mContext.read(mElement).is(DocumentElement::INCLUDE)) {
             mIncludes[static_cast<int>(known - holds.names)].push_back(mElement);
         }
@@ -338,19 +322,26 @@ class AttributeCheck {
 
     /** A preset that is lost or has another id: one finding for all who include it. */
     void checkIncluded() const {
-        std::set<int> presets;
-        for (const IeqPreset* const preset : mContext.data.getIeqPresets()) {
-            presets.insert(preset->getPresetId());
+        std::map<int, size_t> presets;
+        for (const ReadSection& section : mContext.trace.getSections()) {
+            if (section.owner == ParameterOwner::IEQ_PRESET && section.object != nullptr) {
+                const auto* const preset = static_cast<const IeqPreset*>(section.object);
+                presets.try_emplace(preset->getPresetId(), section.element);
+            }
         }
-        const size_t stranded = strandedPreset(static_cast<int>(presets.size()));
+        // One that nobody includes, its number being beyond those of the others.
+        const auto count = static_cast<int>(presets.size());
+        const auto stranded = std::find_if(presets.begin(), presets.end(), [&](const auto& each) {
+            return (each.first < 0 || each.first > count) && mIncludes.count(each.first) == 0;
+        });
         for (const auto& [preset, includes] : mIncludes) {
             if (presets.count(preset) != 0) {
                 continue;
             }
             const std::string who = countText(includes.size(), "include", "includes");
-            if (stranded != 0) {
-                mContext.add(Rule::MISSING_PRESET, stranded, "is included by nobody, and ", who,
-                             " a preset ", preset, ", which is not there");
+            if (stranded != presets.end()) {
+                mContext.add(Rule::MISSING_PRESET, stranded->second, "is included by nobody, and ",
+                             who, " a preset ", preset, ", which is not there");
                 return;
             }
             mContext.addAttribute(
@@ -361,21 +352,7 @@ class AttributeCheck {
         }
     }
 
-    /** A preset that nobody includes, its number being beyond those of the others; 0 for none. */
-    size_t strandedPreset(int count) const {
-        for (const ReadSection& section : mContext.trace.getSections()) {
-            if (section.owner == ParameterOwner::IEQ_PRESET && section.object != nullptr) {
-                const int id = static_cast<const IeqPreset*>(section.object)->getPresetId();
-                if ((id < 0 || id > count) && mIncludes.count(id) == 0) {
-                    return section.element;
-                }
-            }
-        }
-        return 0;
-    }
-
     const CheckContext& mContext;
-    const CheckDocument& mDocument;
     std::map<std::tuple<As, DocumentElement, const ValueSetter*>, Reading> mReadings;
     size_t mElement = 0;
     std::vector<DocumentAttribute> mAttributes;

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -20,16 +20,9 @@ namespace ormel::tools {
 /** Texts and numbers, one behind the other. */
 template <typename... Parts>
 std::string concat(const Parts&... parts) {
-    std::string text;
-    const auto append = [&text](const auto& part) {
-        if constexpr (std::is_integral_v<std::decay_t<decltype(part)>>) {
-            text += std::to_string(part);
-        } else {
-            text += part;
-        }
-    };
-    (append(parts), ...);
-    return text;
+    std::ostringstream text;
+    (text << ... << parts);
+    return text.str();
 }
 
 /** A document, what its reader did with it, and where findings go. */

@@ -1,39 +1,26 @@
 #include <ormel/EntryLayout.h>
-#include <ormel/SetParamCommand.h>
 #include <ormel/SpatializerParamArray.h>
-#include <ormel/Translator.h>
 
-#include <algorithm>
 #include <map>
 #include <set>
-#include <string>
 #include <tuple>
 #include <unordered_map>
-#include <utility>
-#include <vector>
 
 #include "CheckMeaning.h"
 #include "CheckText.h"
-#include "document/PackedEntries.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
 
 namespace {
 
-std::string idText(int id) {
-    return std::to_string(id);
-}
-std::string idText(Endpoint endpoint) {
-    return endpointName(endpoint);
-}
-std::string idText(std::string name) {
-    return name;
-}
-
 template <typename Object, auto kGetId>
 std::string idOf(const void* object) {
-    return idText((static_cast<const Object*>(object)->*kGetId)());
+    return concat((static_cast<const Object*>(object)->*kGetId)());
+}
+
+std::string endpointOf(const void* object) {
+    return endpointName(static_cast<const ProfileEndpoint*>(object)->getEndpoint());
 }
 
 /** A class of objects: where its parameters belong, and what two objects may not share. */
@@ -49,12 +36,12 @@ struct ObjectRow {
 /** By ParameterOwner; devices have none. */
 // clang-format off
 constexpr ObjectRow kObjects[] = {
-    {"",                     "tuning device", idOf<DeviceTuning, &DeviceTuning::getDevice>,         Rule::REPEATED_DEVICE,   "the last one stands"},
-    {"a preset",             "ieq preset",    idOf<IeqPreset, &IeqPreset::getPresetId>,             Rule::REPEATED_PRESET,   "the first one stands"},
-    {"a preset",             "geq preset",    idOf<GeqPreset, &GeqPreset::getProfileId>,            Rule::REPEATED_PRESET,   "both are sent, and the first one's gains stand"},
-    {"a profile",            "profile",       idOf<Profile, &Profile::getProfileId>,                Rule::REPEATED_PROFILE,  "the first one stands and gets the endpoints of both"},
-    {"an endpoint_type",     "endpoint",      idOf<ProfileEndpoint, &ProfileEndpoint::getEndpoint>, Rule::REPEATED_ENDPOINT, "both are sent, so the values of the last one stand"},
-    {"the data of a tuning", "tuning",        idOf<Tuning, &Tuning::getName>,                       Rule::REPEATED_TUNING,   "devices of either get the first one"},
+    {"",                     "tuning device", idOf<DeviceTuning, &DeviceTuning::getDevice>, Rule::REPEATED_DEVICE,   "the last one stands"},
+    {"a preset",             "ieq preset",    idOf<IeqPreset, &IeqPreset::getPresetId>,     Rule::REPEATED_PRESET,   "the first one stands"},
+    {"a preset",             "geq preset",    idOf<GeqPreset, &GeqPreset::getProfileId>,    Rule::REPEATED_PRESET,   "both are sent, and the first one's gains stand"},
+    {"a profile",            "profile",       idOf<Profile, &Profile::getProfileId>,        Rule::REPEATED_PROFILE,  "the first one stands and gets the endpoints of both"},
+    {"an endpoint_type",     "endpoint",      endpointOf,                                   Rule::REPEATED_ENDPOINT, "both are sent, so the values of the last one stand"},
+    {"the data of a tuning", "tuning",        idOf<Tuning, &Tuning::getName>,               Rule::REPEATED_TUNING,   "devices of either get the first one"},
 };
 // clang-format on
 
@@ -62,124 +49,89 @@ const ObjectRow& rowOf(ParameterOwner owner) {
     return kObjects[static_cast<size_t>(owner)];
 }
 
+/** @param before what gave the section the parameter before, 0 for nothing */
+void checkRepeated(const CheckContext& context, size_t element, size_t before) {
+    if (before != 0) {
+        context.add(Rule::REPEATED_VALUE, element, "replaces what line ",
+                    context.document.line(before), " gives; remove one of the two");
+    }
+}
+
+/** A value in a profile that goes to the endpoints behind it, up to the next such value. */
+void checkForEndpoints(const CheckContext& context, size_t element, size_t before,
+                       const std::vector<size_t>& endpoints) {
+    const auto next = std::lower_bound(endpoints.begin(), endpoints.end(), before);
+    if (!endpoints.empty() && endpoints.back() < element) {
+        context.add(Rule::LATE_IEQ, element,
+                    "reaches no endpoint, since all of them stand before it; move it ahead of "
+                    "them");
+    } else if (next == endpoints.end() || *next > element) {
+        checkRepeated(context, element, before);
+    } else if (before == 0) {
+        context.add(Rule::LATE_IEQ, element,
+                    "does not reach the endpoints before it; move it ahead of them");
+    }
+}
+
+void checkOverwritten(const CheckContext& context, size_t element, Parameter param,
+                      const ReadSection& section) {
+    const VersionRule* const rule = findVersionRule(context.formatVersion, section.owner, param);
+    if (rule == nullptr || section.object == nullptr) {
+        return;
+    }
+    const int stands = firstOr0(context.valuesOf(section, param));
+    const std::string text = context.document.attribute(element, "value").value_or("");
+    if ((text == "true" ? 1 : string2Int(text)) != stands) {
+        const bool isProfiles = rule->kind == VersionRuleKind::PROFILES_VALUE;
+        context.add(Rule::OVERWRITTEN, element, "is replaced by ", stands,
+                    isProfiles ? ", which is the profile's" : "", " in this format");
+    }
+}
+
 /** The parameter elements of a document, each in its section. */
-class ParameterCheck {
-  public:
-    explicit ParameterCheck(const CheckContext& context)
-        : mContext(context), mDocument(context.document) {
-        for (const ReadSection& section : mContext.trace.getSections()) {
-            if (section.kind == DocumentElement::ENDPOINT_TYPE) {
-                const size_t profile = mContext.read(mDocument.parent(section.element)).section;
-                mEndpoints[profile].push_back(section.element);
-            }
+void checkParameters(const CheckContext& context) {
+    std::unordered_map<size_t, std::vector<size_t>> endpointsOfProfile;
+    for (const ReadSection& section : context.trace.getSections()) {
+        if (section.kind == DocumentElement::ENDPOINT_TYPE) {
+            endpointsOfProfile[section.outer].push_back(section.element);
         }
     }
-
-    void run() {
-        for (size_t i = 1; i < mDocument.size(); ++i) {
-            const ReadElement& record = mContext.read(i);
-            if (record.as == ReadElement::As::PARAMETER) {
-                check(i, record.setter->getParam(0), mContext.section(i));
-            }
+    // By section and parameter.
+    std::unordered_map<size_t, size_t> last;
+    for (size_t i = 1; i < context.document.size(); ++i) {
+        const ReadElement& record = context.read(i);
+        if (record.as != ReadElement::As::PARAMETER) {
+            continue;
         }
-    }
-
-  private:
-    void check(size_t element, Parameter param, const ReadSection& section) {
-        const size_t key =
-                mContext.read(element).section * kParameterCount + static_cast<size_t>(param);
-        const size_t before = std::exchange(mLast[key], element);
-        const VersionRule* const rule = ruleOf(ParameterOwner::PROFILE_ENDPOINT, param);
+        const ReadSection& section = context.section(i);
+        const Parameter param = record.setter->getParam(0);
+        const size_t key = record.section * kParameterCount + static_cast<size_t>(param);
+        const size_t before = std::exchange(last[key], i);
+        const VersionRule* const rule =
+                findVersionRule(context.formatVersion, ParameterOwner::PROFILE_ENDPOINT, param);
         if (section.kind == DocumentElement::PROFILE && rule != nullptr &&
             rule->kind == VersionRuleKind::PROFILES_VALUE) {
-            checkForEndpoints(element, before);
-            return;
+            checkForEndpoints(context, i, before, endpointsOfProfile[record.section]);
+            continue;
         }
-        if (before != 0) {
-            addRepeated(element, before);
-        }
+        checkRepeated(context, i, before);
         if (parametersOf(section.owner).count(param) == 0) {
-            mContext.add(Rule::WRONG_SECTION, element, "is not sent from here; it belongs into ",
-                         rowOf(kParameterOwners[param]).place);
+            context.add(Rule::WRONG_SECTION, i, "is not sent from here; it belongs into ",
+                        rowOf(kParameterOwners[param]).place);
         } else {
-            checkOverwritten(element, param, section);
+            checkOverwritten(context, i, param, section);
         }
     }
-
-    void addRepeated(size_t element, size_t before) const {
-        mContext.add(Rule::REPEATED_VALUE, element, "replaces what line ", mDocument.line(before),
-                     " gives; remove one of the two");
-    }
-
-    /** A value in a profile that goes to the endpoints behind it, up to the next such value. */
-    void checkForEndpoints(size_t element, size_t before) {
-        const std::vector<size_t>& endpoints = mEndpoints[mContext.read(element).section];
-        const auto isBetween = [=](size_t endpoint) {
-            return endpoint >= before && endpoint < element;
-        };
-        if (!endpoints.empty() && endpoints.back() < element) {
-            mContext.add(Rule::LATE_IEQ, element,
-                         "reaches no endpoint, since all of them stand before it; move it ahead of "
-                         "them");
-        } else if (std::none_of(endpoints.begin(), endpoints.end(), isBetween)) {
-            if (before != 0) {
-                addRepeated(element, before);
-            }
-        } else if (before == 0) {
-            mContext.add(Rule::LATE_IEQ, element,
-                         "does not reach the endpoints before it; move it ahead of them");
-        }
-    }
-
-    const VersionRule* ruleOf(ParameterOwner owner, Parameter param) const {
-        return findVersionRule(mContext.formatVersion, owner, param);
-    }
-
-    void checkOverwritten(size_t element, Parameter param, const ReadSection& section) const {
-        const VersionRule* const rule = ruleOf(section.owner, param);
-        if (rule == nullptr || section.object == nullptr) {
-            return;
-        }
-        const int stands = firstOr0(mContext.valuesOf(section, param));
-        const std::string text = mDocument.attribute(element, "value").value_or("");
-        if ((text == "true" ? 1 : string2Int(text)) != stands) {
-            const bool isProfiles = rule->kind == VersionRuleKind::PROFILES_VALUE;
-            mContext.add(Rule::OVERWRITTEN, element, "is replaced by ", stands,
-                         isProfiles ? ", which is the profile's" : "", " in this format");
-        }
-    }
-
-    const CheckContext& mContext;
-    const CheckDocument& mDocument;
-    /** The endpoints in a profile's section. */
-    std::unordered_map<size_t, std::vector<size_t>> mEndpoints;
-    /** The last element by section and parameter. */
-    std::unordered_map<size_t, size_t> mLast;
-};
+}
 
 /** Entries of lists by channel, whose length is the first one's. */
 constexpr std::pair<KivParameter, const char*> kChannelEntries[] = {
         {AOBS, "the optimizer"}, {CEQT, "the complex equalizer"}, {RSSA, "sibilance suppression"}};
 
-/** Codes of the entries that a tuning translates to. */
-std::set<int32_t> codesOf(Tuning tuning) {
-    SetParamCommand command(DEVICE_OUT_DEFAULT);
-    ParameterTranslator translator;
-    translator.setSource(&tuning, ENDPOINT_SPEAKER, false);
-    translator.translateAll(command);
-    command.mParams[SetParamCommand::LIST_COUNT] = command.mParamCount;
-    std::set<int32_t> codes;
-    for (const Entry& entry : entriesOf(command.mParams)) {
-        codes.insert(entry.code);
-    }
-    return codes;
-}
-
-/** The lists by channel of a tuning, for what its channels keep from being sent as it is. */
+/** The lists by channel of a tuning, which are sent for two and four channels only. */
 void checkChannels(const CheckContext& context, const ReadSection& section) {
-    const auto& tuning = *static_cast<const Tuning*>(section.object);
-    const std::set<int32_t> sent = codesOf(tuning);
     const int channels = firstOr0(context.valuesOf(section, OUTPUT_CHANNELS));
+    const size_t sentLists = channels == 2 || channels == 4 ? static_cast<size_t>(channels) : 0;
     std::vector<std::string> notSent;
     for (const auto& [entry, name] : kChannelEntries) {
         const EntryLayout& layout = *findEntryLayout(entry);
@@ -189,14 +141,12 @@ void checkChannels(const CheckContext& context, const ReadSection& section) {
             firstOr0(context.valuesOf(section, layout.enable[0])) != 1) {
             continue;
         }
-        const bool isSent = sent.count(kivCode(entry)) != 0;
-        if (!isSent && length != 0) {
+        if (sentLists == 0 && length != 0) {
             notSent.emplace_back(name);
         }
-        const size_t sentLists = isSent ? std::min(static_cast<size_t>(channels), lists.size()) : 0;
         for (size_t i = 1; i < sentLists; ++i) {
             const size_t other = context.valuesOf(section, lists[i]).size();
-            const size_t source = context.trace.sourceOf(tuning, lists[i]);
+            const size_t source = section.sourceOf(lists[i]);
             if (other != length) {
                 context.add(Rule::UNEQUAL_COLUMNS,
                             source == ReadSection::kNoElement ? section.element : source,
@@ -212,106 +162,91 @@ void checkChannels(const CheckContext& context, const ReadSection& section) {
     }
 }
 
+/** Ids that profiles are applied by, and that presets of the graphic equalizer find them by. */
+void checkProfileId(const CheckContext& context, const ReadSection& section,
+                    const std::set<int>& profiles) {
+    if (section.owner == ParameterOwner::PROFILE) {
+        const int id = static_cast<const Profile*>(section.object)->getProfileId();
+        if (id < 0 || id >= static_cast<int>(std::size(kProfileNames))) {
+            context.add(Rule::PROFILE_ID, section.element, "has the id ", id,
+                        ", which is no profile's");
+        }
+    } else if (section.owner == ParameterOwner::GEQ_PRESET) {
+        const int id = static_cast<const GeqPreset*>(section.object)->getProfileId();
+        if (!profiles.empty() && profiles.count(id) == 0) {
+            context.add(Rule::GEQ_PROFILE, section.element, "has the id ", id,
+                        ", which no profile here has");
+        }
+    }
+}
+
+/** Tuning devices by name; of several the last, as in the store. */
+using Devices = std::map<std::string, const ReadSection*>;
+
+/** The tuning devices that are selected from the start. */
+void checkDefaults(const CheckContext& context, const Devices& devices) {
+    SpatializerParamArray store{SpatializerParamArray::Empty()};
+    std::vector<std::string> names;
+    for (const auto& [name, device] : devices) {
+        names.push_back(name);
+    }
+    for (const Port port : kSupportedPorts) {
+        const std::string name = store.getSelectedTuningDevice(port);
+        const auto found = devices.find(name);
+        const auto* const device = found == devices.end() ? nullptr : found->second;
+        if (device != nullptr &&
+            static_cast<const DeviceTuning*>(device->object)->getPort() == kPortNames[port]) {
+            continue;
+        }
+        const std::string similar = device != nullptr ? name : nearestOf(name, names);
+        const std::string remedy = device != nullptr || similar.empty()
+                                           ? "bind it with device_id"
+                                           : "does " + similar + " misspell it?";
+        context.add(Rule::MISSING_DEFAULT_DEVICE,
+                    similar.empty() ? 0 : devices.at(similar)->element, "port ", kPortNames[port],
+                    " starts with tuning device ", name, ", which is not on it; ", remedy);
+    }
+}
+
 /** What must be there once, and what must be there. */
-class ReferenceCheck {
-  public:
-    explicit ReferenceCheck(const CheckContext& context) : mContext(context) {
-        for (const Profile* const profile : context.data.getProfiles()) {
-            mProfiles.insert(profile->getProfileId());
-        }
+void checkReferences(const CheckContext& context) {
+    std::set<int> profiles;
+    for (const Profile* const profile : context.data.getProfiles()) {
+        profiles.insert(profile->getProfileId());
     }
-
-    void run() {
-        for (const ReadSection& section : mContext.trace.getSections()) {
-            if (section.object != nullptr) {
-                checkOnce(section);
-                check(section);
-            }
+    std::map<std::tuple<ParameterOwner, size_t, std::string>, size_t> firsts;
+    Devices devices;
+    for (const ReadSection& section : context.trace.getSections()) {
+        if (section.object == nullptr) {
+            continue;
         }
-        if (!mDevices.empty()) {
-            checkDefaults();
-        }
-    }
-
-  private:
-    void checkOnce(const ReadSection& section) {
         const ObjectRow& row = rowOf(section.owner);
         const std::string id = row.idOf(section.object);
+        // Every profile has endpoints of its own.
         const bool isEndpoint = section.owner == ParameterOwner::PROFILE_ENDPOINT;
-        const size_t scope = isEndpoint ? mContext.document.parent(section.element) : 0;
-        const auto [first, isNew] = mFirst.try_emplace({row.name, scope, id}, section.element);
+        const size_t scope = isEndpoint ? context.document.parent(section.element) : 0;
+        const auto [first, isNew] = firsts.try_emplace({section.owner, scope, id}, section.element);
         if (!isNew) {
-            mContext.add(row.repeated, section.element, row.name, " ", id, " is there since line ",
-                         mContext.document.line(first->second), "; ", row.outcome);
+            context.add(row.repeated, section.element, row.name, " ", id, " is there since line ",
+                        context.document.line(first->second), "; ", row.outcome);
+        }
+        checkProfileId(context, section, profiles);
+        if (section.owner == ParameterOwner::TUNING) {
+            checkChannels(context, section);
+        } else if (section.owner == ParameterOwner::NONE) {
+            devices[id] = &section;
         }
     }
-
-    void check(const ReadSection& section) {
-        if (section.owner == ParameterOwner::NONE) {
-            const auto* const device = static_cast<const DeviceTuning*>(section.object);
-            mDevices[device->getDevice()] = {device->getPort(), section.element};
-        } else if (section.owner == ParameterOwner::TUNING) {
-            checkChannels(mContext, section);
-        } else if (section.owner == ParameterOwner::PROFILE) {
-            const int id = static_cast<const Profile*>(section.object)->getProfileId();
-            if (id < 0 || id >= static_cast<int>(std::size(kProfileNames))) {
-                mContext.add(Rule::PROFILE_ID, section.element, "has the id ", id,
-                             ", which is no profile's");
-            }
-        } else if (section.owner == ParameterOwner::GEQ_PRESET) {
-            const int id = static_cast<const GeqPreset*>(section.object)->getProfileId();
-            if (!mProfiles.empty() && mProfiles.count(id) == 0) {
-                mContext.add(Rule::GEQ_PROFILE, section.element, "has the id ", id,
-                             ", which no profile here has");
-            }
-        }
+    if (!devices.empty()) {
+        checkDefaults(context, devices);
     }
-
-    void checkDefaults() const {
-        SpatializerParamArray store{SpatializerParamArray::Empty()};
-        std::map<std::string, Device> others = mDevices;
-        for (const Port port : kSupportedPorts) {
-            others.erase(store.getSelectedTuningDevice(port));
-        }
-        std::vector<std::string> otherNames;
-        for (const auto& [name, device] : others) {
-            otherNames.push_back(name);
-        }
-        for (const Port port : kSupportedPorts) {
-            const std::string name = store.getSelectedTuningDevice(port);
-            const auto device = mDevices.find(name);
-            const bool isThere = device != mDevices.end();
-            if (isThere && device->second.port == kPortNames[port]) {
-                continue;
-            }
-            const std::string similar = isThere ? name : nearestOf(name, otherNames);
-            mContext.add(Rule::MISSING_DEFAULT_DEVICE,
-                         similar.empty() ? 0 : mDevices.at(similar).element, "port ",
-                         kPortNames[port], " starts with tuning device ", name,
-                         ", which is not on it; ",
-                         isThere || similar.empty() ? "bind it with device_id"
-                                                    : "does " + similar + " misspell it?");
-        }
-    }
-
-    struct Device {
-        std::string port;
-        size_t element;
-    };
-
-    const CheckContext& mContext;
-    std::set<int> mProfiles;
-    /** By class, scope and id. */
-    std::map<std::tuple<std::string_view, size_t, std::string>, size_t> mFirst;
-    /** By name; of several the last, as in the store. */
-    std::map<std::string, Device> mDevices;
-};
+}
 
 }  // namespace
 
 void checkObjects(const CheckContext& context) {
-    ParameterCheck(context).run();
-    ReferenceCheck(context).run();
+    checkParameters(context);
+    checkReferences(context);
 }
 
 }  // namespace ormel::tools

@@ -1,9 +1,5 @@
 #include <ormel/SpatializerParamArray.h>
 
-#include <algorithm>
-#include <array>
-#include <string_view>
-
 #include "CheckMeaning.h"
 #include "CheckText.h"
 #include "text/Text.h"
@@ -15,8 +11,13 @@ namespace {
 using As = ReadElement::As;
 using Element = DocumentElement;
 
-/** A parameter's or section's name that is like an unknown one; empty where none is. */
-std::string similarName(std::string_view name) {
+void addLostFirst(const CheckContext& context, size_t element) {
+    context.addWhole(Rule::LOST_FIRST_CHILD, element, "is lost, since nothing parts it from <",
+                     context.document.name(context.document.parent(element)),
+                     ">; put a line break in front of it");
+}
+
+void addUnknown(const CheckContext& context, size_t element) {
     static const auto& names = *[] {
         auto* const all = new std::vector<std::string>;
         for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
@@ -27,282 +28,227 @@ std::string similarName(std::string_view name) {
         }
         return all;
     }();
-    const std::string similar = nearestOf(name, names);
-    return similar == name ? "" : similar;
+    const bool isHeard = context.findings.countOf(Rule::UNKNOWN_ELEMENT) < Findings::kMaxPerRule;
+    const std::string similar = isHeard ? nearestOf(context.document.name(element), names) : "";
+    const bool isMisspelt = !similar.empty() && similar != context.document.name(element);
+    context.addWhole(Rule::UNKNOWN_ELEMENT, element, "is not known here and is passed over",
+                     isMisspelt ? "; is <" + similar + "> meant?" : "");
 }
 
-/** What is below a preset. */
-struct PresetBands {
-    /** Number of the elements that were read as bands, and of those of them that look like one. */
-    size_t read = 0;
-    size_t valid = 0;
-    /** Number of those with what bands of the other type have and these have not. */
-    size_t other = 0;
-    /** Places of those that look like a band and were not read. */
-    std::vector<size_t> lost;
-    /** Places; 0 for none. */
-    size_t lostFirst = 0;
-    size_t foreign = 0;
-};
+void addInclude(const CheckContext& context, size_t element, bool isInProfile) {
+    const bool wantsProfile = context.has(VersionRuleKind::INCLUDE_IN_PROFILE);
+    // By whether it stands in a profile, and whether the format wants it there.
+    static constexpr const char* kRemedies[2][2] = {
+            {"make it the first thing in the endpoint_type, ahead of comments",
+             "in this format it has to be the second element of the profile"},
+            {"in this format it has to be the first element of an endpoint_type",
+             "make it the second thing in the profile, comments counted"}};
+    context.addWhole(Rule::INCLUDE_POSITION, element, "chooses no preset here; ",
+                     kRemedies[isInProfile ? 1 : 0][wantsProfile ? 1 : 0]);
+}
 
-/** Goes through a document for what its reader left unread. */
-class StructureCheck {
-  public:
-    explicit StructureCheck(const CheckContext& context)
-        : mContext(context), mDocument(context.document) {}
-
-    void run() {
-        const size_t stop = checkStop();
-        for (size_t i = 1; i < mDocument.size() && (mDocument.parent(i) != 0 || i <= stop);) {
-            i = checkElement(i);
-        }
-        checkSections();
-        checkStrayBands();
+/** Some formats do not look into the settings, of which one would count. */
+void checkUnreadSettings(const CheckContext& context, size_t settings) {
+    const VersionRule* const rule =
+            findVersionRule(context.formatVersion, VersionRuleKind::SETTINGS_UNREAD);
+    if (rule == nullptr || context.data.getProfileEndpoints().empty()) {
+        return;
     }
-
-  private:
-    /** Place of the tuning that the reader stopped at; behind everything if it did not. */
-    size_t checkStop() const {
-        const uint32_t section = mContext.trace.getStop();
-        if (section == ReadElement::kNoSection) {
-            return mDocument.size();
-        }
-        const size_t tuning = mContext.trace.getSections()[section].element;
-        std::vector<size_t> unread;
-        for (size_t i = mDocument.end(tuning); i < mDocument.size(); i = mDocument.end(i)) {
-            if (mContext.isNamed(i, Element::PROFILE) || mContext.isNamed(i, Element::PRESET) ||
-                mContext.isNamed(i, Element::TUNING)) {
-                unread.push_back(i);
-            }
-        }
-        const std::string what =
-                unread.empty()
-                        ? "nothing follows"
-                        : concat(countText(unread.size(), "section", "sections"), " from line ",
-                                 mDocument.line(unread.front()),
-                                 unread.size() == 1 ? " is left unread" : " are left unread");
-        mContext.addWhole(Rule::TUNING_WITHOUT_DATA, tuning,
-                          "has no data element, so it is dropped and the reader stops; ", what);
-        return tuning;
-    }
-
-    /** The place to go on from. */
-    size_t checkElement(size_t element) const {
-        const ReadElement& parent = mContext.read(mDocument.parent(element));
-        const bool isTop = mDocument.parent(element) == 0;
-        if (isTop && mContext.isNamed(element, Element::PRESET)) {
-            checkPreset(element);
-        } else if (mContext.isUsed(element)) {
-            return checkUsed(element, parent);
-        } else if (mContext.isLostFirst(element)) {
-            addLostFirst(element);
-        } else if (mContext.isNamed(element, Element::INCLUDE) &&
-                   (parent.is(Element::PROFILE) || parent.is(Element::ENDPOINT_TYPE))) {
-            addInclude(element, parent.is(Element::PROFILE));
-        } else if (isTop && mContext.isNamed(element, Element::AUTHORIZED_TECHNOLOGIES)) {
-            checkUnreadSettings(element);
-        } else if (mContext.read(element).isNamed || !parent.isEntered) {
-            addUnknown(element);
-        } else {
-            mContext.addWhole(Rule::UNREAD_ELEMENT, element,
-                              "stands where the reader does not come to it");
-        }
-        return mDocument.end(element);
-    }
-
-    size_t checkUsed(size_t element, const ReadElement& parent) const {
-        const As as = mContext.read(element).as;
-        const bool isWrapper = as == As::BAND && mDocument.end(element) > element + 1;
-        if (isWrapper && mDocument.parent(element) != 0 && !parent.isStray) {
-            mContext.addWhole(Rule::BAND_DEPTH, element,
-                              "is taken for a band, and what is in it is lost");
-        }
-        // The first element in a tuning that is no device_id is taken for its data.
-        const std::string device = rowOf(Element::DEVICE_ID).name;
-        if (parent.is(Element::TUNING) && as == As::NOTHING &&
-            nearestOf(mDocument.name(element), {device, "data"}) == device) {
-            addUnknown(element);
-            return mDocument.end(mDocument.parent(element));
-        }
-        return element + 1;
-    }
-
-    void addLostFirst(size_t element) const {
-        mContext.addWhole(Rule::LOST_FIRST_CHILD, element, "is lost, since nothing parts it from <",
-                          mDocument.name(mDocument.parent(element)),
-                          ">; put a line break in front of it");
-    }
-
-    void addUnknown(size_t element) const {
-        const bool isHeard =
-                mContext.findings.countOf(Rule::UNKNOWN_ELEMENT) < Findings::kMaxPerRule;
-        const std::string similar = isHeard ? similarName(mDocument.name(element)) : "";
-        mContext.addWhole(Rule::UNKNOWN_ELEMENT, element, "is not known here and is passed over",
-                          similar.empty() ? "" : "; is <" + similar + "> meant?");
-    }
-
-    void addInclude(size_t element, bool isInProfile) const {
-        const bool wantsProfile = mContext.has(VersionRuleKind::INCLUDE_IN_PROFILE);
-        const char* const remedy =
-                wantsProfile == isInProfile
-                        ? (isInProfile ? "make it the second thing in the profile, comments counted"
-                                       : "make it the first thing in the endpoint_type, ahead of "
-                                         "comments")
-                        : (wantsProfile
-                                   ? "in this format it has to be the second element of the profile"
-                                   : "in this format it has to be the first element of an "
-                                     "endpoint_type");
-        mContext.addWhole(Rule::INCLUDE_POSITION, element, "chooses no preset here; ", remedy);
-    }
-
-    /** Some formats do not look into the settings, of which one would count. */
-    void checkUnreadSettings(size_t settings) const {
-        const VersionRule* const rule =
-                findVersionRule(mContext.formatVersion, VersionRuleKind::SETTINGS_UNREAD);
-        if (rule == nullptr || mContext.data.getProfileEndpoints().empty()) {
-            return;
-        }
-        for (size_t i = settings + 1; i < mDocument.end(settings); ++i) {
-            const auto text = mDocument.attribute(i, "virtual_bass_process");
-            if (text && string2Int(*text) != rule->value) {
-                mContext.addAttribute(Rule::OVERWRITTEN, i, "virtual_bass_process",
-                                      "is not read in this format, which makes it ", rule->value);
-            }
+    for (size_t i = settings + 1; i < context.document.end(settings); ++i) {
+        const auto text = context.document.attribute(i, "virtual_bass_process");
+        if (text && string2Int(*text) != rule->value) {
+            context.addAttribute(Rule::OVERWRITTEN, i, "virtual_bass_process",
+                                 "is not read in this format, which makes it ", rule->value);
         }
     }
+}
 
-    void checkPreset(size_t preset) const {
-        const ReadElement& record = mContext.read(preset);
-        if (record.isStray) {
-            mContext.addWhole(Rule::CHILDLESS, preset,
-                              "has no children; the reader takes what follows it for its bands");
-            return;
-        }
-        if (record.section == ReadElement::kNoSection) {
-            mContext.addWhole(Rule::UNKNOWN_PRESET_TYPE, preset,
-                              "is neither of type ieq nor of type geq, and is passed over");
-            return;
-        }
-        const PresetBands bands = bandsOf(preset);
-        const size_t lost = bands.lost.size();
-        if (bands.lostFirst != 0) {
-            addLostFirst(bands.lostFirst);
-        } else if (bands.other != 0 && bands.other == bands.valid + lost) {
-            mContext.addWhole(Rule::OTHER_BANDS, preset, "has the bands of the other type");
-        } else if (bands.valid == 0 && lost != 0 && bands.foreign != bands.lost.front()) {
-            mContext.addWhole(
-                    Rule::BAND_DEPTH, misplacedAbove(bands.lost.front()),
-                    "has its bands where the reader does not look, so it gets none; write "
-                    "preset, data, bands and bands' elements, with nothing but whitespace "
-                    "between the start tags");
-        } else if (bands.foreign != 0) {
-            mContext.addWhole(Rule::IEQ_BAND_NAME, bands.foreign,
-                              "is no band_ieq and ends the bands: ",
-                              countText(lost, "band is", "bands are"), " lost");
-        } else if (isGeq(preset) && bands.read != kGeqBands) {
-            addBandCount(preset, bands.read);
+/** The element that keeps a band from its place: one too many, or behind a comment. */
+size_t misplacedAbove(const CheckContext& context, size_t band) {
+    size_t element = context.document.parent(band);
+    while (context.document.parent(element) != 0 &&
+           context.document.elements().nodesBefore(element) < 2) {
+        element = context.document.parent(element);
+    }
+    return context.document.parent(element) != 0 ? element : context.document.parent(band);
+}
+
+/** A preset has to have as many bands as a profile's list of the graphic equalizer. */
+void addBandCount(const CheckContext& context, size_t preset, size_t read) {
+    const size_t container = read < 2 ? std::min(preset + 2, context.document.end(preset) - 1)
+                                      : context.section(preset).sourceOf(GEQ_FREQUENCY);
+    context.addWhole(Rule::GEQ_BAND_COUNT, container, "has ", countText(read, "band", "bands"),
+                     ", so the preset is dropped when its profile is applied; write ", kGeqBands);
+}
+
+template <typename Condition>
+std::vector<size_t> placesBelow(const CheckContext& context, size_t element, Condition condition) {
+    std::vector<size_t> places;
+    for (size_t i = element + 1; i < context.document.end(element); ++i) {
+        if (condition(i)) {
+            places.push_back(i);
         }
     }
+    return places;
+}
 
-    bool isGeq(size_t preset) const {
-        return mContext.section(preset).owner == ParameterOwner::GEQ_PRESET;
+void checkBands(const CheckContext& context, size_t preset) {
+    const bool isGeq = context.section(preset).owner == ParameterOwner::GEQ_PRESET;
+    const auto& names = isGeq ? GeqValueSetter::kAttrNames : IeqValueSetter::kAttrNames;
+    const auto& otherNames = isGeq ? IeqValueSetter::kAttrNames : GeqValueSetter::kAttrNames;
+    const auto has = [&](size_t i, const char* name) {
+        return context.document.attribute(i, name).has_value();
+    };
+    const auto isRead = [&](size_t i) { return context.read(i).as == As::BAND; };
+    const auto isLike = [&](size_t i) { return has(i, names[0]) || has(i, names[1]); };
+    const auto below = [&](const auto& condition) {
+        return placesBelow(context, preset, condition);
+    };
+    const auto lostFirst = below([&](size_t i) { return context.isLostFirst(i); });
+    const auto valid = below([&](size_t i) { return isRead(i) && isLike(i); });
+    const auto lost = below([&](size_t i) { return !isRead(i) && isLike(i); });
+    const auto other = below([&](size_t i) { return has(i, otherNames[1]); });
+    const auto foreign = below([&](size_t i) { return !isRead(i) && context.read(i).isNamed; });
+    const size_t read = below(isRead).size();
+    if (!lostFirst.empty()) {
+        addLostFirst(context, lostFirst.front());
+    } else if (!other.empty() && other.size() == valid.size() + lost.size()) {
+        context.addWhole(Rule::OTHER_BANDS, preset, "has the bands of the other type");
+    } else if (valid.empty() && !lost.empty() &&
+               (foreign.empty() || foreign.front() != lost.front())) {
+        context.addWhole(Rule::BAND_DEPTH, misplacedAbove(context, lost.front()),
+                         "has its bands where the reader does not look, so it gets none; write "
+                         "preset, data, bands and bands' elements, with nothing but whitespace "
+                         "between the start tags");
+    } else if (!foreign.empty()) {
+        context.addWhole(Rule::IEQ_BAND_NAME, foreign.front(),
+                         "is no band_ieq and ends the bands: ",
+                         countText(lost.size(), "band is", "bands are"), " lost");
+    } else if (isGeq && read != kGeqBands) {
+        addBandCount(context, preset, read);
     }
+}
 
-    PresetBands bandsOf(size_t preset) const {
-        const auto& ieq = IeqValueSetter::kAttrNames;
-        const auto& geq = GeqValueSetter::kAttrNames;
-        const auto& names = isGeq(preset) ? geq : ieq;
-        const char* const otherValue = (isGeq(preset) ? ieq : geq).back();
-        PresetBands bands;
-        for (size_t i = preset + 1; i < mDocument.end(preset); ++i) {
-            const auto hasAttribute = [&](const char* name) {
-                return mDocument.attribute(i, name).has_value();
-            };
-            const bool isRead = mContext.read(i).as == As::BAND;
-            const bool looksLikeOne = std::any_of(names.begin(), names.end(), hasAttribute);
-            bands.read += isRead ? 1 : 0;
-            bands.valid += isRead && looksLikeOne ? 1 : 0;
-            bands.other += hasAttribute(otherValue) ? 1 : 0;
-            if (!isRead && looksLikeOne) {
-                bands.lost.push_back(i);
-            }
-            if (bands.lostFirst == 0 && mContext.isLostFirst(i)) {
-                bands.lostFirst = i;
-            }
-            if (bands.foreign == 0 && mContext.read(i).isNamed && !isRead) {
-                bands.foreign = i;
-            }
+void checkPreset(const CheckContext& context, size_t preset) {
+    const ReadElement& record = context.read(preset);
+    if (record.isStray) {
+        context.addWhole(Rule::CHILDLESS, preset,
+                         "has no children; the reader takes what follows it for its bands");
+    } else if (record.section == ReadElement::kNoSection) {
+        context.addWhole(Rule::UNKNOWN_PRESET_TYPE, preset,
+                         "is neither of type ieq nor of type geq, and is passed over");
+    } else {
+        checkBands(context, preset);
+    }
+}
+
+size_t checkUsed(const CheckContext& context, size_t element, const ReadElement& parent) {
+    const ReadElement& record = context.read(element);
+    const bool isWrapper = record.as == As::BAND && context.document.end(element) > element + 1;
+    const auto* const columns = dynamic_cast<const BandColumnsValueSetter*>(record.setter);
+    if (isWrapper && context.document.parent(element) != 0 && !parent.isStray) {
+        context.addWhole(Rule::BAND_DEPTH, element,
+                         "is taken for a band, and what is in it is lost");
+    } else if (record.isStray && columns != nullptr &&
+               record.setter->getNodeName() == context.document.name(element)) {
+        context.addWhole(Rule::CHILDLESS, element,
+                         "has no bands; the reader takes itself and what follows for them");
+    }
+    // The first element in a tuning that is no device_id is taken for its data.
+    const std::string device = rowOf(Element::DEVICE_ID).name;
+    if (parent.is(Element::TUNING) && record.as == As::NOTHING &&
+        nearestOf(context.document.name(element), {device, "data"}) == device) {
+        addUnknown(context, element);
+        return context.document.end(context.document.parent(element));
+    }
+    return element + 1;
+}
+
+/** The place to go on from. */
+size_t checkElement(const CheckContext& context, size_t element) {
+    const ReadElement& parent = context.read(context.document.parent(element));
+    const bool isTop = context.document.parent(element) == 0;
+    if (isTop && context.isNamed(element, Element::PRESET)) {
+        checkPreset(context, element);
+    } else if (context.isUsed(element)) {
+        return checkUsed(context, element, parent);
+    } else if (context.isLostFirst(element)) {
+        addLostFirst(context, element);
+    } else if (context.isNamed(element, Element::INCLUDE) &&
+               (parent.is(Element::PROFILE) || parent.is(Element::ENDPOINT_TYPE))) {
+        addInclude(context, element, parent.is(Element::PROFILE));
+    } else if (isTop && context.isNamed(element, Element::AUTHORIZED_TECHNOLOGIES)) {
+        checkUnreadSettings(context, element);
+    } else if (context.read(element).isNamed || !parent.isEntered) {
+        addUnknown(context, element);
+    } else {
+        context.addWhole(Rule::UNREAD_ELEMENT, element,
+                         "stands where the reader does not come to it");
+    }
+    return context.document.end(element);
+}
+
+/** Place of the tuning that the reader stopped at; behind everything if it did not. */
+size_t checkStop(const CheckContext& context) {
+    const uint32_t section = context.trace.getStop();
+    if (section == ReadElement::kNoSection) {
+        return context.document.size();
+    }
+    const size_t tuning = context.trace.getSections()[section].element;
+    std::vector<size_t> unread;
+    for (size_t i = context.document.end(tuning); i < context.document.size();
+         i = context.document.end(i)) {
+        if (context.isNamed(i, Element::PROFILE) || context.isNamed(i, Element::PRESET) ||
+            context.isNamed(i, Element::TUNING)) {
+            unread.push_back(i);
         }
-        return bands;
     }
+    const std::string what =
+            unread.empty() ? "nothing follows"
+                           : concat(countText(unread.size(), "section", "sections"), " from line ",
+                                    context.document.line(unread.front()),
+                                    unread.size() == 1 ? " is left unread" : " are left unread");
+    context.addWhole(Rule::TUNING_WITHOUT_DATA, tuning,
+                     "has no data element, so it is dropped and the reader stops; ", what);
+    return tuning;
+}
 
-    /** The element that keeps a band from its place: one too many, or behind a comment. */
-    size_t misplacedAbove(size_t band) const {
-        size_t element = mDocument.parent(band);
-        while (mDocument.parent(element) != 0 && mDocument.elements().nodesBefore(element) < 2) {
-            element = mDocument.parent(element);
+/** Whether there is nothing in it, nor in its data. */
+bool isEmpty(const CheckContext& context, const ReadSection& section) {
+    const size_t end = context.document.end(section.element);
+    for (size_t i = section.element + 1; i < end; ++i) {
+        const ReadElement& record = context.read(i);
+        const bool isEmptyData =
+                context.document.end(i) == i + 1 && record.isEntered && record.as == As::NOTHING;
+        if (!isEmptyData && !record.is(Element::DEVICE_ID)) {
+            return false;
         }
-        return mDocument.parent(element) != 0 ? element : mDocument.parent(band);
     }
+    return section.kind != Element::DEVICE_ID;
+}
 
-    /** A preset has to have as many bands as a profile's list of the graphic equalizer. */
-    void addBandCount(size_t preset, size_t read) const {
-        const size_t container = read < 2 ? std::min(preset + 2, mDocument.end(preset) - 1)
-                                          : mContext.section(preset).sourceOf(GEQ_FREQUENCY);
-        mContext.addWhole(Rule::GEQ_BAND_COUNT, container, "has ", countText(read, "band", "bands"),
-                          ", so the preset is dropped when its profile is applied; write ",
-                          kGeqBands);
-    }
-
-    /** Whether there is nothing in it, nor in its data. */
-    bool isEmpty(const ReadSection& section) const {
-        const size_t end = mDocument.end(section.element);
-        for (size_t i = section.element + 1; i < end; ++i) {
-            const ReadElement& record = mContext.read(i);
-            const bool isEmptyData =
-                    mDocument.end(i) == i + 1 && record.isEntered && record.as == As::NOTHING;
-            if (!isEmptyData && !record.is(Element::DEVICE_ID)) {
-                return false;
-            }
-        }
-        return section.kind != Element::DEVICE_ID;
-    }
-
-    void checkSections() const {
-        for (const ReadSection& section : mContext.trace.getSections()) {
-            if (section.strays != 0 && section.kind != Element::PRESET) {
-                mContext.add(
-                        Rule::CHILDLESS, section.element,
+void checkSections(const CheckContext& context) {
+    for (const ReadSection& section : context.trace.getSections()) {
+        if (section.strays != 0 && section.kind != Element::PRESET) {
+            context.add(Rule::CHILDLESS, section.element,
                         "has no children where the reader looks for some; it takes ",
                         countText(section.strays, "element that follows", "elements that follow"),
                         " for them");
-            } else if (section.object != nullptr && isEmpty(section)) {
-                mContext.add(Rule::EMPTY_SECTION, section.element,
-                             "has nothing in it that is read");
-            }
+        } else if (section.object != nullptr && isEmpty(context, section)) {
+            context.add(Rule::EMPTY_SECTION, section.element, "has nothing in it that is read");
         }
     }
-
-    void checkStrayBands() const {
-        for (size_t i = 1; i < mDocument.size(); ++i) {
-            const ReadElement& record = mContext.read(i);
-            if (record.isStray && dynamic_cast<const BandColumnsValueSetter*>(record.setter) &&
-                record.setter->getNodeName() == mDocument.name(i)) {
-                mContext.addWhole(
-                        Rule::CHILDLESS, i,
-                        "has no bands; the reader takes itself and what follows for them");
-            }
-        }
-    }
-
-    const CheckContext& mContext;
-    const CheckDocument& mDocument;
-};
+}
 
 }  // namespace
 
 void checkStructure(const CheckContext& context) {
-    StructureCheck(context).run();
+    const size_t stop = checkStop(context);
+    for (size_t i = 1;
+         i < context.document.size() && (context.document.parent(i) != 0 || i <= stop);) {
+        i = checkElement(context, i);
+    }
+    checkSections(context);
 }
 
 }  // namespace ormel::tools
