@@ -23,7 +23,7 @@ TextFault faultOfFlag(std::string_view text) {
     return text != "true" && meansTrue(text) ? TextFault::MISSPELT : TextFault::NONE;
 }
 
-/** What an attribute holds. */
+/** What an attribute holds; told apart by address. */
 struct Holds {
     TextFault (*faultOf)(std::string_view text);
     /** What comes of an empty one, and of a missing one unless it may be missing. */
@@ -154,14 +154,12 @@ class AttributeCheck {
      * children, or since bands lie deeper.
      */
     bool isMisread(const ReadElement& record) const {
-        if (record.as != As::BAND && record.as != As::ROW) {
-            return false;
-        }
+        const bool isBand = record.as == As::BAND || record.as == As::ROW;
         const size_t parent = mContext.document.parent(mElement);
         const bool isContainer = mContext.document.end(mElement) > mElement + 1;
-        return parent == 0 || isContainer ||
-               (isOf<BandColumnsValueSetter>(record.setter) &&
-                mContext.read(parent).setter != record.setter);
+        const bool isDeeper = isOf<BandColumnsValueSetter>(record.setter) &&
+                              mContext.read(parent).setter != record.setter;
+        return isBand && (parent == 0 || isContainer || isDeeper);
     }
 
     /** How the reader reads the attributes of such elements. */

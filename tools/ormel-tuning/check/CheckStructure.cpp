@@ -81,6 +81,7 @@ void addBandCount(const CheckContext& context, size_t preset, size_t read) {
                      ", so the preset is dropped when its profile is applied; write ", kGeqBands);
 }
 
+/** The places of the elements below one that meet a condition. */
 template <typename Condition>
 std::vector<size_t> placesBelow(const CheckContext& context, size_t element, Condition condition) {
     std::vector<size_t> places;
@@ -105,6 +106,7 @@ void checkBands(const CheckContext& context, size_t preset) {
         return placesBelow(context, preset, condition);
     };
     const auto lostFirst = below([&](size_t i) { return context.isLostFirst(i); });
+    // Bands that were read and that were not, those of the other type, and what ended the bands.
     const auto valid = below([&](size_t i) { return isRead(i) && isLike(i); });
     const auto lost = below([&](size_t i) { return !isRead(i) && isLike(i); });
     const auto other = below([&](size_t i) { return has(i, otherNames[1]); });
@@ -142,6 +144,7 @@ void checkPreset(const CheckContext& context, size_t preset) {
     }
 }
 
+/** Checks an element that the reader was at. Returns the place to go on from. */
 size_t checkUsed(const CheckContext& context, size_t element, const ReadElement& parent) {
     const ReadElement& record = context.read(element);
     const bool isWrapper = record.as == As::BAND && context.document.end(element) > element + 1;
@@ -164,7 +167,7 @@ size_t checkUsed(const CheckContext& context, size_t element, const ReadElement&
     return element + 1;
 }
 
-/** The place to go on from. */
+/** Returns the place to go on from. */
 size_t checkElement(const CheckContext& context, size_t element) {
     const ReadElement& parent = context.read(context.document.parent(element));
     const bool isTop = context.document.parent(element) == 0;
