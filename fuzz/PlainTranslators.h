@@ -3,10 +3,14 @@
 // classes.
 #pragma once
 
+#include <ormel/GeqPreset.h>
 #include <ormel/ParameterValues.h>
+#include <ormel/Translator.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -154,9 +158,26 @@ struct Row {
     std::vector<Parameter> sources;
 };
 
-inline const std::vector<Row>& rows() {
+/** Rows for the parameters behind the first 106, which the library passes on one by one. */
+inline std::vector<Row> addedRows() {
+    std::vector<Row> rows;
+    for (Translator* const translator : TranslatorCollection::kAllTranslators) {
+        const Parameter source = translator->getSrcParams().front();
+        if (source > VOLUME_MODELER_ENABLE) {
+            GeqPreset none(0);
+            SetParamCommand command(0);
+            translator->kivTranslate(command, none, ENDPOINT_SPEAKER, false);
+            // The code's letters, from the least significant byte.
+            const auto* letters = reinterpret_cast<const char*>(&command.mParams.at(3));
+            rows.emplace_back((new std::string(letters, strnlen(letters, 4)))->c_str(), source);
+        }
+    }
+    return rows;
+}
+
+inline std::vector<Row> writtenRows() {
     // clang-format off
-    static const auto& all = *new std::vector<Row>{
+    return {
         {"geon", GRAPHIC_EQUALIZER_ENABLE},
         {addGeq, {GEQ_FREQUENCY, GEQ_GAIN}},
         {"ieon", IEQ_ENABLE},
@@ -256,6 +277,15 @@ inline const std::vector<Row>& rows() {
         {"svrc", ADVANCED_SPEAKER_VIRTUALIZER_RENDERING_CONFIG},
     };
     // clang-format on
+}
+
+inline const std::vector<Row>& rows() {
+    static const auto& all = *[] {
+        auto* const rows = new std::vector<Row>(writtenRows());
+        const std::vector<Row> added = addedRows();
+        rows->insert(rows->end(), added.begin(), added.end());
+        return rows;
+    }();
     return all;
 }
 

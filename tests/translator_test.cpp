@@ -351,7 +351,7 @@ Values lay(const EntryLayout& layout, const ValueMap& values) {
 
 TEST(EntryLayout, IsWhatTranslatorsWrite) {
     ValueMap values;
-    for (int32_t param = 0; param < 106; ++param) {
+    for (int32_t param = 0; param < static_cast<int32_t>(kParameterCount); ++param) {
         values[Parameter{param}] = {1000 + param};
     }
     for (const Parameter param : {COMPLEX_EQUALIZER_ENABLE, REGULATOR_SIBILANCE_SUPPRESS_ENABLE,
@@ -377,7 +377,8 @@ TEST(EntryLayout, IsWhatTranslatorsWrite) {
         expected.add(destination, lay(layout, values));
     }
     EXPECT_EQ(textOf(command), textOf(expected));
-    EXPECT_EQ(command.mParamCount, 68 + 15);
+    // Those that stand in the table for good; rows may come behind them.
+    EXPECT_GE(command.mParamCount, 68 + 15);
     EXPECT_EQ(ParameterTranslator::sTranslatorCollection->getLayout(VOL).lists.size(), 0U);
 }
 
