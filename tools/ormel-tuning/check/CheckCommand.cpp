@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -52,15 +54,6 @@ struct CheckOptions {
     bool json = false;
 };
 
-/** How many files and findings there have been. */
-struct Totals {
-    size_t files = 0;
-    size_t filesWithFindings = 0;
-    size_t errors = 0;
-    size_t warnings = 0;
-    size_t notes = 0;
-};
-
 /** The files, with the XML files in a folder and those below in its place. */
 std::vector<std::string> documentsIn(const std::vector<std::string>& names) {
     namespace fs = std::filesystem;
@@ -71,37 +64,37 @@ std::vector<std::string> documentsIn(const std::vector<std::string>& names) {
             files.push_back(name);
             continue;
         }
-        std::vector<std::string> found;
+        std::set<std::string> found;
         for (const fs::path& path : fs::recursive_directory_iterator(name)) {
             if (path.extension() == ".xml" && fs::is_regular_file(path)) {
-                found.push_back(path.string());
+                found.insert(path.string());
             }
         }
         if (found.empty()) {
             throw std::runtime_error(name + ": no *.xml in this folder");
         }
-        std::sort(found.begin(), found.end());
         files.insert(files.end(), found.begin(), found.end());
     }
     return files;
 }
 
-std::string textOf(const Finding& finding) {
-    std::string text = finding.elementName.empty() ? "" : "<" + finding.elementName + ">";
-    text += finding.attribute.empty() ? "" : " " + finding.attribute;
-    return printable(text + (text.empty() ? "" : ": ") + finding.what);
+std::string severityText(Severity severity, const Style& style) {
+    const std::string name = severityName(severity);
+    return severity == Severity::ERROR  ? style.removed(name)
+           : severity == Severity::NOTE ? style.faint(name)
+                                        : style.heading(name);
 }
 
-void printText(const std::string& file, Findings& findings, const Style& style) {
+void printText(const std::string& file, Findings& findings) {
+    const Style style;
     for (const Finding& finding : findings.sorted()) {
         const RuleRow& row = rowOf(finding.rule);
-        const std::string severity = severityName(row.severity);
+        std::string where = finding.elementName.empty() ? "" : "<" + finding.elementName + ">";
+        where += finding.attribute.empty() ? "" : " " + finding.attribute;
+        where += where.empty() ? "" : ": ";
         std::cout << printable(file) << ':' << finding.line << ": "
-                  << (row.severity == Severity::ERROR  ? style.removed(severity)
-                      : row.severity == Severity::NOTE ? style.faint(severity)
-                                                       : style.heading(severity))
-                  << ": " << textOf(finding) << ' ' << style.faint("[" + std::string(row.id) + "]")
-                  << '\n';
+                  << severityText(row.severity, style) << ": " << printable(where + finding.what)
+                  << ' ' << style.faint("[" + std::string(row.id) + "]") << '\n';
     }
     for (size_t rule = 0; rule < std::size(kRules); ++rule) {
         const size_t count = findings.countOf(static_cast<Rule>(rule));
@@ -112,25 +105,10 @@ void printText(const std::string& file, Findings& findings, const Style& style) 
     }
 }
 
-Json jsonOf(const std::string& file, Findings& findings) {
-    return {{"file", file},
-            {"errors", findings.countOf(Severity::ERROR)},
-            {"warnings", findings.countOf(Severity::WARNING)},
-            {"notes", findings.countOf(Severity::NOTE)},
-            {"findings", findings.sorted()}};
-}
-
-std::string summaryOf(const Totals& totals) {
-    return countText(totals.files, "file", "files") +
-           " checked: " + countText(totals.errors, "error", "errors") + ", " +
-           countText(totals.warnings, "warning", "warnings") + " and " +
-           countText(totals.notes, "note", "notes") + " in " +
-           countText(totals.filesWithFindings, "file", "files");
-}
-
 void explain(const CheckOptions& options) {
-    const RuleRow* const row = findRule(options.explain);
-    if (row == nullptr) {
+    const auto* const row = std::find_if(std::begin(kRules), std::end(kRules),
+                                         [&](auto& each) { return each.id == options.explain; });
+    if (row == std::end(kRules)) {
         throw std::runtime_error("there is no rule '" + options.explain + "'; see check --rules");
     }
     if (options.json) {
@@ -142,8 +120,8 @@ void explain(const CheckOptions& options) {
 }
 
 /** A list in Markdown. */
-void printRules(const CheckOptions& options) {
-    if (options.json) {
+void printRules(bool isJson) {
+    if (isJson) {
         printJson(kRules, std::cout);
         return;
     }
@@ -153,22 +131,29 @@ void printRules(const CheckOptions& options) {
     }
 }
 
-void count(const Findings& findings, Totals& totals) {
-    const size_t errors = findings.countOf(Severity::ERROR);
-    const size_t warnings = findings.countOf(Severity::WARNING);
-    const size_t notes = findings.countOf(Severity::NOTE);
-    ++totals.files;
-    totals.filesWithFindings += errors + warnings + notes == 0 ? 0 : 1;
-    totals.notes += notes;
-    totals.errors += errors;
-    totals.warnings += warnings;
-}
+/** Numbers of files and of their findings. */
+struct Totals {
+    void add(const Findings& findings) {
+        ++files;
+        filesWithFindings += findings.all().empty() ? 0 : 1;
+        errors += findings.countOf(Severity::ERROR);
+        warnings += findings.countOf(Severity::WARNING);
+        notes += findings.countOf(Severity::NOTE);
+    }
 
-Findings checkWithProgress(const std::string& file, size_t done, size_t count,
-                           const CheckSchema& schema, const std::vector<std::string>& disabled) {
-    const ProgressStep step("[" + std::to_string(done + 1) + "/" + std::to_string(count) +
-                            "] checking " + file);
-    return checkFile(file, schema, disabled);
+    size_t files = 0;
+    size_t filesWithFindings = 0;
+    size_t errors = 0;
+    size_t warnings = 0;
+    size_t notes = 0;
+};
+
+void printTotals(const Totals& totals) {
+    std::cout << countText(totals.files, "file", "files")
+              << " checked: " << countText(totals.errors, "error", "errors") << ", "
+              << countText(totals.warnings, "warning", "warnings") << " and "
+              << countText(totals.notes, "note", "notes") << " in "
+              << countText(totals.filesWithFindings, "file", "files") << '\n';
 }
 
 int checkFiles(const CheckOptions& options) {
@@ -176,20 +161,25 @@ int checkFiles(const CheckOptions& options) {
     // The last iterator to go takes libxml2's state with it, which the schema is part of.
     const TagIterator keepsLibraryUp;
     const CheckSchema schema(options.schema);
-    const Style style;
     const std::vector<std::string> files = documentsIn(options.files);
+    const std::string ofAll = "/" + std::to_string(files.size()) + "] checking ";
     Totals totals;
     Json reports = Json::array();
     bool hasFailed = false;
     for (const std::string& file : files) {
         try {
-            Findings findings =
-                    checkWithProgress(file, totals.files, files.size(), schema, options.disabled);
-            count(findings, totals);
+            std::optional<ProgressStep> step('[' + std::to_string(totals.files + 1) + ofAll + file);
+            Findings findings = checkFile(file, schema, options.disabled);
+            step.reset();
+            totals.add(findings);
             if (options.json) {
-                reports.push_back(jsonOf(file, findings));
+                reports.push_back({{"file", file},
+                                   {"errors", findings.countOf(Severity::ERROR)},
+                                   {"warnings", findings.countOf(Severity::WARNING)},
+                                   {"notes", findings.countOf(Severity::NOTE)},
+                                   {"findings", findings.sorted()}});
             } else if (!options.quiet) {
-                printText(file, findings, style);
+                printText(file, findings);
             }
         } catch (const std::runtime_error& error) {
             std::cerr << "ormel-tuning: " << printable(error.what()) << '\n';
@@ -204,7 +194,7 @@ int checkFiles(const CheckOptions& options) {
                    {"notes", totals.notes}},
                   std::cout);
     } else if (files.size() > 1 && !options.quiet) {
-        std::cout << summaryOf(totals) << '\n';
+        printTotals(totals);
     }
     const size_t failing = totals.errors + (options.failOn != "error" ? totals.warnings : 0) +
                            (options.failOn == "note" ? totals.notes : 0);
@@ -213,17 +203,15 @@ int checkFiles(const CheckOptions& options) {
 
 int run(const CheckOptions& options) {
     if (options.rules) {
-        printRules(options);
-        return 0;
-    }
-    if (!options.explain.empty()) {
+        printRules(options.json);
+    } else if (!options.explain.empty()) {
         explain(options);
-        return 0;
-    }
-    if (options.files.empty()) {
+    } else if (options.files.empty()) {
         throw std::runtime_error("check: FILE is required; see --help");
+    } else {
+        return checkFiles(options);
     }
-    return checkFiles(options);
+    return 0;
 }
 
 }  // namespace

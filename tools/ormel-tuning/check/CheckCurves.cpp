@@ -1,5 +1,5 @@
-// The bands of a document's curves: their frequencies, their lows and highs, and values that stand
-// apart; and the rows of its mix matrices.
+// Numbers against those around them: the bands of a document's curves, among themselves and with
+// other curves; the rows of its mix matrices; and what goes by an order or a count.
 #include <ormel/SpatializerParamArray.h>
 #include <ormel/TagIterator.h>
 
@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <set>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "CheckMeaning.h"
@@ -16,253 +19,292 @@ namespace ormel::tools {
 
 namespace {
 
+using Numbers = std::vector<int>;
+
 /** The bands of one section that one setter read, column by column. */
 struct Curve {
+    const Numbers& frequencies() const { return *columns.front(); }
+
     std::vector<size_t> bands;
-    std::vector<const std::vector<int>*> columns;
-
-    const std::vector<int>& frequencies() const { return *columns.front(); }
+    std::vector<const Numbers*> columns;
 };
 
-class CurveCheck {
-  public:
-    explicit CurveCheck(const CheckContext& context)
-        : mContext(context), mDocument(context.document) {}
-
-    void run() {
-        collect();
-        for (const auto& [setter, curves] : mCurves) {
-            const std::vector<int>* const usual = usualFrequencies(curves);
-            const bool isThresholds =
-                    dynamic_cast<const RegulatorTuningValueSetter*>(setter) != nullptr;
-            for (const Curve& curve : curves) {
-                if (isThresholds) {
-                    checkThresholds(curve);
-                }
-                const bool isUsual = usual == nullptr || curve.frequencies() == *usual;
-                if (!isUsual || !ascends(curve.frequencies())) {
-                    addFrequency(curve, isUsual ? nullptr : usual);
-                } else if (usual != nullptr) {
-                    checkColumns(curve, curves, isThresholds ? 3 : curve.columns.size());
-                }
-            }
+/** The curve in the element of which @p first is the first band. */
+Curve curveOf(const CheckContext& context, size_t first) {
+    const ReadElement& record = context.read(first);
+    Curve curve;
+    for (size_t i = first; i < context.document.end(context.document.parent(first));
+         i = context.document.end(i)) {
+        if (context.read(i).as == ReadElement::As::BAND) {
+            curve.bands.push_back(i);
         }
     }
+    for (const Parameter param : record.setter->getParams()) {
+        curve.columns.push_back(&context.valuesOf(record.section, param));
+    }
+    return curve;
+}
 
-  private:
-    void collect() {
-        const auto& elements = mContext.trace.getElements();
-        for (size_t i = 1; i < mDocument.size();) {
-            const ReadElement& record = elements[i];
-            const size_t container = mDocument.parent(i);
-            const size_t end = mDocument.end(container);
-            if (record.as != ReadElement::As::BAND || container == 0) {
-                ++i;
-                continue;
-            }
-            if (mContext.section(i).sourceOf(record.setter->getParam(0)) != container) {
-                i = end;
-                continue;
-            }
-            Curve curve;
-            for (; i < end; i = mDocument.end(i)) {
-                if (elements[i].as == ReadElement::As::BAND) {
-                    curve.bands.push_back(i);
-                }
-            }
-            for (size_t column = 0; column < record.setter->getParamCount(); ++column) {
-                curve.columns.push_back(
-                        &mContext.valuesOf(record.section, record.setter->getParam(column)));
-            }
-            const bool isWhole = std::all_of(
-                    curve.columns.begin(), curve.columns.end(),
-                    [&](const auto* each) { return each->size() == curve.bands.size(); });
-            if (isWhole) {
-                mCurves[record.setter].push_back(std::move(curve));
-            }
+/** The curves that are whole and count, by setter. */
+std::map<const ValueSetter*, std::vector<Curve>> curvesOf(const CheckContext& context) {
+    const CheckDocument& document = context.document;
+    std::map<const ValueSetter*, std::vector<Curve>> all;
+    for (size_t i = 1; i < document.size();) {
+        const ValueSetter* const setter = context.read(i).setter;
+        const size_t container = document.parent(i);
+        if (context.read(i).as != ReadElement::As::BAND || container == 0) {
+            ++i;
+            continue;
+        }
+        Curve curve = curveOf(context, i);
+        const auto isWhole = [&curve](const Numbers* column) {
+            return column->size() == curve.bands.size();
+        };
+        if (context.section(i).sourceOf(setter->getParam(0)) == container &&
+            std::all_of(curve.columns.begin(), curve.columns.end(), isWhole)) {
+            all[setter].push_back(std::move(curve));
+        }
+        i = document.end(container);
+    }
+    return all;
+}
+
+/** The frequencies that most curves have, if two or more have them; else null. */
+const Numbers* usualFrequencies(const std::vector<Curve>& curves) {
+    std::map<Numbers, size_t> counts;
+    for (const Curve& curve : curves) {
+        const size_t count = ++counts[curve.frequencies()];
+        if (count >= 2 && 2 * count > curves.size()) {
+            return &curve.frequencies();
         }
     }
+    return nullptr;
+}
 
-    /** The frequencies that most curves have, if two or more have them; else null. */
-    static const std::vector<int>* usualFrequencies(const std::vector<Curve>& curves) {
-        std::map<std::vector<int>, size_t> counts;
-        for (const Curve& curve : curves) {
-            const auto found = counts.try_emplace(curve.frequencies()).first;
-            if (++found->second >= 2 && 2 * found->second > curves.size()) {
-                return &curve.frequencies();
-            }
-        }
-        return nullptr;
+/** Whether the frequencies ascend and are the usual ones, if there are such. */
+bool checkFrequencies(const CheckContext& context, const Curve& curve, const Numbers* usual) {
+    const Numbers& own = curve.frequencies();
+    const auto fall = std::adjacent_find(own.begin(), own.end(), std::greater_equal<>());
+    const bool isAscending = fall == own.end();
+    const bool isUsual = usual == nullptr || own == *usual;
+    if (isUsual && isAscending) {
+        return true;
     }
-
-    static bool ascends(const std::vector<int>& frequencies) {
-        return std::adjacent_find(frequencies.begin(), frequencies.end(), std::greater_equal<>()) ==
-               frequencies.end();
-    }
-
-    /** @param usual null where the curve has no others to differ from */
-    void addFrequency(const Curve& curve, const std::vector<int>* usual) const {
-        const std::vector<int>& all = curve.frequencies();
-        const bool isAscending = ascends(all);
-        auto at =
-                usual == nullptr
-                        ? std::adjacent_find(all.begin(), all.end(), std::greater_equal<>()) + 1
-                        : std::mismatch(all.begin(), all.end(), usual->begin(), usual->end()).first;
-        const bool isShort = usual != nullptr && all.size() < usual->size();
-        const size_t place = static_cast<size_t>(at - all.begin());
-        const std::string expected =
-                usual != nullptr && place < usual->size() ? std::to_string((*usual)[place]) : "";
-        if (isShort && isAscending) {
-            mContext.add(Rule::FREQUENCY_UNLIKE, mDocument.parent(curve.bands.front()),
-                         "lacks the band of frequency " + expected + ", which the others have");
-            return;
-        }
-        const size_t band = curve.bands[std::min(place, curve.bands.size() - 1)];
-        const std::string what =
-                std::to_string(all[std::min(place, all.size() - 1)]) +
-                (isAscending ? " is unlike the others of its kind" : " is out of order") +
-                (expected.empty() ? "" : "; they have " + expected);
-        mContext.add(isAscending ? Rule::FREQUENCY_UNLIKE : Rule::FREQUENCY_ORDER, band,
-                     "frequency " + what);
-    }
-
-    void checkThresholds(const Curve& curve) const {
-        std::vector<size_t> crossed;
-        for (size_t i = 0; i < curve.bands.size(); ++i) {
-            if ((*curve.columns[1])[i] > (*curve.columns[2])[i]) {
-                crossed.push_back(curve.bands[i]);
-            }
-        }
-        if (crossed.size() == 1) {
-            mContext.add(Rule::LOW_ABOVE_HIGH, crossed.front(),
-                         "has a threshold_low above its threshold_high");
-        } else if (!crossed.empty()) {
-            mContext.add(Rule::LOW_ABOVE_HIGH, mDocument.parent(crossed.front()),
-                         "has a threshold_low above the threshold_high in " +
-                                 countText(crossed.size(), "band", "bands"));
-        }
-    }
-
-    /** Values that stand apart from their column where those of no other curve do. */
-    void checkColumns(const Curve& curve, const std::vector<Curve>& curves, size_t end) const {
-        for (size_t column = 1; column < end; ++column) {
-            const std::vector<int>& values = *curve.columns[column];
-            const size_t largest = largestOf(values);
-            for (size_t i = 0; i < values.size(); ++i) {
-                const bool isTurned = isTurnedAt(values, i);
-                if ((isTurned || (i == largest && isOutOfProportion(values, i))) &&
-                    std::none_of(curves.begin(), curves.end(), [&](const Curve& other) {
-                        return &other != &curve && other.columns[column]->size() == values.size() &&
-                               agrees(*other.columns[column], values[i], i, isTurned);
-                    })) {
-                    mContext.add(Rule::IMPLAUSIBLE, curve.bands[i],
-                                 "has " + std::to_string(values[i]) + " between " +
-                                         std::to_string(values[i == 0 ? 1 : i - 1]) + " and " +
-                                         std::to_string(values[i + 1 < values.size() ? i + 1 : 0]));
-                }
-            }
-        }
-    }
-
-    static bool agrees(const std::vector<int>& other, int value, size_t at, bool isTurned) {
-        return isTurned ? isTurnedAt(other, at) : std::abs(other[at]) >= std::abs(value);
-    }
-
-    const CheckContext& mContext;
-    const CheckDocument& mDocument;
-    std::map<const ValueSetter*, std::vector<Curve>> mCurves;
-};
-
-/** A mix matrix against the built-in one, whose blocks each begin with a row of two numbers. */
-class MatrixCheck {
-  public:
-    MatrixCheck(const CheckContext& context, size_t section, size_t source)
-        : mContext(context), mSource(source) {
-        for (size_t i = source; i < context.document.end(source); ++i) {
-            if (context.read(i).as == ReadElement::As::ROW) {
-                mRows.push_back(i);
-                const auto attributes = context.document.attributes(i);
-                std::vector<int> numbers;
-                string2IntVector(attributes.empty() ? "" : attributes.front().text, numbers);
-                mNumbers.push_back(std::move(numbers));
-            }
-        }
-        mLength = context.valuesOf(section, OUTPUT_MIX_MATRIX).size();
-    }
-
-    void run() const {
-        const auto& builtIn = SpatializerParamArray::kDefaultMixMatrix;
-        std::map<size_t, size_t> lengths;
-        for (const auto& row : mNumbers) {
-            ++lengths[row.size()];
-        }
-        const auto usual = std::max_element(
-                lengths.begin(), lengths.end(),
-                [](const auto& one, const auto& other) { return one.second < other.second; });
-        size_t head = 0;
-        size_t at = 0;
-        for (size_t i = 0; i < mRows.size(); ++i) {
-            const std::vector<int>& row = mNumbers[i];
-            const bool isOdd = row.size() != 2 && (row.size() != usual->first || beginsBlock(row));
-            if (mLength != builtIn.size() && isOdd) {
-                addLength(mRows[i], row.size(), usual->first);
-                return;
-            }
-            const bool isHead = mLength == builtIn.size() && at == head && at < builtIn.size();
-            if (isHead &&
-                (row.size() < 2 || row[0] != builtIn[head] || row[1] != builtIn[head + 1])) {
-                mContext.add(Rule::MIX_MATRIX_BLOCK, mRows[i],
-                             "stands where the built-in matrix has a row of " +
-                                     std::to_string(builtIn[head]) + ", " +
-                                     std::to_string(builtIn[head + 1]));
-                return;
-            }
-            if (isHead) {
-                head += 2 + static_cast<size_t>(builtIn[head + 1]);
-            }
-            at += row.size();
-        }
-        if (mLength != builtIn.size()) {
-            addLength(mRows.empty() ? mSource : mContext.document.parent(mRows.front()), mLength,
-                      builtIn.size());
-        }
-    }
-
-  private:
-    /** Whether a row begins like one of the built-in matrix's three rows of two. */
-    static bool beginsBlock(const std::vector<int>& row) {
-        const auto& builtIn = SpatializerParamArray::kDefaultMixMatrix;
-        for (size_t i = 0; i < builtIn.size(); i += 2 + static_cast<size_t>(builtIn[i + 1])) {
-            if (row.size() > 1 && row[0] == builtIn[i] && row[1] == builtIn[i + 1]) {
-                return true;
-            }
-        }
+    const auto at =
+            isUsual ? fall + 1
+                    : std::mismatch(own.begin(), own.end(), usual->begin(), usual->end()).first;
+    const auto place = static_cast<size_t>(at - own.begin());
+    const std::string expected =
+            isUsual || place >= usual->size() ? "" : std::to_string((*usual)[place]);
+    if (!isUsual && isAscending && own.size() < usual->size()) {
+        context.add(Rule::FREQUENCY_UNLIKE, context.document.parent(curve.bands.front()),
+                    "lacks the band of frequency " + expected + ", which the others have");
         return false;
     }
+    const size_t band = std::min(place, own.size() - 1);
+    context.add(isAscending ? Rule::FREQUENCY_UNLIKE : Rule::FREQUENCY_ORDER, curve.bands[band],
+                "frequency " + std::to_string(own[band]) +
+                        (isAscending ? " is unlike the others of its kind" : " is out of order") +
+                        (expected.empty() ? "" : "; they have " + expected));
+    return false;
+}
 
-    void addLength(size_t element, size_t length, size_t wanted) const {
-        mContext.add(Rule::MIX_MATRIX_LENGTH, element,
-                     "has " + countText(length, "number", "numbers") + " in place of " +
-                             std::to_string(wanted));
+void checkThresholds(const CheckContext& context, const Curve& curve) {
+    std::vector<size_t> crossed;
+    for (size_t i = 0; i < curve.bands.size(); ++i) {
+        if ((*curve.columns[1])[i] > (*curve.columns[2])[i]) {
+            crossed.push_back(curve.bands[i]);
+        }
     }
+    if (crossed.size() == 1) {
+        context.add(Rule::LOW_ABOVE_HIGH, crossed.front(),
+                    "has a threshold_low above its threshold_high");
+    } else if (!crossed.empty()) {
+        context.add(Rule::LOW_ABOVE_HIGH, context.document.parent(crossed.front()),
+                    "has a threshold_low above the threshold_high in " +
+                            countText(crossed.size(), "band", "bands"));
+    }
+}
 
-    const CheckContext& mContext;
-    const size_t mSource;
-    size_t mLength;
-    std::vector<size_t> mRows;
-    std::vector<std::vector<int>> mNumbers;
+/** Values that stand apart from their column where those of no other curve do. */
+void checkColumn(const CheckContext& context, const Curve& curve, size_t column,
+                 const std::vector<Curve>& curves) {
+    const Numbers& values = *curve.columns[column];
+    const size_t largest = largestOf(values);
+    for (size_t i = 0; i < values.size(); ++i) {
+        const bool isTurned = isTurnedAt(values, i);
+        const auto agrees = [&](const Curve& each) {
+            const Numbers& other = *each.columns[column];
+            return &each != &curve && other.size() == values.size() &&
+                   (isTurned ? isTurnedAt(other, i) : std::labs(other[i]) >= std::labs(values[i]));
+        };
+        if ((isTurned || (i == largest && isOutOfProportion(values, i))) &&
+            std::none_of(curves.begin(), curves.end(), agrees)) {
+            context.add(Rule::IMPLAUSIBLE, curve.bands[i],
+                        "has " + std::to_string(values[i]) + " between " +
+                                std::to_string(values[i == 0 ? 1 : i - 1]) + " and " +
+                                std::to_string(values[i + 1 < values.size() ? i + 1 : 0]));
+        }
+    }
+}
+
+void checkCurvesOf(const CheckContext& context, const ValueSetter* setter,
+                   const std::vector<Curve>& curves) {
+    const Numbers* const usual = usualFrequencies(curves);
+    const bool isRegulator = dynamic_cast<const RegulatorTuningValueSetter*>(setter) != nullptr;
+    for (const Curve& curve : curves) {
+        if (isRegulator) {
+            checkThresholds(context, curve);
+        }
+        if (!checkFrequencies(context, curve, usual) || usual == nullptr) {
+            continue;
+        }
+        const size_t end = isRegulator ? 3 : curve.columns.size();
+        for (size_t column = 1; column < end; ++column) {
+            checkColumn(context, curve, column, curves);
+        }
+    }
+}
+
+/** The rows of a mix matrix, by element. */
+using Rows = std::map<size_t, Numbers>;
+
+constexpr const auto& kBuiltIn = SpatializerParamArray::kDefaultMixMatrix;
+
+/** Where the blocks of the built-in matrix begin: a row of two, and as many as its second says. */
+std::set<size_t> blocksOfBuiltIn() {
+    std::set<size_t> places;
+    for (size_t i = 0; i < kBuiltIn.size(); i += 2 + static_cast<size_t>(kBuiltIn[i + 1])) {
+        places.insert(i);
+    }
+    return places;
+}
+
+bool beginsBlock(const Numbers& row, size_t place) {
+    return row.size() > 1 && row[0] == kBuiltIn[place] && row[1] == kBuiltIn[place + 1];
+}
+
+/** The rows of a matrix as long as the built-in one. */
+void checkBlocks(const CheckContext& context, const Rows& rows) {
+    const std::set<size_t> blocks = blocksOfBuiltIn();
+    size_t at = 0;
+    for (const auto& [element, row] : rows) {
+        if (blocks.count(at) != 0 && !beginsBlock(row, at)) {
+            context.add(Rule::MIX_MATRIX_BLOCK, element,
+                        "stands where the built-in matrix has a row of " +
+                                std::to_string(kBuiltIn[at]) + ", " +
+                                std::to_string(kBuiltIn[at + 1]));
+            return;
+        }
+        at += row.size();
+    }
+}
+
+/** Of a longer or shorter one, the row that is to blame, if there is one; else all of it. */
+void addLength(const CheckContext& context, size_t matrix, size_t length, const Rows& rows) {
+    std::map<size_t, size_t> counts;
+    for (const auto& [element, row] : rows) {
+        ++counts[row.size()];
+    }
+    const auto usual = std::max_element(counts.begin(), counts.end(), [](auto one, auto other) {
+        return one.second < other.second;
+    });
+    const std::set<size_t> blocks = blocksOfBuiltIn();
+    const auto odd = std::find_if(rows.begin(), rows.end(), [&](const auto& each) {
+        const Numbers& row = each.second;
+        const auto isBegun = [&row](size_t block) { return beginsBlock(row, block); };
+        return row.size() != 2 &&
+               (row.size() != usual->first || std::any_of(blocks.begin(), blocks.end(), isBegun));
+    });
+    const auto add = [&](size_t element, size_t count, size_t wanted) {
+        context.add(Rule::MIX_MATRIX_LENGTH, element,
+                    "has " + countText(count, "number", "numbers") + " in place of " +
+                            std::to_string(wanted));
+    };
+    if (odd != rows.end()) {
+        add(odd->first, odd->second.size(), usual->first);
+    } else {
+        add(rows.empty() ? matrix : context.document.parent(rows.begin()->first), length,
+            kBuiltIn.size());
+    }
+}
+
+void checkMatrix(const CheckContext& context, size_t matrix) {
+    const size_t length = context.valuesOf(context.read(matrix).section, OUTPUT_MIX_MATRIX).size();
+    Rows rows;
+    for (size_t i = matrix; i < context.document.end(matrix); ++i) {
+        if (context.read(i).as == ReadElement::As::ROW) {
+            const auto attributes = context.document.attributes(i);
+            string2IntVector(attributes.empty() ? "" : attributes.front().text, rows[i]);
+        }
+    }
+    if (length == kBuiltIn.size()) {
+        checkBlocks(context, rows);
+    } else {
+        addLength(context, matrix, length, rows);
+    }
+}
+
+/** With under three channels the list is made two numbers long before it is sent. */
+void checkStressAmounts(const CheckContext& context, size_t element) {
+    const size_t section = context.read(element).section;
+    const size_t count = context.valuesOf(section, REGULATOR_STRESS_AMOUNT).size();
+    const int channels = firstOr0(context.valuesOf(section, OUTPUT_CHANNELS));
+    if (count != static_cast<size_t>(std::max(channels, 2))) {
+        context.add(Rule::STRESS_AMOUNTS, element,
+                    "has " + countText(count, "number", "numbers") + " for " +
+                            countText(static_cast<size_t>(channels), "channel", "channels") +
+                            (channels < 3 ? "; two are sent" : "; they are sent as they are"));
+    }
+}
+
+/** The numbers of attributes that are read by their order alone. */
+void checkSubgains(const CheckContext& context, size_t element) {
+    std::vector<std::pair<size_t, std::string_view>> names;
+    std::set<std::string_view> stems;
+    for (const DocumentAttribute& attribute : context.document.attributes(element)) {
+        const std::string_view name = attribute.name;
+        names.emplace_back(name.size(), name);
+        stems.insert(name.substr(0, name.find_last_not_of("0123456789") + 1));
+    }
+    if (stems.size() == 1 && !std::is_sorted(names.begin(), names.end())) {
+        context.add(Rule::SUBGAIN_ORDER, element,
+                    "has its attributes out of order, and they are read as they stand");
+    }
+}
+
+void checkRange(const CheckContext& context, size_t element) {
+    const ReadElement& record = context.read(element);
+    const int low = firstOr0(context.valuesOf(record.section, record.setter->getParam(0)));
+    const int high = firstOr0(context.valuesOf(record.section, record.setter->getParam(1)));
+    if (low > high) {
+        context.add(Rule::LOW_ABOVE_HIGH, element,
+                    "goes from " + std::to_string(low) + " to " + std::to_string(high));
+    }
+}
+
+/** Parameters of tunings with numbers that go by others, and the check of their elements. */
+constexpr std::pair<Parameter, void (*)(const CheckContext&, size_t)> kChecks[] = {
+        {OUTPUT_MIX_MATRIX, checkMatrix},        {REGULATOR_STRESS_AMOUNT, checkStressAmounts},
+        {VIRTUAL_BASS_MIX_FREQ_LOW, checkRange}, {VIRTUAL_BASS_SRC_FREQ_LOW, checkRange},
+        {VIRTUAL_BASS_SUBGAINS, checkSubgains},
 };
 
 }  // namespace
 
 void checkCurves(const CheckContext& context) {
-    CurveCheck(context).run();
-    const auto& sections = context.trace.getSections();
-    for (size_t i = 0; i < sections.size(); ++i) {
-        const size_t source = sections[i].sourceOf(OUTPUT_MIX_MATRIX);
-        if (sections[i].owner == ParameterOwner::TUNING && sections[i].object != nullptr &&
-            source != ReadSection::kNoElement) {
-            MatrixCheck(context, i, source).run();
+    for (const auto& [setter, curves] : curvesOf(context)) {
+        checkCurvesOf(context, setter, curves);
+    }
+    for (const ReadSection& section : context.trace.getSections()) {
+        if (section.owner != ParameterOwner::TUNING || section.object == nullptr) {
+            continue;
+        }
+        for (const auto& [param, check] : kChecks) {
+            const size_t source = section.sourceOf(param);
+            if (source != ReadSection::kNoElement) {
+                check(context, source);
+            }
         }
     }
 }

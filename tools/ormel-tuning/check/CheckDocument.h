@@ -1,59 +1,68 @@
-// A document under check: its elements, and what is wrong with it as XML.
+// A document under check: its elements, and what is wrong with it as XML and by the schema.
 #pragma once
 
+#include <libxml/xmlschemas.h>
+
 #include <cstddef>
-#include <cstdint>
-#include <deque>
+#include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <vector>
+#include <utility>
 
 #include "CheckRules.h"
-#include "CheckSchema.h"
 #include "document/XmlElements.h"
 
 namespace ormel::tools {
 
-/** The elements of a well-formed document by their places in document order, the root's being 0. */
-class CheckDocument {
+struct SchemaDeleter {
+    void operator()(xmlSchema* schema) const { xmlSchemaFree(schema); }
+    void operator()(xmlSchemaParserCtxt* parser) const { xmlSchemaFreeParserCtxt(parser); }
+    void operator()(xmlSchemaValidCtxt* validator) const { xmlSchemaFreeValidCtxt(validator); }
+    void operator()(xmlSchemaSAXPlugStruct* plug) const { xmlSchemaSAXUnplug(plug); }
+};
+
+template <typename Handle>
+using SchemaPointer = std::unique_ptr<Handle, SchemaDeleter>;
+
+/** A schema, ready for use. */
+struct CheckSchema {
+    /** @param file path of a schema; empty for the one built in. Throws std::runtime_error. */
+    explicit CheckSchema(const std::string& file);
+
+    /** The root's name, whatever a document calls it; null where documents are held to it. */
+    const char* rootName;
+    SchemaPointer<xmlSchema> schema;
+};
+
+/** The elements of a well-formed document, and findings about them. */
+class CheckDocument : public XmlElements {
   public:
-    /**
-     * Parses a document's bytes, and has it validated meanwhile. What keeps it from being read is
-     * appended to @p findings.
-     */
-    CheckDocument(const std::string& text, SchemaValidation& validation, Findings& findings);
+    using XmlElements::XmlElements;
 
-    /** Whether it is well-formed. If it is not, there is nothing to be asked below. */
-    bool isReadable() const { return mElements.has_value() && mElements->isReadable(); }
+    const XmlElements& elements() const { return *this; }
 
-    /** The elements, whose numbers are their places. */
-    const XmlElements& elements() const { return *mElements; }
-    size_t size() const { return mElements->size(); }
-    std::string_view name(size_t element) const { return mElements->name(element); }
-    long line(size_t element) const { return mElements->line(element); }
-    /** Place of the parent; the root is its own. */
-    size_t parent(size_t element) const { return mElements->parent(element); }
-    /** Place behind the last element below. */
-    size_t end(size_t element) const { return mElements->end(element); }
     /** Whether nothing precedes it in its parent, not even whitespace. */
-    bool isFirstNode(size_t element) const { return mElements->nodesBefore(element) == 0; }
-    std::vector<DocumentAttribute> attributes(size_t element) const {
-        return mElements->attributes(element);
-    }
-    /** The text of an attribute by its local name. */
-    std::optional<std::string> attribute(size_t element, std::string_view name) const {
-        return mElements->attribute(element, name);
-    }
+    bool isFirstNode(size_t element) const { return nodesBefore(element) == 0; }
 
     /** A finding about an element or one of its attributes. */
-    Finding finding(Rule rule, size_t element, std::string what, std::string attribute = "") const;
-
-  private:
-    void findOddities(Findings& findings) const;
-
-    /** None of a file that is packed. */
-    std::optional<XmlElements> mElements;
+    Finding finding(Rule rule, size_t element, std::string what, std::string attribute = "") const {
+        return {rule,
+                line(element),
+                std::move(what),
+                element,
+                std::string(name(element)),
+                std::move(attribute)};
+    }
 };
+
+/**
+ * Parses a document's bytes, and holds it to a schema meanwhile. None if it cannot be read.
+ *
+ * @param findings gets what keeps it from being read, here or on a device
+ * @param faults   gets what it does not keep to of the schema, an element's or attribute's first
+ *                 fault each, without the element's name; the line is 0 where it is the element's
+ */
+std::optional<CheckDocument> parseForCheck(const std::string& text, const CheckSchema& schema,
+                                           Findings& findings, Findings& faults);
 
 }  // namespace ormel::tools

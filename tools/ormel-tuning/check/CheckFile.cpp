@@ -1,62 +1,241 @@
+// One document through all layers, and one finding for one mistake.
 #include "CheckFile.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
 #include <set>
 #include <utility>
-#include <vector>
 
 #include "CheckDocument.h"
 #include "CheckMeaning.h"
+#include "CheckText.h"
 #include "document/ReadTrace.h"
 
 namespace ormel::tools {
 
 namespace {
 
-/** The places that the layer of meaning has findings about, which the schema need not repeat. */
-class ReportedPlaces {
+/** The format version or what is spelt nearly so; the root where there is neither. */
+size_t formatVersionOf(const CheckDocument& document) {
+    const char* const name = rowOf(DocumentElement::FORMAT_VERSION).name;
+    size_t element = 1;
+    while (element < document.size() && nearestOf(document.name(element), {name}).empty()) {
+        element = document.end(element);
+    }
+    return element < document.size() ? element : 0;
+}
+
+/** The last element that is read as one of a kind; the root where there is none. */
+size_t lastOf(const CheckContext& context, DocumentElement kind) {
+    size_t element = context.document.size() - 1;
+    while (element != 0 && !context.read(element).is(kind)) {
+        --element;
+    }
+    return element;
+}
+
+/** Whether most includes name presets the way another format does. */
+bool includesOtherwise(const CheckContext& context) {
+    const DocumentElementRow& include = rowOf(DocumentElement::INCLUDE);
+    const bool isNamed = context.has(VersionRuleKind::IEQ_PRESETS_NAMED);
+    long balance = 0;
+    for (size_t i = 1; i < context.document.size(); ++i) {
+        if (context.document.name(i) == include.name) {
+            const char* const other = include.attributes[isNamed ? 1 : 0];
+            balance += context.document.attribute(i, other).has_value() ? 1 : -1;
+        }
+    }
+    return balance > 0;
+}
+
+/** Whether the format overwrites several elements of one name. */
+bool overwritesMany(const Findings& findings) {
+    constexpr size_t kMany = 3;
+    std::map<std::string, size_t> counts;
+    return std::any_of(findings.all().begin(), findings.all().end(), [&](const Finding& each) {
+        return each.rule == Rule::OVERWRITTEN && ++counts[each.elementName] == kMany;
+    });
+}
+
+using R = Rule;
+
+/** A bit for each rule. */
+using RuleSet = uint64_t;
+static_assert(std::size(kRules) <= 64);
+
+template <typename... Rules>
+constexpr RuleSet setOf(Rules... rules) {
+    return ((RuleSet{1} << static_cast<size_t>(rules)) | ...);
+}
+
+/** Where a mistake has its consequences. */
+enum class Scope {
+    ELEMENT,
+    /** In the same child of the root. */
+    SECTION,
+    /** Anywhere, if the mistake is in what sections are found by. */
+    DOCUMENT,
+};
+
+struct Consequence {
+    Scope scope;
+    RuleSet effects;
+    /** No effect is its own cause. */
+    RuleSet causes;
+};
+
+constexpr RuleSet kStructure =
+        setOf(R::UNKNOWN_ELEMENT, R::UNREAD_ELEMENT, R::LOST_FIRST_CHILD, R::CHILDLESS,
+              R::EMPTY_SECTION, R::TUNING_WITHOUT_DATA, R::BAND_DEPTH, R::IEQ_BAND_NAME,
+              R::INCLUDE_POSITION, R::WRONG_SECTION, R::LATE_IEQ, R::ENTITY_REFERENCE);
+constexpr RuleSet kTexts = setOf(R::UNKNOWN_ATTRIBUTE, R::MISSING_ATTRIBUTE, R::NOT_A_NUMBER,
+                                 R::OUT_OF_RANGE, R::ROW_CUT, R::SHORT_COLUMN);
+constexpr RuleSet kIds =
+        setOf(R::REPEATED_PRESET, R::REPEATED_PROFILE, R::REPEATED_ENDPOINT, R::PROFILE_ID,
+              R::UNKNOWN_PRESET, R::MISSING_PRESET, R::UNKNOWN_PRESET_TYPE, R::UNKNOWN_ENDPOINT,
+              R::OTHER_BANDS, R::GEQ_BAND_COUNT, R::GEQ_PROFILE);
+
+/** By scope. Of an element's findings only the one that says most stays anyway. */
+constexpr Consequence kConsequences[] = {
+        {Scope::ELEMENT, setOf(R::MISSING_ATTRIBUTE, R::SHORT_COLUMN, R::ROW_CUT),
+         setOf(R::UNKNOWN_ATTRIBUTE)},
+        {Scope::SECTION, setOf(R::SCHEMA, R::EMPTY_SECTION, R::FREQUENCY_UNLIKE, R::IMPLAUSIBLE),
+         kStructure},
+        {Scope::SECTION, setOf(R::ABSENT), kStructure | kTexts | kIds},
+        {Scope::SECTION, setOf(R::UNEQUAL_COLUMNS, R::MIX_MATRIX_LENGTH),
+         kStructure | kTexts | setOf(R::ROW_LENGTH, R::CHANNELS_NOT_SENT, R::ABSENT)},
+        {Scope::SECTION, setOf(R::STRESS_AMOUNTS),
+         setOf(R::CHANNELS_NOT_SENT, R::MISSING_ATTRIBUTE, R::UNKNOWN_ATTRIBUTE)},
+        {Scope::SECTION, setOf(R::INCLUDE_POSITION, R::LATE_IEQ),
+         setOf(R::LOST_FIRST_CHILD, R::LATE_IEQ)},
+        {Scope::SECTION, setOf(R::REPEATED_ENDPOINT),
+         setOf(R::UNKNOWN_ENDPOINT, R::UNKNOWN_ATTRIBUTE, R::MISSING_ATTRIBUTE)},
+        {Scope::DOCUMENT,
+         setOf(R::SCHEMA, R::UNKNOWN_ELEMENT, R::WRONG_SECTION, R::INCLUDE_POSITION,
+               R::REPEATED_VALUE, R::REPEATED_ENDPOINT, R::OVERWRITTEN, R::LATE_IEQ,
+               R::UNREAD_ELEMENT, R::UNKNOWN_ATTRIBUTE, R::ABSENT),
+         setOf(R::CHILDLESS, R::EMPTY_SECTION, R::TUNING_WITHOUT_DATA)},
+        {Scope::DOCUMENT, setOf(R::ABSENT), kStructure | kIds},
+        {Scope::DOCUMENT, setOf(R::MISSING_DEFAULT_DEVICE),
+         kStructure | setOf(R::UNKNOWN_PORT, R::UNSUPPORTED_PORT, R::REPEATED_DEVICE,
+                            R::UNKNOWN_ATTRIBUTE, R::MISSING_ATTRIBUTE, R::SCHEMA)},
+        {Scope::DOCUMENT, setOf(R::REPEATED_PRESET, R::REPEATED_PROFILE, R::MISSING_PRESET),
+         setOf(R::UNKNOWN_PRESET, R::OTHER_BANDS, R::UNKNOWN_ATTRIBUTE, R::MISSING_ATTRIBUTE,
+               R::NOT_A_NUMBER)},
+        {Scope::DOCUMENT, setOf(R::MISSING_PRESET),
+         kStructure | setOf(R::REPEATED_PRESET, R::UNKNOWN_PRESET_TYPE)},
+        {Scope::DOCUMENT, setOf(R::GEQ_PROFILE),
+         kStructure | kIds | setOf(R::MISSING_ATTRIBUTE, R::UNKNOWN_ATTRIBUTE, R::NOT_A_NUMBER)},
+        {Scope::DOCUMENT,
+         kTexts | kIds |
+                 setOf(R::OVERWRITTEN, R::SCHEMA, R::ABSENT, R::INCLUDE_POSITION, R::LATE_IEQ,
+                       R::WRONG_SECTION),
+         setOf(R::OTHER_FORMAT)},
+};
+
+/** What has been found where so far. */
+class Found {
   public:
-    ReportedPlaces(const Findings& findings, const CheckDocument& document) {
+    Found(const CheckDocument& document, const Findings& findings) : mDocument(document) {
         for (const Finding& finding : findings.all()) {
-            if (finding.element == Finding::kNoElement) {
-                continue;
-            }
-            mElements.insert(finding.element);
-            mAttributes.insert({finding.element, finding.attribute});
-            if (finding.isWhole) {
-                mSubtrees.emplace_back(finding.element, document.end(finding.element));
+            if (finding.element != Finding::kNoElement) {
+                add(finding);
             }
         }
-        std::sort(mSubtrees.begin(), mSubtrees.end());
     }
 
-    bool cover(const Finding& finding) const {
-        if (isInSubtree(finding.element)) {
-            return true;
+    /** Whether something is known of what a fault is about, or of all around it. */
+    bool covers(const Finding& fault) const {
+        const size_t element = fault.element;
+        return isInWhole(element) ||
+               (fault.attribute.empty() ? mBest.count(element) != 0
+                                        : mPlaces.count({element, ""}) != 0 ||
+                                                  mPlaces.count({element, fault.attribute}) != 0);
+    }
+
+    bool isConsequence(const Finding& finding) const {
+        if (finding.element == Finding::kNoElement) {
+            return false;
         }
-        return finding.attribute.empty()
-                       ? mElements.count(finding.element) != 0
-                       : mAttributes.count({finding.element, finding.attribute}) != 0 ||
-                                 mAttributes.count({finding.element, ""}) != 0;
+        const Weight best = mBest.at(finding.element);
+        const bool isAlike = best.first == kAttribute && weightOf(finding).first == kAttribute;
+        return (best != weightOf(finding) && !isAlike) || isInWhole(finding.element) ||
+               std::any_of(std::begin(kConsequences), std::end(kConsequences),
+                           [&](const Consequence& each) { return isEffect(finding, each); });
     }
 
   private:
-    /** Subtrees lie in each other or apart, and there are few in each other. */
-    bool isInSubtree(size_t element) const {
-        auto subtree = std::upper_bound(mSubtrees.begin(), mSubtrees.end(),
-                                        std::make_pair(element, Finding::kNoElement));
-        for (int steps = 0; subtree != mSubtrees.begin() && steps < 4; ++steps) {
-            --subtree;
-            if (subtree->first <= element && element < subtree->second) {
-                return true;
-            }
-        }
-        return false;
+    /** How much a finding says of its element, and its rule: the lowest stands for the others. */
+    using Weight = std::pair<int, Rule>;
+
+    static constexpr int kWhole = 0;
+    static constexpr int kAttribute = 1;
+
+    static Weight weightOf(const Finding& finding) {
+        const bool isVague = rowOf(finding.rule).severity == Severity::NOTE ||
+                             finding.rule == Rule::UNEQUAL_COLUMNS;
+        return {finding.isWhole              ? kWhole
+                : !finding.attribute.empty() ? kAttribute
+                : isVague                    ? 3
+                                             : 2,
+                finding.rule};
     }
 
-    std::set<size_t> mElements;
-    std::set<std::pair<size_t, std::string>> mAttributes;
-    std::vector<std::pair<size_t, size_t>> mSubtrees;
+    void add(const Finding& finding) {
+        const size_t element = finding.element;
+        for (const Scope scope : {Scope::ELEMENT, Scope::SECTION, Scope::DOCUMENT}) {
+            // What is in the wrong section is missing from another.
+            if (scope != Scope::DOCUMENT || isOfSection(element) ||
+                finding.rule == Rule::WRONG_SECTION) {
+                mRules[{scope, placeOf(scope, element)}] |= setOf(finding.rule);
+            }
+        }
+        mPlaces.insert({element, finding.attribute});
+        const auto [best, isNew] = mBest.try_emplace(element, weightOf(finding));
+        best->second = std::min(best->second, weightOf(finding));
+    }
+
+    /** Whether it is one of those that sections are found by, and no parameter. */
+    bool isOfSection(size_t element) const {
+        const size_t parent = mDocument.parent(element);
+        const auto isNamed = [name = mDocument.name(element)](const DocumentElementRow& row) {
+            return name == row.name;
+        };
+        return parent == 0 || mDocument.name(parent) == rowOf(DocumentElement::TUNING).name ||
+               std::any_of(std::begin(kDocumentElements), std::end(kDocumentElements), isNamed);
+    }
+
+    /** The element that stands for all within a scope. */
+    size_t placeOf(Scope scope, size_t element) const {
+        while (scope == Scope::SECTION && mDocument.parent(element) != 0) {
+            element = mDocument.parent(element);
+        }
+        return scope == Scope::DOCUMENT ? 0 : element;
+    }
+
+    /** Whether it lies below an element that is affected as a whole. */
+    bool isInWhole(size_t element) const {
+        bool isWhole = false;
+        while (element != 0 && !isWhole) {
+            element = mDocument.parent(element);
+            const auto best = mBest.find(element);
+            isWhole = element != 0 && best != mBest.end() && best->second.first == kWhole;
+        }
+        return isWhole;
+    }
+
+    bool isEffect(const Finding& finding, const Consequence& row) const {
+        const RuleSet effect = setOf(finding.rule);
+        const auto found = mRules.find({row.scope, placeOf(row.scope, finding.element)});
+        return (row.effects & effect) != 0 && found != mRules.end() &&
+               (found->second & row.causes & ~effect) != 0;
+    }
+
+    const CheckDocument& mDocument;
+    std::map<std::pair<Scope, size_t>, RuleSet> mRules;
+    std::set<std::pair<size_t, std::string>> mPlaces;
+    std::map<size_t, Weight> mBest;
 };
 
 void checkMeaning(const CheckDocument& document, const ReadTrace& trace, Findings& findings) {
@@ -72,32 +251,57 @@ void checkMeaning(const CheckDocument& document, const ReadTrace& trace, Finding
 
 }  // namespace
 
+void checkFormat(const CheckContext& context) {
+    const auto& sections = context.trace.getSections();
+    const size_t version = formatVersionOf(context.document);
+    if (lastOf(context, DocumentElement::FORMAT_VERSION) == 0 && !sections.empty()) {
+        context.add(Rule::OTHER_FORMAT, version, "has no format_version");
+    } else if (includesOtherwise(context) || overwritesMany(context.findings)) {
+        context.addWhole(Rule::OTHER_FORMAT, version,
+                         "is not of the format that the document is written for");
+    }
+    const auto isWithoutVirtualBass = [](const ReadSection& each) {
+        return each.owner == ParameterOwner::PROFILE_ENDPOINT &&
+               each.sourceOf(VIRTUAL_BASS_TYPE) == ReadSection::kNoElement;
+    };
+    if (!context.has(VersionRuleKind::SETTINGS_UNREAD) && !context.data.getTunings().empty() &&
+        std::any_of(sections.begin(), sections.end(), isWithoutVirtualBass)) {
+        context.add(Rule::ABSENT, lastOf(context, DocumentElement::AUTHORIZED_TECHNOLOGIES),
+                    "gives no virtual_bass_process ahead of the profiles, so 1 is sent");
+    }
+}
+
+void dropConsequences(const CheckDocument& document, Findings& findings) {
+    const Found found(document, findings);
+    findings.removeIf([&](const Finding& each) { return found.isConsequence(each); });
+}
+
 Findings checkFile(const std::string& path, const CheckSchema& schema,
                    const std::vector<std::string>& disabled) {
     const std::string text = readDocument(path);
     Findings findings;
-    SchemaValidation validation(schema);
-    const CheckDocument document(text, validation, findings);
-    if (!document.isReadable()) {
+    Findings faults;
+    const auto document = parseForCheck(text, schema, findings, faults);
+    if (!document.has_value()) {
         return findings;
     }
     try {
-        checkMeaning(document, ReadTrace(path, text, document.elements()), findings);
+        checkMeaning(*document, ReadTrace(path, text, *document), findings);
     } catch (const RefusedDocument& refused) {
         findings.add(
                 {Rule::REFUSED, refused.line, "the library gives up reading the document here"});
     }
-    const ReportedPlaces reported(findings, document);
-    for (const Finding& found : validation.findings()) {
-        if (!reported.cover(found)) {
-            Finding finding =
-                    document.finding(found.rule, found.element, found.what, found.attribute);
-            finding.line = found.line == 0 ? finding.line : found.line;
-            findings.add(std::move(finding));
+    const Found found(*document, findings);
+    for (Finding fault : faults.all()) {
+        // Other layers have better words for what they know of as well.
+        if (!found.covers(fault)) {
+            fault.elementName = document->name(fault.element);
+            fault.line = fault.line == 0 ? document->line(fault.element) : fault.line;
+            findings.add(std::move(fault));
         }
     }
     findings.removeIf([&](const Finding& each) { return contains(disabled, rowOf(each.rule).id); });
-    dropConsequences(document, findings);
+    dropConsequences(*document, findings);
     return findings;
 }
 

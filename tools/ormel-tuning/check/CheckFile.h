@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "CheckRules.h"
-#include "CheckSchema.h"
+#include "CheckDocument.h"
 
 namespace ormel::tools {
 

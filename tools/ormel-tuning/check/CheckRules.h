@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ormel::tools {
@@ -18,8 +19,11 @@ enum class Rule : size_t {
 
 enum class Severity { ERROR, WARNING, NOTE };
 
-/** "error", "warning" or "note". */
-const char* severityName(Severity severity);
+inline constexpr const char* kSeverityNames[] = {"error", "warning", "note"};
+
+inline const char* severityName(Severity severity) {
+    return kSeverityNames[static_cast<size_t>(severity)];
+}
 
 struct RuleRow {
     /** Stable: builds and documents refer to it. */
@@ -40,9 +44,6 @@ inline constexpr RuleRow kRules[] = {
 inline const RuleRow& rowOf(Rule rule) {
     return kRules[static_cast<size_t>(rule)];
 }
-
-/** The rule of an id, null for any other text. */
-const RuleRow* findRule(const std::string& id);
 
 /** One thing that is wrong with a document. */
 struct Finding {
@@ -66,10 +67,11 @@ class Findings {
   public:
     static constexpr size_t kMaxPerRule = 1000;
 
-    void add(Finding finding);
-
-    /** By line, and in the order of adding. */
-    const std::vector<Finding>& sorted();
+    void add(Finding finding) {
+        if (++mCounts[static_cast<size_t>(finding.rule)] <= kMaxPerRule) {
+            mFindings.push_back(std::move(finding));
+        }
+    }
 
     /** Takes findings back, which then do not count either. */
     template <typename Condition>
@@ -85,11 +87,24 @@ class Findings {
 
     const std::vector<Finding>& all() const { return mFindings; }
 
+    /** By line, and in the order of adding. */
+    const std::vector<Finding>& sorted() {
+        std::stable_sort(mFindings.begin(), mFindings.end(),
+                         [](const Finding& a, const Finding& b) { return a.line < b.line; });
+        return mFindings;
+    }
+
     /** Number of findings of a rule, those beyond the limit included. */
     size_t countOf(Rule rule) const { return mCounts[static_cast<size_t>(rule)]; }
 
     /** Number of findings of a severity, those beyond the limit included. */
-    size_t countOf(Severity severity) const;
+    size_t countOf(Severity severity) const {
+        size_t count = 0;
+        for (size_t rule = 0; rule < mCounts.size(); ++rule) {
+            count += kRules[rule].severity == severity ? mCounts[rule] : 0;
+        }
+        return count;
+    }
 
   private:
     std::vector<Finding> mFindings;
