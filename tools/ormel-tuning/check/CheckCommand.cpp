@@ -78,23 +78,19 @@ std::vector<std::string> documentsIn(const std::vector<std::string>& names) {
     return files;
 }
 
-std::string severityText(Severity severity, const Style& style) {
-    const std::string name = severityName(severity);
-    return severity == Severity::ERROR  ? style.removed(name)
-           : severity == Severity::NOTE ? style.faint(name)
-                                        : style.heading(name);
-}
-
-void printText(const std::string& file, Findings& findings) {
-    const Style style;
+void printText(const std::string& file, Findings& findings, const Style& style) {
     for (const Finding& finding : findings.sorted()) {
         const RuleRow& row = rowOf(finding.rule);
+        const std::string severity = severityName(row.severity);
         std::string where = finding.elementName.empty() ? "" : "<" + finding.elementName + ">";
         where += finding.attribute.empty() ? "" : " " + finding.attribute;
         where += where.empty() ? "" : ": ";
         std::cout << printable(file) << ':' << finding.line << ": "
-                  << severityText(row.severity, style) << ": " << printable(where + finding.what)
-                  << ' ' << style.faint("[" + std::string(row.id) + "]") << '\n';
+                  << (row.severity == Severity::ERROR  ? style.removed(severity)
+                      : row.severity == Severity::NOTE ? style.faint(severity)
+                                                       : style.heading(severity))
+                  << ": " << printable(where + finding.what) << ' '
+                  << style.faint("[" + std::string(row.id) + "]") << '\n';
     }
     for (size_t rule = 0; rule < std::size(kRules); ++rule) {
         const size_t count = findings.countOf(static_cast<Rule>(rule));
@@ -131,29 +127,11 @@ void printRules(bool isJson) {
     }
 }
 
-/** Numbers of files and of their findings. */
-struct Totals {
-    void add(const Findings& findings) {
-        ++files;
-        filesWithFindings += findings.all().empty() ? 0 : 1;
-        errors += findings.countOf(Severity::ERROR);
-        warnings += findings.countOf(Severity::WARNING);
-        notes += findings.countOf(Severity::NOTE);
-    }
-
-    size_t files = 0;
-    size_t filesWithFindings = 0;
-    size_t errors = 0;
-    size_t warnings = 0;
-    size_t notes = 0;
-};
-
-void printTotals(const Totals& totals) {
-    std::cout << countText(totals.files, "file", "files")
-              << " checked: " << countText(totals.errors, "error", "errors") << ", "
-              << countText(totals.warnings, "warning", "warnings") << " and "
-              << countText(totals.notes, "note", "notes") << " in "
-              << countText(totals.filesWithFindings, "file", "files") << '\n';
+/** {errors, warnings, notes}. */
+Json countsOf(const Findings& findings) {
+    return {{"errors", findings.countOf(Severity::ERROR)},
+            {"warnings", findings.countOf(Severity::WARNING)},
+            {"notes", findings.countOf(Severity::NOTE)}};
 }
 
 int checkFiles(const CheckOptions& options) {
@@ -163,41 +141,49 @@ int checkFiles(const CheckOptions& options) {
     const CheckSchema schema(options.schema);
     const std::vector<std::string> files = documentsIn(options.files);
     const std::string ofAll = "/" + std::to_string(files.size()) + "] checking ";
-    Totals totals;
+    const Style style;
+    Findings all;
+    size_t checked = 0;
+    size_t withFindings = 0;
     Json reports = Json::array();
     bool hasFailed = false;
     for (const std::string& file : files) {
         try {
-            std::optional<ProgressStep> step('[' + std::to_string(totals.files + 1) + ofAll + file);
+            std::optional<ProgressStep> step('[' + std::to_string(checked + 1) + ofAll + file);
             Findings findings = checkFile(file, schema, options.disabled);
             step.reset();
-            totals.add(findings);
+            ++checked;
+            withFindings += findings.all().empty() ? 0 : 1;
+            all.count(findings);
             if (options.json) {
-                reports.push_back({{"file", file},
-                                   {"errors", findings.countOf(Severity::ERROR)},
-                                   {"warnings", findings.countOf(Severity::WARNING)},
-                                   {"notes", findings.countOf(Severity::NOTE)},
-                                   {"findings", findings.sorted()}});
+                Json report = {{"file", file}};
+                report.update(countsOf(findings));
+                report["findings"] = findings.sorted();
+                reports.push_back(std::move(report));
             } else if (!options.quiet) {
-                printText(file, findings);
+                printText(file, findings, style);
             }
         } catch (const std::runtime_error& error) {
             std::cerr << "ormel-tuning: " << printable(error.what()) << '\n';
             hasFailed = true;
         }
     }
+    const size_t errors = all.countOf(Severity::ERROR);
+    const size_t warnings = all.countOf(Severity::WARNING);
+    const size_t notes = all.countOf(Severity::NOTE);
     if (options.json) {
-        printJson({{"files", std::move(reports)},
-                   {"checked", totals.files},
-                   {"errors", totals.errors},
-                   {"warnings", totals.warnings},
-                   {"notes", totals.notes}},
-                  std::cout);
+        Json json = {{"files", std::move(reports)}, {"checked", checked}};
+        json.update(countsOf(all));
+        printJson(json, std::cout);
     } else if (files.size() > 1 && !options.quiet) {
-        printTotals(totals);
+        std::cout << countText(checked, "file", "files")
+                  << " checked: " << countText(errors, "error", "errors") << ", "
+                  << countText(warnings, "warning", "warnings") << " and "
+                  << countText(notes, "note", "notes") << " in "
+                  << countText(withFindings, "file", "files") << '\n';
     }
-    const size_t failing = totals.errors + (options.failOn != "error" ? totals.warnings : 0) +
-                           (options.failOn == "note" ? totals.notes : 0);
+    const size_t failing = errors + (options.failOn != "error" ? warnings : 0) +
+                           (options.failOn == "note" ? notes : 0);
     return hasFailed ? kFailed : failing == 0 ? 0 : kFindings;
 }
 

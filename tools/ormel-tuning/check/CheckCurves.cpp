@@ -29,44 +29,35 @@ struct Curve {
     std::vector<const Numbers*> columns;
 };
 
-/** The curve in the element of which @p first is the first band. */
-Curve curveOf(const CheckContext& context, size_t first) {
-    const ReadElement& record = context.read(first);
-    Curve curve;
-    for (size_t i = first; i < context.document.end(context.document.parent(first));
-         i = context.document.end(i)) {
-        if (context.read(i).as == ReadElement::As::BAND) {
-            curve.bands.push_back(i);
-        }
-    }
-    for (const Parameter param : record.setter->getParams()) {
-        curve.columns.push_back(&context.valuesOf(record.section, param));
-    }
-    return curve;
-}
-
-/** The curves that are whole and count, by setter. */
-std::map<const ValueSetter*, std::vector<Curve>> curvesOf(const CheckContext& context) {
+/** The curves over a parameter's frequencies that are whole. */
+std::vector<Curve> curvesOver(const CheckContext& context, Parameter frequency) {
     const CheckDocument& document = context.document;
-    std::map<const ValueSetter*, std::vector<Curve>> all;
-    for (size_t i = 1; i < document.size();) {
-        const ValueSetter* const setter = context.read(i).setter;
-        const size_t container = document.parent(i);
-        if (context.read(i).as != ReadElement::As::BAND || container == 0) {
-            ++i;
+    std::vector<Curve> curves;
+    for (const ReadSection& section : context.trace.getSections()) {
+        const size_t container = section.sourceOf(frequency);
+        const bool isThere = container != ReadSection::kNoElement && container != 0;
+        Curve curve;
+        for (size_t i = container + 1; isThere && i < document.end(container);
+             i = document.end(i)) {
+            if (context.read(i).as == ReadElement::As::BAND) {
+                curve.bands.push_back(i);
+            }
+        }
+        if (curve.bands.empty()) {
             continue;
         }
-        Curve curve = curveOf(context, i);
-        const auto isWhole = [&curve](const Numbers* column) {
-            return column->size() == curve.bands.size();
-        };
-        if (context.section(i).sourceOf(setter->getParam(0)) == container &&
-            std::all_of(curve.columns.begin(), curve.columns.end(), isWhole)) {
-            all[setter].push_back(std::move(curve));
+        const ReadElement& band = context.read(curve.bands.front());
+        for (const Parameter param : band.setter->getParams()) {
+            curve.columns.push_back(&context.valuesOf(band.section, param));
         }
-        i = document.end(container);
+        const auto isWhole = [size = curve.bands.size()](auto* each) {
+            return each->size() == size;
+        };
+        if (std::all_of(curve.columns.begin(), curve.columns.end(), isWhole)) {
+            curves.push_back(std::move(curve));
+        }
     }
-    return all;
+    return curves;
 }
 
 /** The frequencies that most curves have, if two or more have them; else null. */
@@ -148,18 +139,16 @@ void checkColumn(const CheckContext& context, const Curve& curve, size_t column,
     }
 }
 
-void checkCurvesOf(const CheckContext& context, const ValueSetter* setter,
-                   const std::vector<Curve>& curves) {
+void checkCurvesOver(const CheckContext& context, Parameter frequency) {
+    const std::vector<Curve> curves = curvesOver(context, frequency);
     const Numbers* const usual = usualFrequencies(curves);
-    const bool isRegulator = dynamic_cast<const RegulatorTuningValueSetter*>(setter) != nullptr;
+    const bool isRegulator = frequency == REGULATOR_FREQUENCY;
     for (const Curve& curve : curves) {
         if (isRegulator) {
             checkThresholds(context, curve);
         }
-        if (!checkFrequencies(context, curve, usual) || usual == nullptr) {
-            continue;
-        }
-        const size_t end = isRegulator ? 3 : curve.columns.size();
+        const bool isComparable = checkFrequencies(context, curve, usual) && usual != nullptr;
+        const size_t end = !isComparable ? 0 : isRegulator ? 3 : curve.columns.size();
         for (size_t column = 1; column < end; ++column) {
             checkColumn(context, curve, column, curves);
         }
@@ -171,36 +160,27 @@ using Rows = std::map<size_t, Numbers>;
 
 constexpr const auto& kBuiltIn = SpatializerParamArray::kDefaultMixMatrix;
 
-/** Where the blocks of the built-in matrix begin: a row of two, and as many as its second says. */
-std::set<size_t> blocksOfBuiltIn() {
-    std::set<size_t> places;
-    for (size_t i = 0; i < kBuiltIn.size(); i += 2 + static_cast<size_t>(kBuiltIn[i + 1])) {
-        places.insert(i);
-    }
-    return places;
-}
-
-bool beginsBlock(const Numbers& row, size_t place) {
-    return row.size() > 1 && row[0] == kBuiltIn[place] && row[1] == kBuiltIn[place + 1];
-}
-
-/** The rows of a matrix as long as the built-in one. */
+/** A matrix as long as the built-in one, whose blocks begin with a row of two that counts them. */
 void checkBlocks(const CheckContext& context, const Rows& rows) {
-    const std::set<size_t> blocks = blocksOfBuiltIn();
+    size_t block = 0;
     size_t at = 0;
     for (const auto& [element, row] : rows) {
-        if (blocks.count(at) != 0 && !beginsBlock(row, at)) {
-            context.add(Rule::MIX_MATRIX_BLOCK, element,
-                        "stands where the built-in matrix has a row of " +
-                                std::to_string(kBuiltIn[at]) + ", " +
-                                std::to_string(kBuiltIn[at + 1]));
-            return;
+        if (at == block && block < kBuiltIn.size()) {
+            const int first = kBuiltIn[block];
+            const int count = kBuiltIn[block + 1];
+            if (row.size() < 2 || row[0] != first || row[1] != count) {
+                context.add(Rule::MIX_MATRIX_BLOCK, element,
+                            "stands where the built-in matrix has a row of " +
+                                    std::to_string(first) + ", " + std::to_string(count));
+                return;
+            }
+            block += 2 + static_cast<size_t>(count);
         }
         at += row.size();
     }
 }
 
-/** Of a longer or shorter one, the row that is to blame, if there is one; else all of it. */
+/** A matrix of another length, or its row that is neither one of two nor like most others. */
 void addLength(const CheckContext& context, size_t matrix, size_t length, const Rows& rows) {
     std::map<size_t, size_t> counts;
     for (const auto& [element, row] : rows) {
@@ -209,24 +189,20 @@ void addLength(const CheckContext& context, size_t matrix, size_t length, const 
     const auto usual = std::max_element(counts.begin(), counts.end(), [](auto one, auto other) {
         return one.second < other.second;
     });
-    const std::set<size_t> blocks = blocksOfBuiltIn();
-    const auto odd = std::find_if(rows.begin(), rows.end(), [&](const auto& each) {
-        const Numbers& row = each.second;
-        const auto isBegun = [&row](size_t block) { return beginsBlock(row, block); };
-        return row.size() != 2 &&
-               (row.size() != usual->first || std::any_of(blocks.begin(), blocks.end(), isBegun));
+    const auto odd = std::find_if(rows.begin(), rows.end(), [usual](const auto& each) {
+        return each.second.size() != 2 && each.second.size() != usual->first;
     });
-    const auto add = [&](size_t element, size_t count, size_t wanted) {
-        context.add(Rule::MIX_MATRIX_LENGTH, element,
-                    "has " + countText(count, "number", "numbers") + " in place of " +
-                            std::to_string(wanted));
-    };
+    size_t wanted = kBuiltIn.size();
     if (odd != rows.end()) {
-        add(odd->first, odd->second.size(), usual->first);
-    } else {
-        add(rows.empty() ? matrix : context.document.parent(rows.begin()->first), length,
-            kBuiltIn.size());
+        matrix = odd->first;
+        length = odd->second.size();
+        wanted = usual->first;
+    } else if (!rows.empty()) {
+        matrix = context.document.parent(rows.begin()->first);
     }
+    context.add(Rule::MIX_MATRIX_LENGTH, matrix,
+                "has " + countText(length, "number", "numbers") + " in place of " +
+                        std::to_string(wanted));
 }
 
 void checkMatrix(const CheckContext& context, size_t matrix) {
@@ -293,8 +269,9 @@ constexpr std::pair<Parameter, void (*)(const CheckContext&, size_t)> kChecks[] 
 }  // namespace
 
 void checkCurves(const CheckContext& context) {
-    for (const auto& [setter, curves] : curvesOf(context)) {
-        checkCurvesOf(context, setter, curves);
+    for (const Parameter frequency :
+         {AUDIO_OPTIMIZER_FREQUENCY, GEQ_FREQUENCY, IEQ_FREQUENCY, REGULATOR_FREQUENCY}) {
+        checkCurvesOver(context, frequency);
     }
     for (const ReadSection& section : context.trace.getSections()) {
         if (section.owner != ParameterOwner::TUNING || section.object == nullptr) {

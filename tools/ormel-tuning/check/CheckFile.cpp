@@ -155,14 +155,10 @@ class Found {
     }
 
     bool isConsequence(const Finding& finding) const {
-        if (finding.element == Finding::kNoElement) {
-            return false;
-        }
-        const Weight best = mBest.at(finding.element);
-        const bool isAlike = best.first == kAttribute && weightOf(finding).first == kAttribute;
-        return (best != weightOf(finding) && !isAlike) || isInWhole(finding.element) ||
-               std::any_of(std::begin(kConsequences), std::end(kConsequences),
-                           [&](const Consequence& each) { return isEffect(finding, each); });
+        return finding.element != Finding::kNoElement &&
+               (mBest.at(finding.element) != weightOf(finding) || isInWhole(finding.element) ||
+                std::any_of(std::begin(kConsequences), std::end(kConsequences),
+                            [&](const Consequence& each) { return isEffect(finding, each); }));
     }
 
   private:
@@ -170,16 +166,18 @@ class Found {
     using Weight = std::pair<int, Rule>;
 
     static constexpr int kWhole = 0;
-    static constexpr int kAttribute = 1;
 
     static Weight weightOf(const Finding& finding) {
+        if (finding.isWhole) {
+            return {kWhole, finding.rule};
+        }
+        // Attributes do not stand for one another.
+        if (!finding.attribute.empty()) {
+            return {1, Rule{}};
+        }
         const bool isVague = rowOf(finding.rule).severity == Severity::NOTE ||
                              finding.rule == Rule::UNEQUAL_COLUMNS;
-        return {finding.isWhole              ? kWhole
-                : !finding.attribute.empty() ? kAttribute
-                : isVague                    ? 3
-                                             : 2,
-                finding.rule};
+        return {isVague ? 3 : 2, finding.rule};
     }
 
     void add(const Finding& finding) {
@@ -238,17 +236,6 @@ class Found {
     std::map<size_t, Weight> mBest;
 };
 
-void checkMeaning(const CheckDocument& document, const ReadTrace& trace, Findings& findings) {
-    const DeviceData& data = trace.getDocument();
-    const CheckContext context = {document, trace, data, data.getFormatVersion(), findings};
-    checkStructure(context);
-    checkAttributes(context);
-    checkObjects(context);
-    checkSisters(context);
-    checkCurves(context);
-    checkFormat(context);
-}
-
 }  // namespace
 
 void checkFormat(const CheckContext& context) {
@@ -286,7 +273,13 @@ Findings checkFile(const std::string& path, const CheckSchema& schema,
         return findings;
     }
     try {
-        checkMeaning(*document, ReadTrace(path, text, *document), findings);
+        const ReadTrace trace(path, text, *document);
+        const DeviceData& data = trace.getDocument();
+        const CheckContext context = {*document, trace, data, data.getFormatVersion(), findings};
+        for (const auto check : {checkStructure, checkAttributes, checkObjects, checkSisters,
+                                 checkCurves, checkFormat}) {
+            check(context);
+        }
     } catch (const RefusedDocument& refused) {
         findings.add(
                 {Rule::REFUSED, refused.line, "the library gives up reading the document here"});

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -76,13 +77,19 @@ class Findings {
     /** Takes findings back, which then do not count either. */
     template <typename Condition>
     void removeIf(Condition condition) {
-        const auto end =
-                std::stable_partition(mFindings.begin(), mFindings.end(),
-                                      [&](const Finding& each) { return !condition(each); });
-        for (auto finding = end; finding != mFindings.end(); ++finding) {
-            --mCounts[static_cast<size_t>(finding->rule)];
-        }
-        mFindings.erase(end, mFindings.end());
+        const auto isRemoved = [&](const Finding& each) {
+            const bool isMet = condition(each);
+            mCounts[static_cast<size_t>(each.rule)] -= isMet ? 1 : 0;
+            return isMet;
+        };
+        mFindings.erase(std::remove_if(mFindings.begin(), mFindings.end(), isRemoved),
+                        mFindings.end());
+    }
+
+    /** Counts those of another document as well. */
+    void count(const Findings& others) {
+        std::transform(mCounts.begin(), mCounts.end(), others.mCounts.begin(), mCounts.begin(),
+                       std::plus<>());
     }
 
     const std::vector<Finding>& all() const { return mFindings; }

@@ -70,18 +70,17 @@ const char* outcomeOfLacking(std::string_view name) {
 }
 
 void addLacking(const CheckContext& context, const ReadSection& section,
-                const std::vector<std::string>& names) {
+                std::vector<std::string> names) {
     constexpr size_t kMost = 3;
-    std::string what = joined({names.begin(), names.begin() + std::min(names.size(), kMost)}, ", ");
-    if (names.size() > kMost) {
-        what += " and " + std::to_string(names.size() - kMost) + " more";
-    }
+    const size_t others = names.size() - std::min(names.size(), kMost);
+    names.resize(names.size() - others);
     // What a tuning lacks, its data lacks.
     const size_t part = section.sources.empty() ? section.element : section.sources.back().second;
     const bool isInData = section.owner == ParameterOwner::TUNING && part != section.element;
     context.add(Rule::ABSENT, isInData ? context.document.parent(part) : section.element,
-                "lacks " + what + ", which all others of its kind have; " +
-                        outcomeOfLacking(names.front()));
+                "lacks " + joined(names, ", ") +
+                        (others == 0 ? "" : " and " + std::to_string(others) + " more") +
+                        ", which all others of its kind have; " + outcomeOfLacking(names.front()));
 }
 
 /** The smallest and the largest of the values but one, whatever their signs. */
@@ -190,18 +189,18 @@ void checkSisters(const CheckContext& context) {
     constexpr size_t kMinOwners = 2;
     constexpr size_t kMinValues = 4;
     const auto& sections = context.trace.getSections();
-    std::map<ParameterOwner, std::vector<size_t>> sisters;
-    for (size_t i = 0; i < sections.size(); ++i) {
-        if (sections[i].object != nullptr) {
-            sisters[sections[i].owner].push_back(i);
-        }
-    }
     std::map<size_t, std::vector<std::string>> lacking;
     for (const auto& [key, part] : partsOf(context)) {
-        const std::vector<size_t>& all = sisters[key.first];
-        if (part.size() >= kMinOwners && part.size() + 1 == all.size()) {
-            const auto isWithout = [&part](size_t section) { return part.count(section) == 0; };
-            lacking[*std::find_if(all.begin(), all.end(), isWithout)].emplace_back(key.second);
+        const auto isSister = [owner = key.first](const ReadSection& each) {
+            return each.owner == owner && each.object != nullptr;
+        };
+        const auto sisters = std::count_if(sections.begin(), sections.end(), isSister);
+        if (part.size() >= kMinOwners && part.size() + 1 == static_cast<size_t>(sisters)) {
+            size_t section = 0;
+            while (!isSister(sections[section]) || part.count(section) != 0) {
+                ++section;
+            }
+            lacking[section].emplace_back(key.second);
         }
         const ValueSetter* const setter = context.read(part.begin()->second).setter;
         if (part.size() >= kMinValues && setter != nullptr && !hasBands(setter)) {

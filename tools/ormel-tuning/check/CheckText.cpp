@@ -14,9 +14,6 @@ namespace ormel::tools {
 
 namespace {
 
-/** Where a row's numbers end. */
-constexpr std::string_view kSeparators = ", \t\n\v\f\r";
-
 /** Length of the number that a text begins with, sign included; 0 if it begins with none. */
 size_t numberLength(std::string_view text) {
     const bool isSigned = !text.empty() && (text.front() == '+' || text.front() == '-');
@@ -49,8 +46,7 @@ std::string likeness(std::string_view text) {
     return like;
 }
 
-/** Letters to put in, leave out or replace, or neighbours to exchange, to get one text from
- * another. */
+/** Letters to add, leave out, replace or exchange with the next to get one text from another. */
 size_t editDistance(std::string_view one, std::string_view other) {
     std::vector<size_t> older;
     std::vector<size_t> last(other.size() + 1);
@@ -75,16 +71,15 @@ std::string nearestOf(std::string_view text, const std::vector<std::string>& nam
     constexpr size_t kLongest = 64;
     const std::string like = likeness(text.substr(0, kLongest));
     std::string nearest;
-    size_t best = like.size() / 4 + (like.size() < 3 ? 0 : 1);
+    size_t limit = like.size() / 4 + (like.size() < 3 ? 1 : 2);
     for (const std::string& name : names) {
-        const size_t longer = std::max(name.size(), like.size());
-        if (longer - std::min(name.size(), like.size()) > best) {
-            continue;
-        }
-        const size_t distance = editDistance(like, likeness(name));
-        if (distance < best || (distance == best && nearest.empty())) {
+        // No distance is below the difference in length.
+        const auto [shorter, longer] = std::minmax({name.size(), like.size()});
+        const size_t distance =
+                longer - shorter < limit ? editDistance(like, likeness(name)) : limit;
+        if (distance < limit) {
             nearest = name;
-            best = distance;
+            limit = distance;
         }
     }
     return nearest;
@@ -122,28 +117,27 @@ TextFault faultOfSwitch(std::string_view text) {
 }
 
 RowFault faultOfRow(std::string_view text) {
+    constexpr std::string_view kSeparators = ", \t\n\v\f\r";
     std::vector<int> numbers;
     string2IntVector(text, numbers);
-    std::string_view rest = text;
-    for (size_t i = 0; i < numbers.size(); ++i) {
-        rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
-        rest.remove_prefix(numberLength(rest));
-        const bool isParted = !rest.empty() && (rest.front() == ',' || rest.front() == ' ');
-        rest.remove_prefix(isParted ? 1 : 0);
-    }
-    rest = trimmed(rest);
-    if (trimmed(text).empty()) {
+    std::string_view rest = trimmed(text);
+    if (rest.empty()) {
         return {TextFault::EMPTY, 0, ""};
+    }
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        rest.remove_prefix(numberLength(rest));
+        const bool isParted = !rest.empty() && rest.front() == ',';
+        rest = trimmed(rest.substr(isParted ? 1 : 0));
     }
     if (rest.find_first_not_of(kSeparators) == std::string_view::npos) {
         return {TextFault::NONE, numbers.size(), ""};
     }
     const size_t length = numberLength(rest);
-    if (length != 0) {
-        return {TextFault::OUT_OF_RANGE, numbers.size(), std::string(rest.substr(0, length))};
-    }
     const size_t end = std::max(rest.find_first_of(kSeparators), size_t{1});
-    return {TextFault::NOT_A_NUMBER, numbers.size(), std::string(rest.substr(0, end))};
+    return length != 0 ? RowFault{TextFault::OUT_OF_RANGE, numbers.size(),
+                                  std::string(rest.substr(0, length))}
+                       : RowFault{TextFault::NOT_A_NUMBER, numbers.size(),
+                                  std::string(rest.substr(0, end))};
 }
 
 }  // namespace ormel::tools
