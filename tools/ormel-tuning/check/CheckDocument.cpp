@@ -79,10 +79,12 @@ XmlPointer<xmlDoc> parseEmbedded() {
 class SchemaValidation {
   public:
     SchemaValidation(const CheckSchema& schema, Findings& faults)
-        : mFaults(faults), mValidator(xmlSchemaNewValidCtxt(schema.schema.get())) {
+        : mFaults(faults),
+          mValidator(xmlSchemaNewValidCtxt(schema.schema.get()), xmlSchemaFreeValidCtxt) {
         xmlSchemaSetValidStructuredErrors(mValidator.get(), takeError, this);
         mListener.rootName = schema.rootName;
-        mPlug.reset(xmlSchemaSAXPlug(mValidator.get(), &mListener.handlers, &mListener.context));
+        mPlug.reset(xmlSchemaSAXPlug(mValidator.get(), &mListener.handlers, &mListener.context),
+                    xmlSchemaSAXUnplug);
     }
 
     /** Gets what the parser comes across. */
@@ -107,8 +109,8 @@ class SchemaValidation {
     Findings& mFaults;
     std::set<std::pair<size_t, std::string>> mFaulty;
     XmlListener mListener;
-    const SchemaPointer<xmlSchemaValidCtxt> mValidator;
-    SchemaPointer<xmlSchemaSAXPlugStruct> mPlug;
+    const std::shared_ptr<xmlSchemaValidCtxt> mValidator;
+    std::shared_ptr<xmlSchemaSAXPlugStruct> mPlug;
 };
 
 /** Adds what is not read everywhere. */
@@ -131,10 +133,11 @@ CheckSchema::CheckSchema(const std::string& file)
     : rootName(file.empty() ? "device_tuning_data" : nullptr) {
     const XmlPointer<xmlDoc> embedded = file.empty() ? parseEmbedded() : nullptr;
     const XmlErrorScope errors;
-    const SchemaPointer<xmlSchemaParserCtxt> parser(
+    const std::shared_ptr<xmlSchemaParserCtxt> parser(
             file.empty() ? xmlSchemaNewDocParserCtxt(embedded.get())
-                         : xmlSchemaNewParserCtxt(file.c_str()));
-    schema.reset(xmlSchemaParse(parser.get()));
+                         : xmlSchemaNewParserCtxt(file.c_str()),
+            xmlSchemaFreeParserCtxt);
+    schema.reset(xmlSchemaParse(parser.get()), xmlSchemaFree);
     if (schema == nullptr) {
         throw std::runtime_error((file.empty() ? "the schema built in" : file) +
                                  (errors.first().empty() ? ": no schema" : errors.first()));

@@ -14,16 +14,6 @@
 
 namespace ormel::tools {
 
-struct SchemaDeleter {
-    void operator()(xmlSchema* schema) const { xmlSchemaFree(schema); }
-    void operator()(xmlSchemaParserCtxt* parser) const { xmlSchemaFreeParserCtxt(parser); }
-    void operator()(xmlSchemaValidCtxt* validator) const { xmlSchemaFreeValidCtxt(validator); }
-    void operator()(xmlSchemaSAXPlugStruct* plug) const { xmlSchemaSAXUnplug(plug); }
-};
-
-template <typename Handle>
-using SchemaPointer = std::unique_ptr<Handle, SchemaDeleter>;
-
 /** A schema, ready for use. */
 struct CheckSchema {
     /** @param file path of a schema; empty for the one built in. Throws std::runtime_error. */
@@ -31,7 +21,7 @@ struct CheckSchema {
 
     /** The root's name, whatever a document calls it; null where documents are held to it. */
     const char* rootName;
-    SchemaPointer<xmlSchema> schema;
+    std::shared_ptr<xmlSchema> schema;
 };
 
 /** The elements of a well-formed document, and findings about them. */

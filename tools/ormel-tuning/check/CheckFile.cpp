@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
-#include <set>
 #include <utility>
 
 #include "CheckDocument.h"
@@ -139,19 +138,19 @@ class Found {
   public:
     Found(const CheckDocument& document, const Findings& findings) : mDocument(document) {
         for (const Finding& finding : findings.all()) {
-            if (finding.element != Finding::kNoElement) {
-                add(finding);
+            const size_t element = finding.element;
+            if (element == Finding::kNoElement) {
+                continue;
             }
+            mRules[{Scope::ELEMENT, element}] |= setOf(finding.rule);
+            mRules[{Scope::SECTION, sectionOf(element)}] |= setOf(finding.rule);
+            // What is in the wrong section is missing from another.
+            if (isOfSection(element) || finding.rule == Rule::WRONG_SECTION) {
+                mRules[{Scope::DOCUMENT, 0}] |= setOf(finding.rule);
+            }
+            const auto best = mBest.try_emplace(element, weightOf(finding)).first;
+            best->second = std::min(best->second, weightOf(finding));
         }
-    }
-
-    /** Whether something is known of what a fault is about, or of all around it. */
-    bool covers(const Finding& fault) const {
-        const size_t element = fault.element;
-        return isInWhole(element) ||
-               (fault.attribute.empty() ? mBest.count(element) != 0
-                                        : mPlaces.count({element, ""}) != 0 ||
-                                                  mPlaces.count({element, fault.attribute}) != 0);
     }
 
     bool isConsequence(const Finding& finding) const {
@@ -159,6 +158,17 @@ class Found {
                (mBest.at(finding.element) != weightOf(finding) || isInWhole(finding.element) ||
                 std::any_of(std::begin(kConsequences), std::end(kConsequences),
                             [&](const Consequence& each) { return isEffect(finding, each); }));
+    }
+
+    /** Whether it lies below an element that is affected as a whole. */
+    bool isInWhole(size_t element) const {
+        bool isWhole = false;
+        while (element != 0 && !isWhole) {
+            element = mDocument.parent(element);
+            const auto best = mBest.find(element);
+            isWhole = element != 0 && best != mBest.end() && best->second.first == kWhole;
+        }
+        return isWhole;
     }
 
   private:
@@ -180,20 +190,6 @@ class Found {
         return {isVague ? 3 : 2, finding.rule};
     }
 
-    void add(const Finding& finding) {
-        const size_t element = finding.element;
-        for (const Scope scope : {Scope::ELEMENT, Scope::SECTION, Scope::DOCUMENT}) {
-            // What is in the wrong section is missing from another.
-            if (scope != Scope::DOCUMENT || isOfSection(element) ||
-                finding.rule == Rule::WRONG_SECTION) {
-                mRules[{scope, placeOf(scope, element)}] |= setOf(finding.rule);
-            }
-        }
-        mPlaces.insert({element, finding.attribute});
-        const auto [best, isNew] = mBest.try_emplace(element, weightOf(finding));
-        best->second = std::min(best->second, weightOf(finding));
-    }
-
     /** Whether it is one of those that sections are found by, and no parameter. */
     bool isOfSection(size_t element) const {
         const size_t parent = mDocument.parent(element);
@@ -204,37 +200,46 @@ class Found {
                std::any_of(std::begin(kDocumentElements), std::end(kDocumentElements), isNamed);
     }
 
-    /** The element that stands for all within a scope. */
-    size_t placeOf(Scope scope, size_t element) const {
-        while (scope == Scope::SECTION && mDocument.parent(element) != 0) {
+    size_t sectionOf(size_t element) const {
+        while (mDocument.parent(element) != 0) {
             element = mDocument.parent(element);
         }
-        return scope == Scope::DOCUMENT ? 0 : element;
-    }
-
-    /** Whether it lies below an element that is affected as a whole. */
-    bool isInWhole(size_t element) const {
-        bool isWhole = false;
-        while (element != 0 && !isWhole) {
-            element = mDocument.parent(element);
-            const auto best = mBest.find(element);
-            isWhole = element != 0 && best != mBest.end() && best->second.first == kWhole;
-        }
-        return isWhole;
+        return element;
     }
 
     bool isEffect(const Finding& finding, const Consequence& row) const {
         const RuleSet effect = setOf(finding.rule);
-        const auto found = mRules.find({row.scope, placeOf(row.scope, finding.element)});
+        const size_t place = row.scope == Scope::ELEMENT   ? finding.element
+                             : row.scope == Scope::SECTION ? sectionOf(finding.element)
+                                                           : 0;
+        const auto found = mRules.find({row.scope, place});
         return (row.effects & effect) != 0 && found != mRules.end() &&
                (found->second & row.causes & ~effect) != 0;
     }
 
     const CheckDocument& mDocument;
     std::map<std::pair<Scope, size_t>, RuleSet> mRules;
-    std::set<std::pair<size_t, std::string>> mPlaces;
     std::map<size_t, Weight> mBest;
 };
+
+/** Adds what the schema has against places that no other layer, with better words, knows of. */
+void addFaults(const CheckDocument& document, Findings& faults, Findings& findings) {
+    const Found found(document, findings);
+    faults.removeIf([&](const Finding& fault) {
+        const auto covers = [&fault](const Finding& each) {
+            return each.element == fault.element &&
+                   (each.attribute.empty() || fault.attribute.empty() ||
+                    each.attribute == fault.attribute);
+        };
+        return found.isInWhole(fault.element) ||
+               std::any_of(findings.all().begin(), findings.all().end(), covers);
+    });
+    for (Finding fault : faults.all()) {
+        fault.elementName = document.name(fault.element);
+        fault.line = fault.line == 0 ? document.line(fault.element) : fault.line;
+        findings.add(std::move(fault));
+    }
+}
 
 }  // namespace
 
@@ -284,15 +289,7 @@ Findings checkFile(const std::string& path, const CheckSchema& schema,
         findings.add(
                 {Rule::REFUSED, refused.line, "the library gives up reading the document here"});
     }
-    const Found found(*document, findings);
-    for (Finding fault : faults.all()) {
-        // Other layers have better words for what they know of as well.
-        if (!found.covers(fault)) {
-            fault.elementName = document->name(fault.element);
-            fault.line = fault.line == 0 ? document->line(fault.element) : fault.line;
-            findings.add(std::move(fault));
-        }
-    }
+    addFaults(*document, faults, findings);
     findings.removeIf([&](const Finding& each) { return contains(disabled, rowOf(each.rule).id); });
     dropConsequences(*document, findings);
     return findings;

@@ -1,8 +1,13 @@
-// Sections of a document against the others of their kind: what one lacks that all others have,
-// rows of another length, and values that stand apart.
+// What stands apart from its like: sections that lack what the others of their kind have, rows of
+// another length, values and bands unlike those around them and those in their place elsewhere;
+// and numbers that go by an order, a count or the built-in mix matrix.
+#include <ormel/SpatializerParamArray.h>
+#include <ormel/TagIterator.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
+#include <functional>
 #include <map>
 #include <set>
 #include <string_view>
@@ -15,6 +20,29 @@
 namespace ormel::tools {
 
 namespace {
+
+using Numbers = std::vector<int>;
+
+/** The smallest and the largest of the values but one, whatever their signs. */
+std::pair<long, long> amountsBut(const Numbers& values, size_t at) {
+    long smallest = LONG_MAX;
+    long largest = 0;
+    for (size_t i = 0; i < values.size(); ++i) {
+        smallest = i == at ? smallest : std::min(smallest, std::labs(values[i]));
+        largest = i == at ? largest : std::max(largest, std::labs(values[i]));
+    }
+    return {smallest, largest};
+}
+
+/** Whether a value would lie among others that all have the other sign if it had that as well. */
+bool hasTurnedSign(const Numbers& values, size_t at, long least) {
+    const auto isAlike = [&](int value) { return (value > 0) == (values[at] > 0); };
+    const auto [smallest, largest] = amountsBut(values, at);
+    const long amount = std::labs(values[at]);
+    return std::count_if(values.begin(), values.end(), isAlike) == 1 &&
+           std::min(amount, smallest) >= least && 3 * amount >= 2 * smallest &&
+           2 * amount <= 3 * largest && largest <= 3 * smallest;
+}
 
 constexpr std::string_view kGeqPreset = "preset type=\"geq\" of its id";
 
@@ -83,37 +111,16 @@ void addLacking(const CheckContext& context, const ReadSection& section,
                         ", which all others of its kind have; " + outcomeOfLacking(names.front()));
 }
 
-/** The smallest and the largest of the values but one, whatever their signs. */
-std::pair<long, long> amountsBut(const std::vector<int>& values, size_t at) {
-    long smallest = LONG_MAX;
-    long largest = 0;
-    for (size_t i = 0; i < values.size(); ++i) {
-        smallest = i == at ? smallest : std::min(smallest, std::labs(values[i]));
-        largest = i == at ? largest : std::max(largest, std::labs(values[i]));
-    }
-    return {smallest, largest};
-}
-
-/** Whether a value would lie among others that all have the other sign if it had that as well. */
-bool hasTurnedSign(const std::vector<int>& values, size_t at, long least) {
-    const auto isAlike = [&](int value) { return (value > 0) == (values[at] > 0); };
-    const auto [smallest, largest] = amountsBut(values, at);
-    const long amount = std::labs(values[at]);
-    return std::count_if(values.begin(), values.end(), isAlike) == 1 &&
-           std::min(amount, smallest) >= least && 3 * amount >= 2 * smallest &&
-           2 * amount <= 3 * largest && largest <= 3 * smallest;
-}
-
 /** What one section has of a parameter. */
 struct Row {
     size_t element;
-    const std::vector<int>& values;
+    const Numbers& values;
 };
 
 /** The numbers of rows that are equally long, each against those in its place. */
 void checkPlaces(const CheckContext& context, const std::vector<Row>& rows) {
     const size_t length = rows.front().values.size();
-    std::vector<int> values(rows.size());
+    Numbers values(rows.size());
     for (size_t place = 0; place < length; ++place) {
         std::transform(rows.begin(), rows.end(), values.begin(),
                        [place](const Row& row) { return row.values[place]; });
@@ -155,26 +162,265 @@ void checkRows(const CheckContext& context, const Part& part, Parameter param) {
     }
 }
 
-bool hasBands(const ValueSetter* setter) {
-    return dynamic_cast<const BandColumnsValueSetter*>(setter) != nullptr ||
-           dynamic_cast<const PresetBandsValueSetter*>(setter) != nullptr ||
-           dynamic_cast<const MixMatrixValueSetter*>(setter) != nullptr;
+/** The bands of one section that one setter read, column by column. */
+struct Curve {
+    const Numbers& frequencies() const { return *columns.front(); }
+
+    std::vector<size_t> bands;
+    std::vector<const Numbers*> columns;
+};
+
+/** The curves over a parameter's frequencies that are whole. */
+std::vector<Curve> curvesOver(const CheckContext& context, Parameter frequency) {
+    const CheckDocument& document = context.document;
+    std::vector<Curve> curves;
+    for (const ReadSection& section : context.trace.getSections()) {
+        const size_t container = section.sourceOf(frequency);
+        const bool isThere = container != ReadSection::kNoElement && container != 0;
+        Curve curve;
+        for (size_t i = container + 1; isThere && i < document.end(container);
+             i = document.end(i)) {
+            if (context.read(i).as == ReadElement::As::BAND) {
+                curve.bands.push_back(i);
+            }
+        }
+        if (curve.bands.empty()) {
+            continue;
+        }
+        const ReadElement& band = context.read(curve.bands.front());
+        for (const Parameter param : band.setter->getParams()) {
+            curve.columns.push_back(&context.valuesOf(band.section, param));
+        }
+        const auto isWhole = [size = curve.bands.size()](auto* each) {
+            return each->size() == size;
+        };
+        if (std::all_of(curve.columns.begin(), curve.columns.end(), isWhole)) {
+            curves.push_back(std::move(curve));
+        }
+    }
+    return curves;
 }
+
+/** The frequencies that most curves have, if two or more have them; else null. */
+const Numbers* usualFrequencies(const std::vector<Curve>& curves) {
+    std::map<Numbers, size_t> counts;
+    for (const Curve& curve : curves) {
+        const size_t count = ++counts[curve.frequencies()];
+        if (count >= 2 && 2 * count > curves.size()) {
+            return &curve.frequencies();
+        }
+    }
+    return nullptr;
+}
+
+/** Whether the frequencies ascend and are the usual ones, if there are such. */
+bool checkFrequencies(const CheckContext& context, const Curve& curve, const Numbers* usual) {
+    const Numbers& own = curve.frequencies();
+    const auto fall = std::adjacent_find(own.begin(), own.end(), std::greater_equal<>());
+    const bool isAscending = fall == own.end();
+    const bool isUsual = usual == nullptr || own == *usual;
+    if (isUsual && isAscending) {
+        return true;
+    }
+    const auto at =
+            isUsual ? fall + 1
+                    : std::mismatch(own.begin(), own.end(), usual->begin(), usual->end()).first;
+    const auto place = static_cast<size_t>(at - own.begin());
+    const std::string expected =
+            isUsual || place >= usual->size() ? "" : std::to_string((*usual)[place]);
+    if (!isUsual && isAscending && own.size() < usual->size()) {
+        context.add(Rule::FREQUENCY_UNLIKE, context.document.parent(curve.bands.front()),
+                    "lacks the band of frequency " + expected + ", which the others have");
+        return false;
+    }
+    const size_t band = std::min(place, own.size() - 1);
+    context.add(isAscending ? Rule::FREQUENCY_UNLIKE : Rule::FREQUENCY_ORDER, curve.bands[band],
+                "frequency " + std::to_string(own[band]) +
+                        (isAscending ? " is unlike the others of its kind" : " is out of order") +
+                        (expected.empty() ? "" : "; they have " + expected));
+    return false;
+}
+
+void checkThresholds(const CheckContext& context, const Curve& curve) {
+    std::vector<size_t> crossed;
+    for (size_t i = 0; i < curve.bands.size(); ++i) {
+        if ((*curve.columns[1])[i] > (*curve.columns[2])[i]) {
+            crossed.push_back(curve.bands[i]);
+        }
+    }
+    if (!crossed.empty()) {
+        const bool isOne = crossed.size() == 1;
+        context.add(Rule::LOW_ABOVE_HIGH,
+                    isOne ? crossed.front() : context.document.parent(crossed.front()),
+                    isOne ? "has a threshold_low above its threshold_high"
+                          : "has a threshold_low above the threshold_high in " +
+                                    countText(crossed.size(), "band", "bands"));
+    }
+}
+
+/** Values that stand apart from their column where those of no other curve do. */
+void checkColumn(const CheckContext& context, const Curve& curve, size_t column,
+                 const std::vector<Curve>& curves) {
+    const Numbers& values = *curve.columns[column];
+    const size_t largest = largestOf(values);
+    for (size_t i = 0; i < values.size(); ++i) {
+        const bool isTurned = isTurnedAt(values, i);
+        const auto agrees = [&](const Curve& each) {
+            const Numbers& other = *each.columns[column];
+            return &each != &curve && other.size() == values.size() &&
+                   (isTurned ? isTurnedAt(other, i) : std::labs(other[i]) >= std::labs(values[i]));
+        };
+        if ((isTurned || (i == largest && isOutOfProportion(values, i))) &&
+            std::none_of(curves.begin(), curves.end(), agrees)) {
+            context.add(Rule::IMPLAUSIBLE, curve.bands[i],
+                        "has " + std::to_string(values[i]) + " between " +
+                                std::to_string(values[i == 0 ? 1 : i - 1]) + " and " +
+                                std::to_string(values[i + 1 < values.size() ? i + 1 : 0]));
+        }
+    }
+}
+
+void checkCurvesOver(const CheckContext& context, Parameter frequency) {
+    const std::vector<Curve> curves = curvesOver(context, frequency);
+    const Numbers* const usual = usualFrequencies(curves);
+    const bool isRegulator = frequency == REGULATOR_FREQUENCY;
+    for (const Curve& curve : curves) {
+        if (isRegulator) {
+            checkThresholds(context, curve);
+        }
+        const bool isComparable = checkFrequencies(context, curve, usual) && usual != nullptr;
+        const size_t end = !isComparable ? 0 : isRegulator ? 3 : curve.columns.size();
+        for (size_t column = 1; column < end; ++column) {
+            checkColumn(context, curve, column, curves);
+        }
+    }
+}
+
+/** The rows of a mix matrix, by element. */
+using Rows = std::map<size_t, Numbers>;
+
+constexpr const auto& kBuiltIn = SpatializerParamArray::kDefaultMixMatrix;
+
+/** A matrix as long as the built-in one, whose blocks begin with a row of two that counts them. */
+void checkBlocks(const CheckContext& context, const Rows& rows) {
+    size_t block = 0;
+    size_t at = 0;
+    for (const auto& [element, row] : rows) {
+        if (at == block && block < kBuiltIn.size()) {
+            const int first = kBuiltIn[block];
+            const int count = kBuiltIn[block + 1];
+            if (row.size() < 2 || row[0] != first || row[1] != count) {
+                context.add(Rule::MIX_MATRIX_BLOCK, element,
+                            "stands where the built-in matrix has a row of " +
+                                    std::to_string(first) + ", " + std::to_string(count));
+                return;
+            }
+            block += 2 + static_cast<size_t>(count);
+        }
+        at += row.size();
+    }
+}
+
+/** A matrix of another length, or its row that is neither one of two nor like most others. */
+void addLength(const CheckContext& context, size_t matrix, size_t length, const Rows& rows) {
+    std::map<size_t, size_t> counts;
+    for (const auto& [element, row] : rows) {
+        ++counts[row.size()];
+    }
+    const auto usual = std::max_element(counts.begin(), counts.end(), [](auto one, auto other) {
+        return one.second < other.second;
+    });
+    const auto odd = std::find_if(rows.begin(), rows.end(), [usual](const auto& each) {
+        return each.second.size() != 2 && each.second.size() != usual->first;
+    });
+    size_t wanted = kBuiltIn.size();
+    if (odd != rows.end()) {
+        matrix = odd->first;
+        length = odd->second.size();
+        wanted = usual->first;
+    } else if (!rows.empty()) {
+        matrix = context.document.parent(rows.begin()->first);
+    }
+    context.add(Rule::MIX_MATRIX_LENGTH, matrix,
+                "has " + countText(length, "number", "numbers") + " in place of " +
+                        std::to_string(wanted));
+}
+
+void checkMatrix(const CheckContext& context, size_t matrix) {
+    const size_t length = context.valuesOf(context.read(matrix).section, OUTPUT_MIX_MATRIX).size();
+    Rows rows;
+    for (size_t i = matrix; i < context.document.end(matrix); ++i) {
+        if (context.read(i).as == ReadElement::As::ROW) {
+            const auto attributes = context.document.attributes(i);
+            string2IntVector(attributes.empty() ? "" : attributes.front().text, rows[i]);
+        }
+    }
+    if (length == kBuiltIn.size()) {
+        checkBlocks(context, rows);
+    } else {
+        addLength(context, matrix, length, rows);
+    }
+}
+
+/** With under three channels the list is made two numbers long before it is sent. */
+void checkStressAmounts(const CheckContext& context, size_t element) {
+    const size_t section = context.read(element).section;
+    const size_t count = context.valuesOf(section, REGULATOR_STRESS_AMOUNT).size();
+    const int channels = firstOr0(context.valuesOf(section, OUTPUT_CHANNELS));
+    if (count != static_cast<size_t>(std::max(channels, 2))) {
+        context.add(Rule::STRESS_AMOUNTS, element,
+                    "has " + countText(count, "number", "numbers") + " for " +
+                            countText(static_cast<size_t>(channels), "channel", "channels") +
+                            (channels < 3 ? "; two are sent" : "; they are sent as they are"));
+    }
+}
+
+/** The numbers of attributes that are read by their order alone. */
+void checkSubgains(const CheckContext& context, size_t element) {
+    std::vector<std::pair<size_t, std::string_view>> names;
+    std::set<std::string_view> stems;
+    for (const DocumentAttribute& attribute : context.document.attributes(element)) {
+        const std::string_view name = attribute.name;
+        names.emplace_back(name.size(), name);
+        stems.insert(name.substr(0, name.find_last_not_of("0123456789") + 1));
+    }
+    if (stems.size() == 1 && !std::is_sorted(names.begin(), names.end())) {
+        context.add(Rule::SUBGAIN_ORDER, element,
+                    "has its attributes out of order, and they are read as they stand");
+    }
+}
+
+void checkRange(const CheckContext& context, size_t element) {
+    const ReadElement& record = context.read(element);
+    const int low = firstOr0(context.valuesOf(record.section, record.setter->getParam(0)));
+    const int high = firstOr0(context.valuesOf(record.section, record.setter->getParam(1)));
+    if (low > high) {
+        context.add(Rule::LOW_ABOVE_HIGH, element,
+                    "goes from " + std::to_string(low) + " to " + std::to_string(high));
+    }
+}
+
+/** Parameters of tunings with numbers that go by others, and the check of their elements. */
+constexpr std::pair<Parameter, void (*)(const CheckContext&, size_t)> kChecks[] = {
+        {OUTPUT_MIX_MATRIX, checkMatrix},        {REGULATOR_STRESS_AMOUNT, checkStressAmounts},
+        {VIRTUAL_BASS_MIX_FREQ_LOW, checkRange}, {VIRTUAL_BASS_SRC_FREQ_LOW, checkRange},
+        {VIRTUAL_BASS_SUBGAINS, checkSubgains},
+};
 
 }  // namespace
 
-size_t largestOf(const std::vector<int>& values) {
+size_t largestOf(const Numbers& values) {
     const auto isSmaller = [](long one, long other) { return std::labs(one) < std::labs(other); };
     return static_cast<size_t>(std::max_element(values.begin(), values.end(), isSmaller) -
                                values.begin());
 }
 
-bool isOutOfProportion(const std::vector<int>& values, size_t at, long least) {
+bool isOutOfProportion(const Numbers& values, size_t at, long least) {
     const long largest = std::max(amountsBut(values, at).second, 1L);
     return std::labs(values[at]) >= least && std::labs(values[at]) > 5 * largest;
 }
 
-bool isTurnedAt(const std::vector<int>& values, size_t at) {
+bool isTurnedAt(const Numbers& values, size_t at) {
     constexpr int kLeast = 20;
     const auto isOpposite = [&](size_t i) {
         return i >= values.size() ||
@@ -203,7 +449,9 @@ void checkSisters(const CheckContext& context) {
             lacking[section].emplace_back(key.second);
         }
         const ValueSetter* const setter = context.read(part.begin()->second).setter;
-        if (part.size() >= kMinValues && setter != nullptr && !hasBands(setter)) {
+        const bool hasRows = dynamic_cast<const BandColumnsValueSetter*>(setter) == nullptr &&
+                             dynamic_cast<const MixMatrixValueSetter*>(setter) == nullptr;
+        if (part.size() >= kMinValues && setter != nullptr && hasRows) {
             for (const Parameter param : setter->getParams()) {
                 checkRows(context, part, param);
             }
@@ -211,6 +459,24 @@ void checkSisters(const CheckContext& context) {
     }
     for (const auto& [section, names] : lacking) {
         addLacking(context, sections[section], names);
+    }
+}
+
+void checkCurves(const CheckContext& context) {
+    for (const Parameter frequency :
+         {AUDIO_OPTIMIZER_FREQUENCY, GEQ_FREQUENCY, IEQ_FREQUENCY, REGULATOR_FREQUENCY}) {
+        checkCurvesOver(context, frequency);
+    }
+    for (const ReadSection& section : context.trace.getSections()) {
+        if (section.owner != ParameterOwner::TUNING || section.object == nullptr) {
+            continue;
+        }
+        for (const auto& [param, check] : kChecks) {
+            const size_t source = section.sourceOf(param);
+            if (source != ReadSection::kNoElement) {
+                check(context, source);
+            }
+        }
     }
 }
 
