@@ -36,12 +36,11 @@ size_t lastOf(const CheckContext& context, DocumentElement kind) {
 
 /** Whether most includes name presets the way another format does. */
 bool includesOtherwise(const CheckContext& context) {
-    const DocumentElementRow& include = rowOf(DocumentElement::INCLUDE);
     const bool isNamed = context.has(VersionRuleKind::IEQ_PRESETS_NAMED);
+    const char* const other = rowOf(DocumentElement::INCLUDE).attributes[isNamed ? 1 : 0];
     long balance = 0;
     for (size_t i = 1; i < context.document.size(); ++i) {
-        if (context.document.name(i) == include.name) {
-            const char* const other = include.attributes[isNamed ? 1 : 0];
+        if (context.isNamed(i, DocumentElement::INCLUDE)) {
             balance += context.document.attribute(i, other).has_value() ? 1 : -1;
         }
     }

@@ -105,10 +105,9 @@ void addLacking(const CheckContext& context, const ReadSection& section,
     // What a tuning lacks, its data lacks.
     const size_t part = section.sources.empty() ? section.element : section.sources.back().second;
     const bool isInData = section.owner == ParameterOwner::TUNING && part != section.element;
-    context.add(Rule::ABSENT, isInData ? context.document.parent(part) : section.element,
-                "lacks " + joined(names, ", ") +
-                        (others == 0 ? "" : " and " + std::to_string(others) + " more") +
-                        ", which all others of its kind have; " + outcomeOfLacking(names.front()));
+    context.add(Rule::ABSENT, isInData ? context.document.parent(part) : section.element, "lacks ",
+                joined(names, ", "), others == 0 ? "" : concat(" and ", others, " more"),
+                ", which all others of its kind have; ", outcomeOfLacking(names.front()));
 }
 
 /** What one section has of a parameter. */
@@ -132,9 +131,8 @@ void checkPlaces(const CheckContext& context, const std::vector<Row>& rows) {
             const bool isSure = length == 1 || (isInner && isTurnedAt(rows[i].values, place));
             if (hasTurnedSign(values, i, isSure ? 20 : 100) ||
                 isOutOfProportion(values, i, length == 1 ? 20 : 100)) {
-                context.add(Rule::IMPLAUSIBLE, rows[i].element,
-                            "has " + std::to_string(*found) + " where others have " +
-                                    std::to_string(values[i == 0 ? 1 : 0]) + " or so");
+                context.add(Rule::IMPLAUSIBLE, rows[i].element, "has ", *found,
+                            " where others have ", values[i == 0 ? 1 : 0], " or so");
                 return;
             }
         }
@@ -156,9 +154,9 @@ void checkRows(const CheckContext& context, const Part& part, Parameter param) {
         checkPlaces(context, rows);
     } else if (elementsByLength.size() == 2 && rare->second.size() == 1 &&
                param != REGULATOR_STRESS_AMOUNT) {
-        context.add(Rule::ROW_LENGTH, rare->second.front(),
-                    "has " + countText(rare->first, "number", "numbers") +
-                            ", and all others of its name have " + std::to_string(usual->first));
+        context.add(Rule::ROW_LENGTH, rare->second.front(), "has ",
+                    countText(rare->first, "number", "numbers"),
+                    ", and all others of its name have ", usual->first);
     }
 }
 
@@ -226,18 +224,17 @@ bool checkFrequencies(const CheckContext& context, const Curve& curve, const Num
             isUsual ? fall + 1
                     : std::mismatch(own.begin(), own.end(), usual->begin(), usual->end()).first;
     const auto place = static_cast<size_t>(at - own.begin());
-    const std::string expected =
-            isUsual || place >= usual->size() ? "" : std::to_string((*usual)[place]);
-    if (!isUsual && isAscending && own.size() < usual->size()) {
+    const bool isExpected = !isUsual && place < usual->size();
+    if (isExpected && isAscending && own.size() < usual->size()) {
         context.add(Rule::FREQUENCY_UNLIKE, context.document.parent(curve.bands.front()),
-                    "lacks the band of frequency " + expected + ", which the others have");
+                    "lacks the band of frequency ", (*usual)[place], ", which the others have");
         return false;
     }
     const size_t band = std::min(place, own.size() - 1);
     context.add(isAscending ? Rule::FREQUENCY_UNLIKE : Rule::FREQUENCY_ORDER, curve.bands[band],
-                "frequency " + std::to_string(own[band]) +
-                        (isAscending ? " is unlike the others of its kind" : " is out of order") +
-                        (expected.empty() ? "" : "; they have " + expected));
+                "frequency ", own[band],
+                isAscending ? " is unlike the others of its kind" : " is out of order",
+                isExpected ? concat("; they have ", (*usual)[place]) : "");
     return false;
 }
 
@@ -272,10 +269,9 @@ void checkColumn(const CheckContext& context, const Curve& curve, size_t column,
         };
         if ((isTurned || (i == largest && isOutOfProportion(values, i))) &&
             std::none_of(curves.begin(), curves.end(), agrees)) {
-            context.add(Rule::IMPLAUSIBLE, curve.bands[i],
-                        "has " + std::to_string(values[i]) + " between " +
-                                std::to_string(values[i == 0 ? 1 : i - 1]) + " and " +
-                                std::to_string(values[i + 1 < values.size() ? i + 1 : 0]));
+            context.add(Rule::IMPLAUSIBLE, curve.bands[i], "has ", values[i], " between ",
+                        values[i == 0 ? 1 : i - 1], " and ",
+                        values[i + 1 < values.size() ? i + 1 : 0]);
         }
     }
 }
@@ -311,8 +307,7 @@ void checkBlocks(const CheckContext& context, const Rows& rows) {
             const int count = kBuiltIn[block + 1];
             if (row.size() < 2 || row[0] != first || row[1] != count) {
                 context.add(Rule::MIX_MATRIX_BLOCK, element,
-                            "stands where the built-in matrix has a row of " +
-                                    std::to_string(first) + ", " + std::to_string(count));
+                            "stands where the built-in matrix has a row of ", first, ", ", count);
                 return;
             }
             block += 2 + static_cast<size_t>(count);
@@ -341,9 +336,8 @@ void addLength(const CheckContext& context, size_t matrix, size_t length, const 
     } else if (!rows.empty()) {
         matrix = context.document.parent(rows.begin()->first);
     }
-    context.add(Rule::MIX_MATRIX_LENGTH, matrix,
-                "has " + countText(length, "number", "numbers") + " in place of " +
-                        std::to_string(wanted));
+    context.add(Rule::MIX_MATRIX_LENGTH, matrix, "has ", countText(length, "number", "numbers"),
+                " in place of ", wanted);
 }
 
 void checkMatrix(const CheckContext& context, size_t matrix) {
@@ -368,10 +362,9 @@ void checkStressAmounts(const CheckContext& context, size_t element) {
     const size_t count = context.valuesOf(section, REGULATOR_STRESS_AMOUNT).size();
     const int channels = firstOr0(context.valuesOf(section, OUTPUT_CHANNELS));
     if (count != static_cast<size_t>(std::max(channels, 2))) {
-        context.add(Rule::STRESS_AMOUNTS, element,
-                    "has " + countText(count, "number", "numbers") + " for " +
-                            countText(static_cast<size_t>(channels), "channel", "channels") +
-                            (channels < 3 ? "; two are sent" : "; they are sent as they are"));
+        context.add(Rule::STRESS_AMOUNTS, element, "has ", countText(count, "number", "numbers"),
+                    " for ", countText(static_cast<size_t>(channels), "channel", "channels"),
+                    channels < 3 ? "; two are sent" : "; they are sent as they are");
     }
 }
 
@@ -395,8 +388,7 @@ void checkRange(const CheckContext& context, size_t element) {
     const int low = firstOr0(context.valuesOf(record.section, record.setter->getParam(0)));
     const int high = firstOr0(context.valuesOf(record.section, record.setter->getParam(1)));
     if (low > high) {
-        context.add(Rule::LOW_ABOVE_HIGH, element,
-                    "goes from " + std::to_string(low) + " to " + std::to_string(high));
+        context.add(Rule::LOW_ABOVE_HIGH, element, "goes from ", low, " to ", high);
     }
 }
 
