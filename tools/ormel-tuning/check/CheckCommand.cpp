@@ -149,7 +149,8 @@ int checkFiles(const CheckOptions& options) {
     bool hasFailed = false;
     for (const std::string& file : files) {
         try {
-            std::optional<ProgressStep> step('[' + std::to_string(checked + 1) + ofAll + file);
+            std::optional<ProgressStep> step(
+                    joined({"[", std::to_string(checked + 1), ofAll, file}, ""));
             Findings findings = checkFile(file, schema, options.disabled);
             step.reset();
             ++checked;

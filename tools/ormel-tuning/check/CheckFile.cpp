@@ -192,11 +192,9 @@ class Found {
     /** Whether it is one of those that sections are found by, and no parameter. */
     bool isOfSection(size_t element) const {
         const size_t parent = mDocument.parent(element);
-        const auto isNamed = [name = mDocument.name(element)](const DocumentElementRow& row) {
-            return name == row.name;
-        };
         return parent == 0 || mDocument.name(parent) == rowOf(DocumentElement::TUNING).name ||
-               std::any_of(std::begin(kDocumentElements), std::end(kDocumentElements), isNamed);
+               std::any_of(std::begin(kDocumentElements), std::end(kDocumentElements),
+                           [&](const auto& row) { return mDocument.name(element) == row.name; });
     }
 
     size_t sectionOf(size_t element) const {

@@ -47,7 +47,7 @@ bool hasTurnedSign(const Numbers& values, size_t at, long least) {
 constexpr std::string_view kGeqPreset = "preset type=\"geq\" of its id";
 
 /** The sections that have a part, and the last element of each that gives it. */
-using Part = std::map<size_t, size_t>;
+using Part = std::map<const ReadSection*, size_t>;
 
 /** By class of section and name: elements in it, endpoints of a profile, and kGeqPreset. */
 using Parts = std::map<std::pair<ParameterOwner, std::string_view>, Part>;
@@ -61,11 +61,10 @@ Parts partsOf(const CheckContext& context) {
     Parts parts;
     const auto add = [&](size_t section, std::string_view name, size_t element) {
         if (section != ReadElement::kNoSection && sections[section].object != nullptr) {
-            parts[{sections[section].owner, name}][section] = element;
+            parts[{sections[section].owner, name}][&sections[section]] = element;
         }
     };
-    for (size_t i = 0; i < sections.size(); ++i) {
-        const ReadSection& section = sections[i];
+    for (const ReadSection& section : sections) {
         if (section.object == nullptr) {
             continue;
         }
@@ -75,16 +74,15 @@ Parts partsOf(const CheckContext& context) {
         } else if (section.owner == ParameterOwner::PROFILE) {
             const auto* const profile = static_cast<const Profile*>(section.object);
             if (geqPresets.count(profile->getProfileId()) != 0) {
-                add(i, kGeqPreset, section.element);
+                parts[{section.owner, kGeqPreset}][&section] = section.element;
             }
         }
     }
     for (size_t i = 1; i < context.document.size(); ++i) {
-        const ReadElement& record = context.read(i);
-        if (record.as == ReadElement::As::PARAMETER) {
-            add(record.section, context.document.name(i), i);
-        } else if (record.is(DocumentElement::INCLUDE)) {
-            add(context.read(context.document.parent(i)).section, context.document.name(i), i);
+        const bool isInclude = context.read(i).is(DocumentElement::INCLUDE);
+        if (isInclude || context.read(i).as == ReadElement::As::PARAMETER) {
+            const size_t owner = isInclude ? context.document.parent(i) : i;
+            add(context.read(owner).section, context.document.name(i), i);
         }
     }
     return parts;
@@ -144,7 +142,7 @@ void checkRows(const CheckContext& context, const Part& part, Parameter param) {
     std::vector<Row> rows;
     std::map<size_t, std::vector<size_t>> elementsByLength;
     for (const auto& [section, element] : part) {
-        rows.push_back({element, context.valuesOf(section, param)});
+        rows.push_back({element, context.valuesOf(*section, param)});
         elementsByLength[rows.back().values.size()].push_back(element);
     }
     const auto [rare, usual] = std::minmax_element(
@@ -427,18 +425,18 @@ void checkSisters(const CheckContext& context) {
     constexpr size_t kMinOwners = 2;
     constexpr size_t kMinValues = 4;
     const auto& sections = context.trace.getSections();
-    std::map<size_t, std::vector<std::string>> lacking;
+    std::map<const ReadSection*, std::vector<std::string>> lacking;
     for (const auto& [key, part] : partsOf(context)) {
         const auto isSister = [owner = key.first](const ReadSection& each) {
             return each.owner == owner && each.object != nullptr;
         };
         const auto sisters = std::count_if(sections.begin(), sections.end(), isSister);
         if (part.size() >= kMinOwners && part.size() + 1 == static_cast<size_t>(sisters)) {
-            size_t section = 0;
-            while (!isSister(sections[section]) || part.count(section) != 0) {
+            auto section = sections.begin();
+            while (!isSister(*section) || part.count(&*section) != 0) {
                 ++section;
             }
-            lacking[section].emplace_back(key.second);
+            lacking[&*section].emplace_back(key.second);
         }
         const ValueSetter* const setter = context.read(part.begin()->second).setter;
         const bool hasRows = dynamic_cast<const BandColumnsValueSetter*>(setter) == nullptr &&
@@ -450,7 +448,7 @@ void checkSisters(const CheckContext& context) {
         }
     }
     for (const auto& [section, names] : lacking) {
-        addLacking(context, sections[section], names);
+        addLacking(context, *section, names);
     }
 }
 

@@ -133,11 +133,9 @@ RowFault faultOfRow(std::string_view text) {
         return {TextFault::NONE, numbers.size(), ""};
     }
     const size_t length = numberLength(rest);
-    const size_t end = std::max(rest.find_first_of(kSeparators), size_t{1});
-    return length != 0 ? RowFault{TextFault::OUT_OF_RANGE, numbers.size(),
-                                  std::string(rest.substr(0, length))}
-                       : RowFault{TextFault::NOT_A_NUMBER, numbers.size(),
-                                  std::string(rest.substr(0, end))};
+    const size_t end = length != 0 ? length : std::max(rest.find_first_of(kSeparators), size_t{1});
+    return {length != 0 ? TextFault::OUT_OF_RANGE : TextFault::NOT_A_NUMBER, numbers.size(),
+            std::string(rest.substr(0, end))};
 }
 
 }  // namespace ormel::tools
