@@ -1,11 +1,7 @@
 #include "Names.h"
 
-#include <ormel/KivParameter.h>
-
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -55,8 +51,7 @@ size_t indexOf(const std::string& name, const std::string& kind,
 
 OrmSpatializerProfileId profileOf(const std::string& text) {
     const std::optional<int32_t> number = wholeNumber(text);
-    return number.has_value() ? *number
-                              : static_cast<int32_t>(indexOf(text, "profile", profileNames()));
+    return number ? *number : static_cast<int32_t>(indexOf(text, "profile", profileNames()));
 }
 
 Port portOf(const std::string& text) {
@@ -64,18 +59,21 @@ Port portOf(const std::string& text) {
 }
 
 int32_t deviceOf(const std::string& text) {
-    if (const std::optional<int32_t> number = wholeNumber(text); number.has_value()) {
-        return *number;
-    }
-    return kDeviceNames[indexOf(withoutBlanks(text), "device", deviceNames())].first;
+    const std::optional<int32_t> number = wholeNumber(text);
+    return number ? *number
+                  : kDeviceNames[indexOf(withoutBlanks(text), "device", deviceNames())].first;
+}
+
+std::optional<KivParameter> paramOf(int32_t code) {
+    const auto* const begin = std::begin(kKivParameterCodes);
+    const auto* const found = std::find(begin, std::end(kKivParameterCodes), code);
+    return found == std::end(kKivParameterCodes) ? std::nullopt
+                                                 : std::optional(KivParameter(found - begin));
 }
 
 int32_t codeOf(const std::string& letters) {
     const int32_t code = kivCodeOfName(letters);
-    const bool isKnown =
-            std::any_of(std::begin(kKivParameterNames), std::end(kKivParameterNames),
-                        [code](const char* name) { return kivCodeOfName(name) == code; });
-    if (!isKnown) {
+    if (!paramOf(code).has_value()) {
         throw std::runtime_error("no parameter of the effect has the code '" + letters + "'");
     }
     return code;
@@ -111,18 +109,10 @@ std::string deviceText(int32_t device) {
 }
 
 CodeText codeText(int32_t code) {
-    for (size_t param = 0; param < kKivParameterCount; ++param) {
-        if (kivCodeOfName(kKivParameterNames[param]) != code) {
-            continue;
-        }
-        // A code is its letters, the first one in the least significant byte.
-        std::string letters;
-        for (auto rest = static_cast<uint32_t>(code); rest != 0; rest >>= 8) {
-            letters += static_cast<char>(rest & 0xff);
-        }
-        return {letters, kKivParameterMeanings[param]};
-    }
-    return {hexText(code), "no parameter of the effect"};
+    const std::optional<KivParameter> param = paramOf(code);
+    return param.has_value()
+                   ? CodeText{lowered(kKivParameterNames[*param]), kKivParameterMeanings[*param]}
+                   : CodeText{hexText(code), "no parameter of the effect"};
 }
 
 }  // namespace ormel::tools

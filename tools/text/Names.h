@@ -1,11 +1,13 @@
 // The words for the library's numbers.
 #pragma once
 
+#include <ormel/KivParameter.h>
 #include <ormel/Parameter.h>
-#include <ormel/SpatializerParamArray.h>
+#include <ormel/SpatializerProfile.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,9 @@ OrmSpatializerProfileId profileOf(const std::string& text);
 Port portOf(const std::string& text);
 /** An Android output device; the blanks of its name may be given as underscores. */
 int32_t deviceOf(const std::string& text);
+
+/** The effect parameter of a code. */
+std::optional<KivParameter> paramOf(int32_t code);
 
 /** The code of an effect parameter, by its letters. */
 int32_t codeOf(const std::string& letters);
