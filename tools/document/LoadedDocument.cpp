@@ -4,10 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "LibraryLog.h"
-#include "ReadTrace.h"
 #include "Store.h"
-#include "XmlElements.h"
+#include "text/Files.h"
 #include "text/Names.h"
 #include "text/Progress.h"
 #include "text/Text.h"
@@ -15,15 +13,12 @@
 namespace ormel::tools {
 
 std::string titleOf(const EffectList& list) {
-    switch (list.kind) {
-        case EffectList::Kind::PROFILE:
-            return "profile " + std::to_string(list.profile) + ' ' + printable(list.name);
-        case EffectList::Kind::TUNING:
-            return "tuning device " + printable(list.name);
-        case EffectList::Kind::BUILT_IN:
-            break;
+    if (list.kind == EffectList::Kind::BUILT_IN) {
+        return "built-in list " + list.name;
     }
-    return "built-in list " + list.name;
+    const bool isProfile = list.kind == EffectList::Kind::PROFILE;
+    return (isProfile ? "profile " + std::to_string(list.profile) : "tuning device") + ' ' +
+           printable(list.name);
 }
 
 std::vector<EffectList> builtInLists(SpatializerParamArray& store) {
@@ -51,16 +46,15 @@ LoadedDocument::LoadedDocument(std::string file) : mFile(std::move(file)) {
                                  (text.empty() ? ": the document is empty" : errors.first()));
     }
     mTrace = std::make_unique<ReadTrace>(mFile, text, *mElements);
-    mObjects = &mTrace->getDocument();
-    load(mFile, *mStore, ANDROID_LOG_SILENT);
+    if (mStore->loadSpatializerXMLText(text) != SpatializerParamArray::LoadOutcome::LOADED) {
+        throw std::runtime_error(mFile + ": cannot be loaded as a tuning document");
+    }
 }
-
-LoadedDocument::~LoadedDocument() = default;
 
 std::vector<EffectList> LoadedDocument::lists() const {
     std::vector<EffectList> lists;
     std::set<int> ids;
-    for (const Profile* const profile : mObjects->getProfiles()) {
+    for (const Profile* const profile : objects().getProfiles()) {
         const int id = profile->getProfileId();
         if (ids.insert(id).second) {
             lists.push_back({EffectList::Kind::PROFILE, id, profile->getName(),
@@ -68,7 +62,7 @@ std::vector<EffectList> LoadedDocument::lists() const {
         }
     }
     std::set<std::string> devices;
-    for (const DeviceTuning* const tuning : mObjects->getDeviceTunings()) {
+    for (const DeviceTuning* const tuning : objects().getDeviceTunings()) {
         const std::string device = tuning->getDevice();
         if (mStore->isXMLTuningValid(device) && devices.insert(device).second) {
             lists.push_back({EffectList::Kind::TUNING, ORM_SPATIALIZER_PROFILE_COMMON, device,

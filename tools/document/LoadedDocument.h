@@ -1,20 +1,17 @@
 // A tuning document as its reader and its user see it.
 #pragma once
 
-#include <ormel/DeviceData.h>
 #include <ormel/SpatializerParamArray.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "PackedEntries.h"
+#include "ReadTrace.h"
+#include "text/Json.h"
 
 namespace ormel::tools {
-
-class ReadTrace;
-class XmlElements;
 
 /** One packed list, and what it is for. */
 struct EffectList {
@@ -41,12 +38,9 @@ std::vector<EffectList> builtInLists(SpatializerParamArray& store);
 class LoadedDocument {
   public:
     explicit LoadedDocument(std::string file);
-    LoadedDocument(const LoadedDocument&) = delete;
-    LoadedDocument& operator=(const LoadedDocument&) = delete;
-    ~LoadedDocument();
 
     const std::string& file() const { return mFile; }
-    const DeviceData& objects() const { return *mObjects; }
+    const DeviceData& objects() const { return mTrace->getDocument(); }
     const ReadTrace& trace() const { return *mTrace; }
     const XmlElements& elements() const { return *mElements; }
     SpatializerParamArray& store() const { return *mStore; }
@@ -58,8 +52,14 @@ class LoadedDocument {
     std::string mFile;
     std::unique_ptr<XmlElements> mElements;
     std::unique_ptr<ReadTrace> mTrace;
-    const DeviceData* mObjects;
     std::unique_ptr<SpatializerParamArray> mStore;
 };
+
+/**
+ * The header, then the objects by class, each class in document order. Of each its title "object",
+ * which no other one has; the "line" of its element, but for the header; what it says beside its
+ * parameters, by name; and, if its class has parameters, their "values" by name.
+ */
+Json objectsOf(const LoadedDocument& document);
 
 }  // namespace ormel::tools

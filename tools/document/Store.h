@@ -1,23 +1,24 @@
-// The stores that the commands load documents into.
+// The process's store, and what becomes of the library's messages.
 #pragma once
 
 #include <android/log.h>
-#include <ormel/SpatializerParamArray.h>
 
 #include <string>
 
 namespace ormel::tools {
 
 /**
- * The process's store, which SpatializerParamCache works on. Throws std::runtime_error on a device
- * that has a document of its own, which would mix with the one that is looked at.
+ * From now on prints the messages of the whole process to stderr, "level tag: message" each, if
+ * they are of at least the given priority.
  */
-SpatializerParamArray& processStore();
+void setLibraryLog(android_LogPriority lowest);
 
 /**
- * Loads a document, as regularFile() finds it; std::runtime_error says that it cannot be. Messages
- * of the library of at least the given priority go to stderr meanwhile and from then on.
+ * Loads a document, as readDocument() reads it, into the process's store, which
+ * SpatializerParamCache works on. Messages of the library of at least the given priority go to
+ * stderr meanwhile and from then on. Throws std::runtime_error for a document that cannot be
+ * loaded, and on a device that has one of its own, which would mix with it.
  */
-void load(const std::string& file, SpatializerParamArray& store, android_LogPriority lowest);
+void loadForProcess(const std::string& file, android_LogPriority lowest);
 
 }  // namespace ormel::tools

@@ -3,11 +3,6 @@
 #include <libxml/SAX2.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
-#include <utility>
-
-#include "RegularFile.h"
 
 namespace ormel::tools {
 
@@ -19,16 +14,13 @@ const xmlChar* toXml(std::string_view text) {
 
 }  // namespace
 
-std::string readDocument(const std::string& path) {
-    std::ifstream file(regularFile(path), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /**
  * Takes a document in while libxml2 parses it, and builds no tree. The content of entities is no
  * part of the document here and goes to libxml2's own handlers.
  */
 class XmlElements::Reader {
+    enum class Node : uint8_t { NONE, TEXT, CDATA, OTHER };
+
   public:
     Reader(XmlElements& document, XmlListener* listener)
         : mDocument(document), mListener(listener), mParser(xmlNewParserCtxt()) {
@@ -36,12 +28,12 @@ class XmlElements::Reader {
         xmlSAXHandler& handlers = *mParser->sax;
         handlers.startElementNs = handle<xmlSAX2StartElementNs, &Reader::startElement>;
         handlers.endElementNs = handle<xmlSAX2EndElementNs, &Reader::endElement>;
-        handlers.characters = handle<xmlSAX2Characters, &Reader::addText>;
+        handlers.characters = handle<xmlSAX2Characters, &Reader::addText<Node::TEXT>>;
         handlers.ignorableWhitespace = handlers.characters;
-        handlers.cdataBlock = handle<xmlSAX2CDataBlock, &Reader::addData>;
-        handlers.comment = handle<xmlSAX2Comment, &Reader::addComment>;
-        handlers.processingInstruction =
-                handle<xmlSAX2ProcessingInstruction, &Reader::addInstruction>;
+        handlers.cdataBlock = handle<xmlSAX2CDataBlock, &Reader::addText<Node::CDATA>>;
+        handlers.comment = handle<xmlSAX2Comment, &Reader::addOther<const xmlChar*>>;
+        handlers.processingInstruction = handle<xmlSAX2ProcessingInstruction,
+                                                &Reader::addOther<const xmlChar*, const xmlChar*>>;
         handlers.reference = handle<xmlSAX2Reference, &Reader::addReference>;
         xmlDictReference(mParser->dict);
         document.mNames.reset(mParser->dict);
@@ -58,8 +50,6 @@ class XmlElements::Reader {
     }
 
   private:
-    enum class Node : uint8_t { NONE, TEXT, CDATA, OTHER };
-
     static int readOn(void* source, char* buffer, int room) {
         auto& rest = *static_cast<std::string_view*>(source);
         const size_t size = rest.copy(buffer, static_cast<size_t>(room));
@@ -111,38 +101,31 @@ class XmlElements::Reader {
         mLastNode = Node::OTHER;
     }
 
-    void addText(const xmlChar* text, int length) {
-        addNode(Node::TEXT);
-        if (mListener != nullptr) {
-            noteText({reinterpret_cast<const char*>(text), static_cast<size_t>(length)});
-        }
-        pass(&xmlSAXHandler::characters, text, length);
-    }
-
-    /** Elements have no text, so that the first that has is where something is wrong. */
-    void noteText(std::string_view text) {
+    /** Text or a CDATA section. */
+    template <Node kKind>
+    void addText(const xmlChar* characters, int length) {
+        constexpr bool kIsText = kKind == Node::TEXT;
+        addNode(kKind);
+        const std::string_view text(reinterpret_cast<const char*>(characters),
+                                    static_cast<size_t>(length));
         const size_t begin = text.find_first_not_of(" \t\r\n");
-        if (begin != std::string_view::npos) {
-            const auto breaks =
-                    std::count(text.begin() + static_cast<std::ptrdiff_t>(begin), text.end(), '\n');
+        const bool isBlank = begin == std::string_view::npos;
+        // Elements have no text, so that the first that has is where something is wrong.
+        if (kIsText && !isBlank && mListener != nullptr) {
+            const auto breaks = std::count(text.begin() + begin, text.end(), '\n');
             mListener->textLines.try_emplace(mCurrent,
                                              xmlSAX2GetLineNumber(mParser.get()) - breaks);
         }
-    }
-
-    void addData(const xmlChar* text, int length) {
-        addNode(Node::CDATA);
-        // Blanks are as harmless here as in text, but validation has no other rule for them.
-        const std::string_view data(reinterpret_cast<const char*>(text),
-                                    static_cast<size_t>(length));
-        if (data.find_first_not_of(" \t\r\n") != std::string_view::npos) {
-            pass(&xmlSAXHandler::cdataBlock, text, length);
+        // Blanks are as harmless in CDATA as in text, but validation has no other rule for them.
+        if (kIsText || !isBlank) {
+            pass(kIsText ? &xmlSAXHandler::characters : &xmlSAXHandler::cdataBlock, characters,
+                 length);
         }
     }
 
-    void addComment(const xmlChar* /* text */) { addNode(Node::OTHER); }
-
-    void addInstruction(const xmlChar* /* target */, const xmlChar* /* data */) {
+    /** Comments and processing instructions. */
+    template <typename... Texts>
+    void addOther(Texts... /* texts */) {
         addNode(Node::OTHER);
     }
 

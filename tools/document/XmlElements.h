@@ -1,22 +1,94 @@
-// The elements of a document, without a tree of them.
+// The elements of a document, without a tree of them, and what the tools ask of libxml2 otherwise.
 #pragma once
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <libxml/xmlerror.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "XmlTree.h"
-
 namespace ormel::tools {
 
-/** The bytes of a document, as regularFile() finds it. Throws as that does. */
-std::string readDocument(const std::string& path);
+/** What handlers of errors get: a const one from libxml2 2.12 on. */
+using XmlError = std::conditional_t<(LIBXML_VERSION >= 21200), const xmlError, xmlError>;
+
+inline std::string_view toText(const xmlChar* characters) {
+    return characters == nullptr ? "" : reinterpret_cast<const char*>(characters);
+}
+
+struct XmlDeleter {
+    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+    void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
+    void operator()(xmlDict* names) const { xmlDictFree(names); }
+    void operator()(xmlChar* text) const { xmlFree(text); }
+};
+
+template <typename Handle>
+using XmlPointer = std::unique_ptr<Handle, XmlDeleter>;
+
+/**
+ * Takes what libxml2 says while it lives, and so keeps it from writing to stderr. Whoever took that
+ * before gets it again afterwards.
+ */
+class XmlErrorScope {
+  public:
+    using Handler = std::function<void(XmlError&)>;
+
+    /** @param handler gets every error, but no warnings */
+    explicit XmlErrorScope(Handler handler = nullptr)
+        : mHandler(std::move(handler)),
+          mOuter(xmlStructuredError),
+          mOuterContext(xmlStructuredErrorContext) {
+        xmlSetStructuredErrorFunc(this, take);
+    }
+    XmlErrorScope(const XmlErrorScope&) = delete;
+    XmlErrorScope& operator=(const XmlErrorScope&) = delete;
+    ~XmlErrorScope() { xmlSetStructuredErrorFunc(mOuterContext, mOuter); }
+
+    /** ":LINE: what" of the first error; empty if there was none. */
+    const std::string& first() const { return mFirst; }
+
+  private:
+    static void take(void* self, XmlError* error) {
+        auto& scope = *static_cast<XmlErrorScope*>(self);
+        if (error->level < XML_ERR_ERROR) {
+            return;
+        }
+        if (scope.mFirst.empty() && error->message != nullptr) {
+            scope.mFirst = ":" + std::to_string(error->line) + ": " + error->message;
+            scope.mFirst.erase(scope.mFirst.find_last_not_of('\n') + 1);
+        }
+        if (scope.mHandler != nullptr) {
+            scope.mHandler(*error);
+        }
+    }
+
+    const Handler mHandler;
+    const xmlStructuredErrorFunc mOuter;
+    void* const mOuterContext;
+    std::string mFirst;
+};
+
+/** Calls @p visit with an element and every one below in document order, entities left closed. */
+template <typename Visitor>
+void forEachElement(xmlNode* element, const Visitor& visit) {
+    visit(element);
+    for (xmlNode* child = xmlFirstElementChild(element); child != nullptr;
+         child = xmlNextElementSibling(child)) {
+        forEachElement(child, visit);
+    }
+}
 
 struct DocumentAttribute {
     std::string_view name;

@@ -1,8 +1,8 @@
-#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -10,10 +10,9 @@
 
 #include "Commands.h"
 #include "Operations.h"
-#include "document/LibraryLog.h"
-#include "document/RecordingEffect.h"
-#include "document/RegularFile.h"
+#include "document/AppliedLists.h"
 #include "document/Store.h"
+#include "text/Files.h"
 #include "text/Json.h"
 #include "text/Names.h"
 #include "text/Text.h"
@@ -56,7 +55,7 @@ struct ApplyOptions {
 };
 
 std::vector<Operation> readScriptFile(const std::string& file) {
-    std::ifstream script(regularFile(file));
+    std::istringstream script(readDocument(file));
     return readScript(script, file == "-" ? "stdin" : file);
 }
 
@@ -130,7 +129,7 @@ void runApply(const ApplyOptions& options, std::ostream& out) {
         profileOf(options.profile);
     }
     const android_LogPriority lowest = options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN;
-    load(options.file, processStore(), options.verbose ? lowest : ANDROID_LOG_SILENT);
+    loadForProcess(options.file, options.verbose ? lowest : ANDROID_LOG_SILENT);
     setLibraryLog(lowest);
     SpatializerParamCache cache;
     RecordingEffect effect;

@@ -13,7 +13,7 @@
 
 #include "CheckFile.h"
 #include "Commands.h"
-#include "document/LibraryLog.h"
+#include "document/Store.h"
 #include "text/Json.h"
 #include "text/Progress.h"
 #include "text/Text.h"

@@ -10,6 +10,7 @@
 #include "CheckMeaning.h"
 #include "CheckText.h"
 #include "document/ReadTrace.h"
+#include "text/Files.h"
 
 namespace ormel::tools {
 

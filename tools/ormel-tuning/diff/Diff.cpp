@@ -12,7 +12,6 @@
 
 #include "Commands.h"
 #include "document/AppliedLists.h"
-#include "document/DocumentObjects.h"
 #include "document/EntryOrigins.h"
 #include "document/LoadedDocument.h"
 #include "show/ShowText.h"

@@ -11,11 +11,11 @@
 
 #include "Commands.h"
 #include "ShowText.h"
-#include "document/DocumentObjects.h"
 #include "document/EntryOrigins.h"
 #include "document/LoadedDocument.h"
 #include "document/ReadTrace.h"
 #include "document/XmlElements.h"
+#include "text/Files.h"
 #include "text/Json.h"
 #include "text/Names.h"
 #include "text/Progress.h"
