@@ -67,14 +67,10 @@ std::optional<Shape> shapeOf(const AppliedList& applied, int32_t device, int32_t
     const bool isOwn = std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) {
         return entry.device == device && entry.code == code && entry.values == *values;
     });
-    if (isOwn || code != kivCode(DOM) || values->empty()) {
-        return shapeOf(code, *values);
-    }
-    Shape shape;
-    shape.fields.emplace_back(kParameterNames[VIRTUALIZER_ENABLE], values->front());
-    shape.rest.assign(values->begin() + 1, values->end());
-    shape.restName = kParameterNames[OUTPUT_MIX_MATRIX];
-    return shape;
+    return isOwn || code != kivCode(DOM) || values->empty()
+                   ? shapeOf(code, *values)
+                   : shapeOf(*values, {kParameterNames[VIRTUALIZER_ENABLE]},
+                             kParameterNames[OUTPUT_MIX_MATRIX]);
 }
 
 }  // namespace ormel::tools

@@ -1,8 +1,6 @@
 // Where the entries of packed lists come from.
 #pragma once
 
-#include <ormel/EntryLayout.h>
-
 #include <cstdint>
 #include <map>
 #include <string>
@@ -27,11 +25,14 @@ struct Origin {
 
     Kind kind;
     Parameter param;
-    long line;
+    long line = 0;
 };
 
 /** The word for a kind of origin. */
-const char* nameOf(Origin::Kind kind);
+constexpr const char* nameOf(Origin::Kind kind) {
+    constexpr const char* kNames[] = {"line", "version rule", "default", "absent"};
+    return kNames[static_cast<size_t>(kind)];
+}
 
 using Origins = std::vector<Origin>;
 
@@ -45,21 +46,13 @@ class EntryOrigins {
     std::vector<Origins> originsOf(const EffectList& list) const;
 
   private:
-    /** A profile, the device that entries are for, and the class of what they are made from. */
-    using Key = std::tuple<int32_t, int32_t, ParameterOwner>;
+    /** A class of objects, the number or name that they go by, and whether they are a speaker's. */
+    using Key = std::tuple<ParameterOwner, std::string, bool>;
 
-    Origins originsOf(const Entry& entry, const EntryLayout& layout,
-                      const ParameterValues& object) const;
+    Origins originsOf(const Entry& entry, const ParameterValues& object) const;
     Origin originOf(Parameter param, const ParameterValues& object) const;
-    Origin speakerOrigin(Parameter param) const;
 
     const LoadedDocument& mDocument;
-    const std::string mFormatVersion;
-
-    // The document's objects by what refers to them; of those that can be one only, the one that
-    // counts.
-    std::map<std::string, const ParameterValues*> mTuningOfDevice;
-    std::map<int32_t, const ParameterValues*> mIeqPresets;
     std::map<Key, std::vector<const ParameterValues*>> mObjects;
     /** Of the internal speaker; null when the document gives none. */
     const ParameterValues* mSpeakerTuning = nullptr;

@@ -1,13 +1,13 @@
 #include "PackedEntries.h"
 
-#include <ormel/KivParameter.h>
 #include <ormel/SpatializerParamParser.h>
 #include <ormel/Translator.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <string_view>
-#include <utility>
+
+#include "text/Names.h"
 
 namespace ormel::tools {
 
@@ -15,92 +15,64 @@ namespace {
 
 constexpr char kChannels[] = "channels";
 
-/** Hands an entry's values out one after another. */
-class ValueReader {
-  public:
-    explicit ValueReader(const std::vector<int32_t>& values)
-        : mNext(values.begin()), mEnd(values.end()) {}
+/** How the entries under a code are made; those of an unknown one of nothing. */
+EntryLayout layoutOf(int32_t code) {
+    return ParameterTranslator::sTranslatorCollection->getLayout(paramOf(code).value_or(VOL));
+}
 
-    size_t left() const { return static_cast<size_t>(mEnd - mNext); }
-
-    int32_t takeOne() { return *mNext++; }
-
-    std::vector<int32_t> take(size_t count) {
-        const auto begin = mNext;
-        mNext += static_cast<ptrdiff_t>(count);
-        return {begin, mNext};
+/** How many lists by channel values have; none where they announce more than there can be. */
+std::optional<size_t> channelsOf(const EntryLayout& layout, const std::vector<int32_t>& values) {
+    const auto most = static_cast<int32_t>(layout.channelLists.size());
+    if (most == 0) {
+        return 0;
     }
+    const size_t place = layout.head == EntryHead::BANDS_CHANNELS ? 1 : 0;
+    const int32_t channels = values.size() < 2 ? -1 : values[place];
+    return channels < 0 || channels > most ? std::nullopt : std::optional<size_t>(channels);
+}
 
-  private:
-    std::vector<int32_t>::const_iterator mNext;
-    std::vector<int32_t>::const_iterator mEnd;
-};
+/** The lists of an entry with so many channels. */
+std::vector<Parameter> listsOf(const EntryLayout& layout, size_t channels) {
+    std::vector<Parameter> lists = layout.lists.toVector();
+    for (size_t i = 0; i < channels; ++i) {
+        lists.push_back(layout.channelLists[i]);
+    }
+    return lists;
+}
 
 /** How much of the names all columns have in common, in whole words. */
 size_t commonPrefix(const std::vector<Parameter>& params) {
-    const std::string_view first = kParameterNames[params.front()];
-    size_t length = first.size();
+    std::set<std::string_view> names;
     for (const Parameter param : params) {
-        const std::string_view name = kParameterNames[param];
-        const auto end = std::mismatch(first.begin(), first.end(), name.begin(), name.end()).first;
-        length = std::min(length, static_cast<size_t>(end - first.begin()));
+        names.insert(kParameterNames[param]);
     }
-    return first.rfind('_', length - 1) + 1;
+    // What the first and the last share, all share.
+    const auto [first, last] = std::pair(*names.begin(), *names.rbegin());
+    const auto end = std::mismatch(first.begin(), first.end(), last.begin(), last.end()).first;
+    return first.rfind('_', static_cast<size_t>(end - first.begin()) - 1) + 1;
 }
 
-std::optional<Shape> readBands(const EntryLayout& layout, const Entry& entry) {
-    const bool hasChannels = layout.head != EntryHead::BANDS;
-    const auto channels = channelsOf(entry, layout);
-    if (entry.values.empty() || hasChannels != channels.has_value()) {
-        return std::nullopt;
-    }
-    ValueReader reader(entry.values);
-    const int32_t first = reader.takeOne();
-    const int32_t second = hasChannels ? reader.takeOne() : 0;
-    const int32_t bands = layout.head == EntryHead::CHANNELS_BANDS ? second : first;
-    std::vector<Parameter> params = layout.lists.toVector();
-    const std::vector<Parameter> channelLists = layout.channelLists.toVector();
-    params.insert(params.end(), channelLists.begin(), channelLists.end());
-    const size_t prefix = commonPrefix(params);
-    params.resize(layout.lists.size() + static_cast<size_t>(channels.value_or(0)));
-    if (bands < 0 || reader.left() != params.size() * static_cast<size_t>(bands)) {
+std::optional<Shape> bandsOf(const EntryLayout& layout, const std::vector<int32_t>& values) {
+    const std::optional<size_t> channels = channelsOf(layout, values);
+    if (values.empty() || !channels.has_value()) {
         return std::nullopt;
     }
     Shape shape;
-    if (hasChannels) {
-        shape.fields.emplace_back(kChannels, *channels);
+    if (layout.head != EntryHead::BANDS) {
+        shape.fields.emplace_back(kChannels, static_cast<int32_t>(*channels));
     }
+    const int32_t bands = values[layout.head == EntryHead::CHANNELS_BANDS ? 1 : 0];
+    auto next = values.begin() + (layout.head == EntryHead::BANDS ? 1 : 2);
+    const std::vector<Parameter> params = listsOf(layout, *channels);
+    const auto left = static_cast<size_t>(values.end() - next);
+    if (bands < 0 || left != params.size() * static_cast<size_t>(bands)) {
+        return std::nullopt;
+    }
+    const size_t prefix = commonPrefix(listsOf(layout, layout.channelLists.size()));
     for (const Parameter param : params) {
-        shape.columns.push_back(
-                {kParameterNames[param] + prefix, param, reader.take(static_cast<size_t>(bands))});
+        shape.columns.push_back({kParameterNames[param] + prefix, param, {next, next + bands}});
+        next += bands;
     }
-    return shape;
-}
-
-std::optional<Shape> readOutputMode(const std::vector<int32_t>& values) {
-    ValueReader reader(values);
-    if (reader.left() < 3) {
-        return std::nullopt;
-    }
-    Shape shape;
-    for (const char* const name :
-         {kParameterNames[VIRTUALIZER_ENABLE], "endpoint", kParameterNames[ORIENTATION]}) {
-        shape.fields.emplace_back(name, reader.takeOne());
-    }
-    shape.rest = reader.take(reader.left());
-    shape.restName = kParameterNames[OUTPUT_MIX_MATRIX];
-    return shape;
-}
-
-std::optional<Shape> readStress(const std::vector<int32_t>& values) {
-    if (values.empty()) {
-        return std::nullopt;
-    }
-    ValueReader reader(values);
-    Shape shape;
-    shape.fields.emplace_back(kChannels, reader.takeOne());
-    shape.rest = reader.take(reader.left());
-    shape.restName = "amounts";
     return shape;
 }
 
@@ -111,10 +83,7 @@ std::vector<Entry> entriesOf(const std::vector<int32_t>& list) {
     // The reader only reads; its interface predates const.
     SpatializerParamParser parser(const_cast<int32_t*>(list.data()),
                                   static_cast<int>(list.size() * sizeof(int32_t)));
-    if (!parser.begin()) {
-        return entries;
-    }
-    while (parser.next()) {
+    for (bool isMore = parser.begin() && parser.next(); isMore; isMore = parser.next()) {
         entries.push_back({parser.mDeviceId,
                            parser.mParamCode,
                            {parser.mValues, parser.mValues + std::max(parser.mValueCount, 0)}});
@@ -122,36 +91,65 @@ std::vector<Entry> entriesOf(const std::vector<int32_t>& list) {
     return entries;
 }
 
-EntryLayout layoutOf(int32_t code) {
-    const auto* const begin = std::begin(kKivParameterCodes);
-    const auto* const found = std::find(begin, std::end(kKivParameterCodes), code);
-    return ParameterTranslator::sTranslatorCollection->getLayout(
-            found == std::end(kKivParameterCodes) ? VOL : KivParameter(found - begin));
+const std::vector<int>& valuesOf(const ParameterValues& object, Parameter param) {
+    static const std::vector<int> none;
+    const auto found = object.getValues().find(param);
+    return found == object.getValues().end() ? none : found->second;
 }
 
-std::optional<int32_t> channelsOf(const Entry& entry, const EntryLayout& layout) {
-    const size_t place = layout.head == EntryHead::BANDS_CHANNELS ? 1 : 0;
-    const bool hasChannels = layout.head != EntryHead::NONE && layout.head != EntryHead::BANDS;
-    if (!hasChannels || entry.values.size() <= (layout.head == EntryHead::CHANNELS ? 0 : 1)) {
-        return std::nullopt;
+ParameterOwner ownerOf(int32_t code) {
+    const EntryLayout layout = layoutOf(code);
+    const ParameterList& params = layout.enable.size() == 0 ? layout.lists : layout.enable;
+    const auto owner = params.size() == 0 ? ParameterOwner::NONE : kParameterOwners[params[0]];
+    // Only endpoints have a parameter that no class accepts.
+    return owner == ParameterOwner::NONE ? ParameterOwner::PROFILE_ENDPOINT : owner;
+}
+
+std::set<Parameter> sourcesOf(const Entry& entry, const ParameterValues& object) {
+    const EntryLayout layout = layoutOf(entry.code);
+    std::set<Parameter> sources;
+    if (layout.enable.size() == 0 || firstOr0(valuesOf(object, layout.enable[0])) != 0) {
+        const auto lists = listsOf(layout, channelsOf(layout, entry.values).value_or(0));
+        sources.insert(lists.begin(), lists.end());
     }
-    const int32_t channels = entry.values[place];
-    const auto most = static_cast<int32_t>(layout.channelLists.size());
-    return layout.head == EntryHead::CHANNELS ? std::optional<int32_t>(0)
-           : channels < 0 || channels > most  ? std::nullopt
-                                              : std::optional<int32_t>(channels);
+    if (layout.enable.size() != 0) {
+        sources.insert(layout.enable[0]);
+    }
+    if (layout.channelLists.size() != 0 || layout.head == EntryHead::CHANNELS) {
+        sources.insert(OUTPUT_CHANNELS);
+    }
+    if (entry.device != DEVICE_OUT_SPEAKER) {
+        sources.erase(OUTPUT_MIX_MATRIX);
+    }
+    return sources;
 }
 
 std::optional<Shape> shapeOf(int32_t code, const std::vector<int32_t>& values) {
     const EntryLayout layout = layoutOf(code);
-    switch (layout.head) {
-        case EntryHead::NONE:
-            return code == kivCode(DOM) ? readOutputMode(values) : std::nullopt;
-        case EntryHead::CHANNELS:
-            return readStress(values);
-        default:
-            return readBands(layout, {0, code, values});
+    if (code == kivCode(DOM)) {
+        return shapeOf(
+                values,
+                {kParameterNames[VIRTUALIZER_ENABLE], "endpoint", kParameterNames[ORIENTATION]},
+                kParameterNames[OUTPUT_MIX_MATRIX]);
     }
+    if (layout.head == EntryHead::CHANNELS) {
+        return shapeOf(values, {kChannels}, "amounts");
+    }
+    return layout.head == EntryHead::NONE ? std::nullopt : bandsOf(layout, values);
+}
+
+std::optional<Shape> shapeOf(const std::vector<int32_t>& values,
+                             std::initializer_list<const char*> fields, const char* restName) {
+    if (values.size() < fields.size()) {
+        return std::nullopt;
+    }
+    Shape shape;
+    for (const char* const name : fields) {
+        shape.fields.emplace_back(name, values[shape.fields.size()]);
+    }
+    shape.rest.assign(values.begin() + static_cast<ptrdiff_t>(fields.size()), values.end());
+    shape.restName = restName;
+    return shape;
 }
 
 const Shape::Column* findColumn(const Shape& shape, Parameter param) {

@@ -1,11 +1,14 @@
 // The entries of a packed parameter list, taken apart.
 #pragma once
 
-#include <ormel/EntryLayout.h>
+#include <ormel/ParameterValues.h>
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ormel::tools {
@@ -19,14 +22,14 @@ struct Entry {
 /** The entries of a list that the library made. */
 std::vector<Entry> entriesOf(const std::vector<int32_t>& list);
 
-/** How the entries under a code are made; those of an unknown one of nothing. */
-EntryLayout layoutOf(int32_t code);
+/** What an object holds of a parameter; empty where it holds nothing. */
+const std::vector<int>& valuesOf(const ParameterValues& object, Parameter param);
 
-/**
- * How many of its layout's lists by channel an entry has; none where it does not depend on
- * channels, or announces channels that there are no lists of.
- */
-std::optional<int32_t> channelsOf(const Entry& entry, const EntryLayout& layout);
+/** The class of the objects that entries under a code are made from. */
+ParameterOwner ownerOf(int32_t code);
+
+/** The parameters that an entry was made from, of the object that it was made from. */
+std::set<Parameter> sourcesOf(const Entry& entry, const ParameterValues& object);
 
 /** What the values of an entry are, by their places. */
 struct Shape {
@@ -50,6 +53,11 @@ struct Shape {
  * that are too few or too many for what they announce.
  */
 std::optional<Shape> shapeOf(int32_t code, const std::vector<int32_t>& values);
+
+/** The shape of values that begin with some that stand for themselves; none for fewer than those.
+ */
+std::optional<Shape> shapeOf(const std::vector<int32_t>& values,
+                             std::initializer_list<const char*> fields, const char* restName);
 
 /** The shape's column that a parameter's values are in, null when there is none. */
 const Shape::Column* findColumn(const Shape& shape, Parameter param);

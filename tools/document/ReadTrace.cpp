@@ -3,36 +3,40 @@
 #include <ormel/ValueSetter.h>
 #include <ormel/VersionRules.h>
 
+#include <algorithm>
+
 namespace ormel::tools {
 
 using As = ReadElement::As;
 
 size_t ReadSection::sourceOf(Parameter param, size_t end) const {
-    for (auto source = sources.rbegin(); source != sources.rend(); ++source) {
-        if (source->first == param && source->second < end) {
-            return source->second;
-        }
+    const auto source = std::find_if(sources.rbegin(), sources.rend(), [&](const auto& each) {
+        return each.first == param && each.second < end;
+    });
+    return source == sources.rend() ? kNoElement : source->second;
+}
+
+void ReadSection::addSources(const ValueSetter& setter, size_t element) {
+    for (size_t i = 0; i < setter.getParamCount(); ++i) {
+        sources.emplace_back(setter.getParam(i), element);
     }
-    return kNoElement;
 }
 
 ReadTrace::ReadTrace(const std::string& path, const std::string& text, const XmlElements& elements)
     : mXml(elements), mElements(elements.size()) {
-    const XmlErrorScope heldBack;
     mParser.setObserver(this);
     if (mParser.setTuningFile(text, true) != 0) {
-        throw RefusedDocument(path + ": " + mParser.getError(),
-                              mLast == ReadSection::kNoElement ? 0 : mXml.line(mLast));
+        throw RefusedDocument(path + ": " + mParser.getError(), mReached);
     }
     findObjects();
 }
 
-/** The record of an element that is reported; null for none, and where the text is not known. */
+/** The record of an element that the reader has come to; null for one without a number. */
 ReadElement* ReadTrace::come(uint32_t element) {
     if (element >= mElements.size()) {
         return nullptr;
     }
-    mLast = element;
+    mReached = mXml.line(element);
     mElements[element].isNamed = true;
     return &mElements[element];
 }
@@ -42,18 +46,23 @@ void ReadTrace::onSection(const DocumentSection& section) {
     if (record == nullptr) {
         return;
     }
+    const ParameterOwner owner = rowOf(section.kind).owner;
+    const bool isData = section.kind == DocumentElement::DATA;
     // The data of a childless tuning is the tuning itself.
-    if (section.kind != DocumentElement::DATA) {
+    if (!isData) {
         record->as = As::SECTION;
         record->kind = section.kind;
     }
-    const ParameterOwner owner = rowOf(section.kind).owner;
     if (owner != ParameterOwner::NONE || section.kind == DocumentElement::DEVICE_ID) {
         beginSection(section, owner);
     }
-    if (owner != ParameterOwner::NONE || section.kind == DocumentElement::DATA ||
+    if (owner != ParameterOwner::NONE || isData ||
         section.kind == DocumentElement::AUTHORIZED_TECHNOLOGIES) {
         noteEntry(section.element);
+    }
+    if (section.kind == DocumentElement::GLOBAL_SETTING &&
+        mXml.attribute(section.element, "virtual_bass_process").has_value()) {
+        mSettings = {{VIRTUAL_BASS_TYPE, section.element}};
     }
 }
 
@@ -66,23 +75,15 @@ void ReadTrace::beginSection(const DocumentSection& section, ParameterOwner owne
     const auto index = static_cast<uint32_t>(mSections.size());
     mElements[section.element].section = index;
     mProfile = owner == ParameterOwner::PROFILE ? index : mProfile;
-    ReadSection& added = mSections.emplace_back(
-            ReadSection{section.kind, owner, section.element, section.object, mProfile});
-    if (owner == ParameterOwner::PROFILE_ENDPOINT && mVirtualBass != ReadSection::kNoElement) {
-        added.sources.emplace_back(VIRTUAL_BASS_TYPE, mVirtualBass);
-    }
-}
-
-void ReadTrace::onSetting(const DocumentSection& section, std::string_view name) {
-    if (name == "virtual_bass_process" && section.element < mElements.size()) {
-        mVirtualBass = section.element;
+    mSections.push_back({section.kind, owner, section.element, section.object, mProfile});
+    if (owner == ParameterOwner::PROFILE_ENDPOINT) {
+        mSections.back().sources = mSettings;
     }
 }
 
 void ReadTrace::onPassedOver(uint32_t element, Reason reason) {
-    ReadElement* const record = come(element);
-    if (record != nullptr && reason == Reason::NO_DATA) {
-        mStop = record->section;
+    if (come(element) != nullptr && reason == Reason::NO_DATA) {
+        mStop = mElements[element].section;
     }
 }
 
@@ -91,96 +92,72 @@ void ReadTrace::onParameter(const DocumentSection& section, ValueSetter& setter,
     if (record == nullptr || section.element >= mElements.size()) {
         return;
     }
+    record->setter = &setter;
     if (section.kind == DocumentElement::PRESET) {
         beginSection(section, kParameterOwners[setter.getParam(0)]);
     } else {
         record->as = As::PARAMETER;
         record->section = mElements[section.element].section;
-        ReadSection& fed = mSections[record->section];
-        fed.strays += section.isChildless ? 1 : 0;
-        addSources(fed, setter, element);
+        mSections[record->section].strays += section.isChildless ? 1 : 0;
+        mSections[record->section].addSources(setter, element);
     }
-    record->setter = &setter;
-    findBands(element, ReadElement(*record));
-}
-
-XmlPosition ReadTrace::enter(const XmlPosition& position) {
-    if (mXml.isOnElement(position)) {
-        noteEntry(position.element);
-    }
-    return mXml.childrenNext(position);
-}
-
-/** Takes the elements from a position on for bands or rows, all of a name if there is one. */
-void ReadTrace::addBands(const XmlPosition& position, As as, const char* name,
-                         const ReadElement& parameter) {
-    for (size_t i = position.element; i < position.end; i = mXml.end(i)) {
-        ReadElement& band = mElements[i];
-        band.isNamed = true;
-        if (name != nullptr && mXml.name(i) != name) {
-            return;
-        }
-        band.as = as;
-        band.setter = parameter.setter;
-        band.section = parameter.section;
-        ReadSection& section = mSections[parameter.section];
-        // A preset's parameters come from the element that its bands are in.
-        if (section.kind == DocumentElement::PRESET && section.sources.empty()) {
-            addSources(section, *parameter.setter, mXml.parent(i));
-        }
-    }
+    findBands(element, setter);
 }
 
 /** Finds the bands and rows of a parameter where its setter looks for them. */
-void ReadTrace::findBands(size_t element, const ReadElement& parameter) {
-    const XmlPosition position = mXml.positionOf(element);
-    const ValueSetter* const setter = parameter.setter;
-    if (const auto* const preset = dynamic_cast<const PresetBandsValueSetter*>(setter)) {
-        addBands(enter(enter(enter(position))), As::BAND, preset->getBandName(), parameter);
-    } else if (dynamic_cast<const BandColumnsValueSetter*>(setter) != nullptr) {
-        addBands(enter(position), As::BAND, nullptr, parameter);
-    } else if (dynamic_cast<const MixMatrixValueSetter*>(setter) != nullptr) {
-        const XmlPosition matrix = enter(position);
-        if (mXml.isOnElement(matrix) && mXml.nodes(matrix.element) != 0) {
-            addBands(enter(matrix), As::ROW, nullptr, parameter);
+void ReadTrace::findBands(size_t element, ValueSetter& setter) {
+    const auto* const preset = dynamic_cast<const PresetBandsValueSetter*>(&setter);
+    const bool isMatrix = dynamic_cast<const MixMatrixValueSetter*>(&setter) != nullptr;
+    const bool isColumns = dynamic_cast<const BandColumnsValueSetter*>(&setter) != nullptr;
+    const int depth = preset != nullptr ? 3 : isMatrix ? 2 : isColumns ? 1 : 0;
+    XmlSiblings at = {element, mXml.end(mXml.parent(element)), true};
+    for (int level = 0; level < depth; ++level) {
+        if (isMatrix && level == 1 && (!at.isOnFirst || mXml.nodes(at.first) == 0)) {
+            return;
         }
+        if (at.isOnFirst) {
+            noteEntry(at.first);
+        }
+        at = mXml.childrenNext(at);
     }
-}
-
-void ReadTrace::addSources(ReadSection& section, const ValueSetter& setter, size_t element) {
-    for (size_t i = 0; i < setter.getParamCount(); ++i) {
-        section.sources.emplace_back(setter.getParam(i), element);
+    const char* const name = preset == nullptr ? nullptr : preset->getBandName();
+    const uint32_t section = mElements[element].section;
+    for (size_t i = at.first; depth != 0 && i < at.end; i = mXml.end(i)) {
+        mElements[i].isNamed = true;
+        if (name != nullptr && mXml.name(i) != name) {
+            return;
+        }
+        mElements[i].as = isMatrix ? As::ROW : As::BAND;
+        mElements[i].setter = &setter;
+        mElements[i].section = section;
+        // A preset's parameters come from the element that its bands are in.
+        if (i == at.first && mSections[section].kind == DocumentElement::PRESET) {
+            mSections[section].addSources(setter, mXml.parent(i));
+        }
     }
 }
 
 void ReadTrace::findObjects() {
-    const auto pointersTo = [](const auto& objects) {
-        return std::vector<const void*>(objects.begin(), objects.end());
-    };
-    const DeviceData& document = getDocument();
-    // In the order of ParameterOwner.
-    const std::vector<const void*> objects[] = {
-            pointersTo(document.getDeviceTunings()),    pointersTo(document.getIeqPresets()),
-            pointersTo(document.getGeqPresets()),       pointersTo(document.getProfiles()),
-            pointersTo(document.getProfileEndpoints()), pointersTo(document.getTunings())};
-    for (size_t i = 0; i < mSections.size(); ++i) {
-        ReadSection& section = mSections[i];
-        const auto& ofClass = objects[static_cast<size_t>(section.owner)];
-        if (section.place < ofClass.size()) {
-            section.object = ofClass[section.place];
-            mSectionOfObject[section.object] = i;
+    const auto find = [this](ParameterOwner owner, const auto& objects) {
+        const std::vector<const void*> all(objects.begin(), objects.end());
+        for (ReadSection& section : mSections) {
+            if (section.owner == owner && section.place < all.size()) {
+                section.object = all[section.place];
+                mSectionOfObject[section.object] = &section;
+            }
         }
-    }
-}
-
-const ReadSection* ReadTrace::sectionOf(const void* object) const {
-    const auto found = mSectionOfObject.find(object);
-    return found == mSectionOfObject.end() ? nullptr : &mSections[found->second];
+    };
+    find(ParameterOwner::NONE, getDocument().getDeviceTunings());
+    find(ParameterOwner::IEQ_PRESET, getDocument().getIeqPresets());
+    find(ParameterOwner::GEQ_PRESET, getDocument().getGeqPresets());
+    find(ParameterOwner::PROFILE, getDocument().getProfiles());
+    find(ParameterOwner::PROFILE_ENDPOINT, getDocument().getProfileEndpoints());
+    find(ParameterOwner::TUNING, getDocument().getTunings());
 }
 
 long ReadTrace::lineOf(const void* object) const {
-    const ReadSection* const section = sectionOf(object);
-    return section == nullptr ? 0 : mXml.line(section->element);
+    const auto section = mSectionOfObject.find(object);
+    return section == mSectionOfObject.end() ? 0 : mXml.line(section->second->element);
 }
 
 long ReadTrace::lineOf(const ParameterValues& object, Parameter param) const {
@@ -189,22 +166,21 @@ long ReadTrace::lineOf(const ParameterValues& object, Parameter param) const {
 }
 
 size_t ReadTrace::sourceOf(const ParameterValues& object, Parameter param) const {
-    const ReadSection* const section = sectionOf(&object);
-    if (section == nullptr || object.getValues().count(param) == 0) {
+    const auto found = mSectionOfObject.find(&object);
+    if (found == mSectionOfObject.end() || object.getValues().count(param) == 0) {
         return ReadSection::kNoElement;
     }
+    const ReadSection& section = *found->second;
     const VersionRule* const rule =
-            findVersionRule(getDocument().getFormatVersion(), section->owner, param);
-    if (rule != nullptr && rule->kind == VersionRuleKind::VALUE) {
-        return ReadSection::kNoElement;
-    }
+            findVersionRule(getDocument().getFormatVersion(), section.owner, param);
     if (rule != nullptr) {
         // A processing instruction that reads as a profile has no section.
-        return section->outer == ReadElement::kNoSection
-                       ? ReadSection::kNoElement
-                       : mSections[section->outer].sourceOf(param, section->element);
+        const bool isProfiles = rule->kind == VersionRuleKind::PROFILES_VALUE &&
+                                section.outer != ReadElement::kNoSection;
+        return isProfiles ? mSections[section.outer].sourceOf(param, section.element)
+                          : ReadSection::kNoElement;
     }
-    const size_t source = section->sourceOf(param);
+    const size_t source = section.sourceOf(param);
     // An endpoint that says nothing of the one goes by the other.
     return source == ReadSection::kNoElement && param == MI_DIALOG_ENHANCER_STEERING_ENABLE
                    ? sourceOf(object, DIALOG_ENHANCER_ENABLE)

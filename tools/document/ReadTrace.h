@@ -50,9 +50,11 @@ struct ReadElement {
 /** A part of the document that one object came from. */
 struct ReadSection {
     static constexpr size_t kNoElement = SIZE_MAX;
+    using Sources = std::vector<std::pair<Parameter, uint32_t>>;
 
     /** The element that gave a parameter last, of those before @p end; kNoElement for none. */
     size_t sourceOf(Parameter param, size_t end = kNoElement) const;
+    void addSources(const ValueSetter& setter, size_t element);
 
     DocumentElement kind;
     /** The class of its object; NONE for a device. */
@@ -66,7 +68,7 @@ struct ReadSection {
     /** The object, DeviceTuning for a device; null where none came of it. */
     const void* object = nullptr;
     /** In the order of reading, the elements that gave parameters. */
-    std::vector<std::pair<Parameter, uint32_t>> sources = {};
+    Sources sources = {};
     /** Elements behind the section that were read into it, since it has no children. */
     size_t strays = 0;
 };
@@ -75,7 +77,6 @@ struct ReadSection {
 struct RefusedDocument : std::runtime_error {
     RefusedDocument(const std::string& what, long reached)
         : std::runtime_error(what), line(reached) {}
-
     /** The line that the reader had come to; 0 when it had not begun. */
     long line;
 };
@@ -84,15 +85,10 @@ struct RefusedDocument : std::runtime_error {
 class ReadTrace : private TuningFileObserver {
   public:
     /**
-     * Reads a document. Throws RefusedDocument.
-     *
-     * @param path     what errors name it
-     * @param text     its bytes
-     * @param elements its elements, which must outlive this
+     * Reads a document from its bytes. Its elements must outlive this. Throws RefusedDocument,
+     * which names it by the path.
      */
     ReadTrace(const std::string& path, const std::string& text, const XmlElements& elements);
-    ReadTrace(const ReadTrace&) = delete;
-    ReadTrace& operator=(const ReadTrace&) = delete;
 
     /** The content of the document. Lives as long as the trace. */
     DeviceData& getDocument() const { return *mParser.getDeviceData(); }
@@ -109,10 +105,8 @@ class ReadTrace : private TuningFileObserver {
 
     /** By number. */
     const std::vector<ReadElement>& getElements() const { return mElements; }
-
     /** In the order in which the reader came across them. */
     const std::vector<ReadSection>& getSections() const { return mSections; }
-
     /** Index of the tuning without data that the reader stopped at; kNoSection if it did not. */
     uint32_t getStop() const { return mStop; }
 
@@ -120,30 +114,25 @@ class ReadTrace : private TuningFileObserver {
     void onSection(const DocumentSection& section) override;
     void onParameter(const DocumentSection& section, ValueSetter& setter,
                      uint32_t element) override;
-    void onSetting(const DocumentSection& section, std::string_view name) override;
     void onPassedOver(uint32_t element, Reason reason) override;
 
     ReadElement* come(uint32_t element);
     void beginSection(const DocumentSection& section, ParameterOwner owner);
     void noteEntry(size_t element);
-    XmlPosition enter(const XmlPosition& position);
-    void findBands(size_t element, const ReadElement& parameter);
-    void addBands(const XmlPosition& position, ReadElement::As as, const char* name,
-                  const ReadElement& parameter);
-    static void addSources(ReadSection& section, const ValueSetter& setter, size_t element);
+    void findBands(size_t element, ValueSetter& setter);
     void findObjects();
-    const ReadSection* sectionOf(const void* object) const;
 
     const XmlElements& mXml;
     std::vector<ReadElement> mElements;
     std::vector<ReadSection> mSections;
     uint32_t mStop = ReadElement::kNoSection;
     uint32_t mProfile = ReadElement::kNoSection;
-    /** The element that the reader has come to, and the one that gave the type of virtual bass. */
-    size_t mLast = ReadSection::kNoElement;
-    size_t mVirtualBass = ReadSection::kNoElement;
+    /** The line that the reader has come to. */
+    long mReached = 0;
+    /** What the settings give endpoints. */
+    ReadSection::Sources mSettings;
     TuningFileParser mParser;
-    std::unordered_map<const void*, size_t> mSectionOfObject;
+    std::unordered_map<const void*, const ReadSection*> mSectionOfObject;
 };
 
 }  // namespace ormel::tools

@@ -247,22 +247,16 @@ std::optional<std::string> XmlElements::attribute(size_t element, std::string_vi
     return std::nullopt;
 }
 
-XmlPosition XmlElements::positionOf(size_t element) const {
-    return {nodesBefore(element), element, element == 0 ? size() : end(parent(element))};
-}
-
-bool XmlElements::isOnElement(const XmlPosition& position) const {
-    return position.element < position.end && nodesBefore(position.element) == position.node;
-}
-
-XmlPosition XmlElements::childrenNext(const XmlPosition& position) const {
-    if (!isOnElement(position) || nodes(position.element) == 0) {
-        return position;
+XmlSiblings XmlElements::childrenNext(const XmlSiblings& from) const {
+    if (!from.isOnFirst || nodes(from.first) == 0) {
+        return from;
     }
-    const size_t child = position.element + 1;
-    const size_t childEnd = end(position.element);
-    const bool isFirstPassed = child < childEnd && nodesBefore(child) == 0;
-    return {1, isFirstPassed ? end(child) : child, childEnd};
+    const size_t childEnd = end(from.first);
+    size_t child = from.first + 1;
+    if (child < childEnd && nodesBefore(child) == 0) {
+        child = end(child);
+    }
+    return {child, childEnd, child < childEnd && nodesBefore(child) == 1};
 }
 
 }  // namespace ormel::tools

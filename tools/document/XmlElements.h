@@ -108,13 +108,11 @@ struct XmlListener {
     const char* rootName = nullptr;
 };
 
-/** A node among its siblings. */
-struct XmlPosition {
-    /** Number of nodes before it. */
-    size_t node;
-    /** The first element that is not before it, at @p end if there is none. */
-    size_t element;
+/** Elements that follow one another, seen from the first or from a node in front of it. */
+struct XmlSiblings {
+    size_t first;
     size_t end;
+    bool isOnFirst;
 };
 
 /** The elements of a document by their numbers in document order, the root's being 0. */
@@ -145,10 +143,8 @@ class XmlElements {
     /** The text of an attribute by its local name. */
     std::optional<std::string> attribute(size_t element, std::string_view name) const;
 
-    XmlPosition positionOf(size_t element) const;
-    bool isOnElement(const XmlPosition& position) const;
     /** Where TagIterator::childrenNext() leads from there. */
-    XmlPosition childrenNext(const XmlPosition& position) const;
+    XmlSiblings childrenNext(const XmlSiblings& from) const;
 
     /** Elements, and the entities that their content refers to. */
     const std::vector<std::pair<size_t, std::string>>& getReferences() const { return mReferences; }
