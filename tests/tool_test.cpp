@@ -350,6 +350,14 @@ TEST(PlotTest, HasTheCurvesDrawn) {
          }) {
         EXPECT_THAT(compared, HasSubstr(text));
     }
+
+    // Without a gain the one band is none.
+    EXPECT_EQ(run("plot --against " + kSmall + " -o " + picture +
+                  " - <<END\n$(/bin/sed 's/ gain=\"8\"//' " + kSmall + ")\nEND"),
+              std::make_pair(0, std::string()));
+    std::ifstream incomplete(picture);
+    EXPECT_THAT(std::string(std::istreambuf_iterator<char>(incomplete), {}),
+                HasSubstr("; not sent, since it has 0 bands; old: "));
     std::filesystem::remove_all(directory);
     EXPECT_EQ(run("plot " + kSmall + " -o " + picture),
               std::make_pair(2, std::string("ormel-tuning: drawing takes gnuplot, which is not "

@@ -114,7 +114,10 @@ void addProfilePictures(const EffectList& list, std::vector<Picture>& pictures) 
     Picture graphic = {
             Kind::GEQ_GAINS, {owner}, "graphic_equalizer_enable" + flagText(GEON, isOff), {}};
     const Entry* const bands = lastEntry(list, DEVICE_OUT_DEFAULT, GEBS);
-    const size_t count = bands == nullptr ? kGeqBands : bands->values.size() / 2;
+    // An entry of other than as many gains as frequencies has no band.
+    const auto shape = bands == nullptr ? std::nullopt : shapeOf(bands->code, bands->values);
+    const size_t whole = shape.has_value() ? findColumn(*shape, GEQ_GAIN)->values.size() : 0;
+    const size_t count = bands == nullptr ? kGeqBands : whole;
     if (count != kGeqBands) {
         graphic.flags += "; not sent, since it has " + countText(count, "band", "bands");
     }
