@@ -5,6 +5,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <map>
 #include <numeric>
 #include <stdexcept>
 #include <string>
@@ -45,19 +46,27 @@ size_t distance(std::string_view from, std::string_view to) {
 
 /** The command of a name. Throws std::runtime_error, which says the nearest one, for no command. */
 CLI::App& commandOf(CLI::App& app, const std::string& name) {
-    const std::vector<CLI::App*> commands = app.get_subcommands({});
-    const auto nearest = std::min_element(
-            commands.begin(), commands.end(), [&name](const CLI::App* a, const CLI::App* b) {
-                return distance(name, a->get_name()) < distance(name, b->get_name());
-            });
-    if ((*nearest)->get_name() != name) {
-        throw std::runtime_error("unknown command '" + name + "'; the nearest is '" +
-                                 (*nearest)->get_name() + "'");
+    std::map<size_t, CLI::App*> byDistance;
+    for (CLI::App* const command : app.get_subcommands({})) {
+        byDistance.emplace(distance(name, command->get_name()), command);
     }
-    return **nearest;
+    const auto [away, nearest] = *byDistance.begin();
+    if (away != 0) {
+        throw std::runtime_error("unknown command '" + name + "'; the nearest is '" +
+                                 nearest->get_name() + "'");
+    }
+    return *nearest;
 }
 
-void addOwnCommands(CLI::App& app) {
+void addCommands(CLI::App& app, int& status) {
+    ormel::tools::addCheck(app, status);
+    ormel::tools::addShow(app);
+    ormel::tools::addApply(app);
+    ormel::tools::addDiff(app, status);
+    ormel::tools::addPlot(app);
+    ormel::tools::addReport(app);
+    app.require_subcommand(1);
+    app.footer(kFooter);
     app.set_version_flag("--version", "ormel-tuning " ORMEL_VERSION);
     app.add_subcommand("schema", "Print the schema of tuning documents, for editors and builds")
             ->callback([] { std::cout << ormel::tools::schemaText(); });
@@ -65,37 +74,16 @@ void addOwnCommands(CLI::App& app) {
     help->add_option("COMMAND");
     help->callback([&app, help] {
         const std::string name = help->get_option("COMMAND")->as<std::string>();
-        const CLI::App& command = name.empty() ? app : commandOf(app, name);
-        std::cout << command.get_formatter()->make_help(
-                &command, name.empty() ? app.get_name() : app.get_name() + ' ' + name,
-                CLI::AppFormatMode::Normal);
+        // The program's own help would be that of its command help.
+        std::cout << (name.empty() ? app.get_formatter()->make_help(&app, app.get_name(),
+                                                                    CLI::AppFormatMode::Normal)
+                                   : commandOf(app, name).help(app.get_name()));
     });
 }
 
-int run(int argc, char** argv) {
-    CLI::App app("Works with spatializer tuning documents.", "ormel-tuning");
-    app.require_subcommand(1);
-    app.footer(kFooter);
-    int status = 0;
-    ormel::tools::addCheck(app, status);
-    ormel::tools::addShow(app);
-    ormel::tools::addApply(app);
-    ormel::tools::addDiff(app, status);
-    ormel::tools::addPlot(app);
-    ormel::tools::addReport(app);
-    addOwnCommands(app);
-    if (argc > 1 && *argv[1] != '-') {
-        commandOf(app, argv[1]);
-    }
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) {
-            return app.exit(error);
-        }
-        throw std::runtime_error(std::string(error.what()) + "; see --help");
-    }
-    return status;
+int failed(const std::string& what) {
+    std::cerr << "ormel-tuning: " << ormel::tools::printable(what) << '\n';
+    return kFailed;
 }
 
 }  // namespace
@@ -103,14 +91,20 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     // A reader that has gone is a failed write, and no reason to die of.
     (void)std::signal(SIGPIPE, SIG_IGN);
+    CLI::App app("Works with spatializer tuning documents.", "ormel-tuning");
+    int status = 0;
     try {
-        const int status = run(argc, argv);
-        if (!std::cout.flush()) {
-            throw std::runtime_error("cannot write the output");
+        addCommands(app, status);
+        if (argc > 1 && *argv[1] != '-') {
+            commandOf(app, argv[1]);
         }
-        return status;
+        app.parse(argc, argv);
+    } catch (const CLI::Success& request) {
+        app.exit(request);
+    } catch (const CLI::ParseError& error) {
+        return failed(std::string(error.what()) + "; see --help");
     } catch (const std::exception& error) {
-        std::cerr << "ormel-tuning: " << ormel::tools::printable(error.what()) << '\n';
-        return kFailed;
+        return failed(error.what());
     }
+    return std::cout.flush() ? status : failed("cannot write the output");
 }

@@ -1,15 +1,19 @@
+#include <kivparamstorage/KivParamStore.h>
+#include <ormel/SpatializerParamCache.h>
+
+#include <algorithm>
+#include <functional>
 #include <iomanip>
 #include <iostream>
+#include <iterator>
 #include <memory>
-#include <optional>
-#include <sstream>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Commands.h"
-#include "Operations.h"
 #include "document/AppliedLists.h"
 #include "document/Store.h"
 #include "text/Files.h"
@@ -39,6 +43,123 @@ namespace {
 constexpr size_t kListColumn = 32;
 constexpr size_t kMeaningColumn = 40;
 
+/** One step: how it reads, and what it does. It returns the front's status, or null for none. */
+struct Operation {
+    std::string text;
+    std::function<Json(IEffectOrm*)> run;
+};
+
+/** The first word of a trimmed text, and the rest without the blanks between. */
+std::pair<std::string, std::string> splitWord(const std::string& text) {
+    const size_t end = std::min(text.find_first_of(kBlanks), text.size());
+    return {text.substr(0, end), std::string(trimmed(text.substr(end)))};
+}
+
+// These throw std::runtime_error for what cannot be done. The process's store has the document
+// already, since it says which tuning devices there are.
+
+Operation profileOperation(const std::string& arguments) {
+    const auto [profile, content] = splitWord(arguments);
+    const bool isOrmelContent = content == "ormel-content";
+    if (!content.empty() && !isOrmelContent) {
+        throw std::runtime_error("'" + content + "' behind the profile is not 'ormel-content'");
+    }
+    const OrmSpatializerProfileId id = profileOf(profile);
+    return {"setProfile(" + profileText(id) +
+                    ", isOrmelContent=" + (isOrmelContent ? "true" : "false") + ")",
+            [id, isOrmelContent](IEffectOrm* effect) {
+                return SpatializerParamCache().setProfile(id, effect, isOrmelContent);
+            }};
+}
+
+Operation tuningOperation(const std::string& choice) {
+    const size_t equals = choice.find('=');
+    if (equals == std::string::npos) {
+        throw std::runtime_error("'" + choice + "' is not PORT=DEVICE");
+    }
+    const Port port = portOf(choice.substr(0, equals));
+    const std::string device = choice.substr(equals + 1);
+    SpatializerParamArray& store = SpatializerParamArray::getInstance();
+    if (!store.isValidTuningDevice(port, device)) {
+        const std::string available = store.getAvailableTuningDevices(port);
+        throw std::runtime_error("unknown tuning device '" + device + "' for port " +
+                                 kPortNames[port] + "; there " +
+                                 (available.empty() ? "is none" : "are " + available));
+    }
+    return {std::string("setSelectedTuningDevice(") + kPortNames[port] + ", " + device + ")",
+            [port, device](IEffectOrm* effect) {
+                return SpatializerParamCache().setSelectedTuningDevice(port, device, effect);
+            }};
+}
+
+Operation geqOperation(const std::string& gains) {
+    const std::vector<int32_t> values = integersOf(gains);
+    return {"setProfileGeqGains(" + listText(values) + ")", [values](IEffectOrm* effect) {
+                return SpatializerParamCache().setProfileGeqGains(values, effect);
+            }};
+}
+
+Operation deviceProcOperation(const std::string& codes) {
+    const std::vector<std::string> letters = partsOf(codes);
+    std::set<int> set;
+    std::transform(letters.begin(), letters.end(), std::inserter(set, set.end()), codeOf);
+    return {"setDeviceProcParams(" + joined(letters, ", ") + ")", [set](IEffectOrm* /* effect */) {
+                android::Singleton<KivParamStore>::getInstance().setDeviceProcParams(set);
+                return nullptr;
+            }};
+}
+
+Operation loadTuningOperation(const std::string& arguments) {
+    if (!arguments.empty()) {
+        throw std::runtime_error("'" + arguments + "' behind load-tuning, which takes nothing");
+    }
+    return {"loadTuning()",
+            [](IEffectOrm* effect) { return SpatializerParamCache().loadTuning(effect); }};
+}
+
+/** A line of a script is a word and its arguments, which options of that name take as well. */
+struct OperationRow {
+    const char* word;
+    const char* arguments;
+    Operation (*make)(const std::string& arguments);
+};
+
+constexpr OperationRow kOperations[] = {
+        {"profile", " PROFILE [ormel-content]", profileOperation},
+        {"tuning", " PORT=DEVICE", tuningOperation},
+        {"geq", " GAINS", geqOperation},
+        {"device-proc", " CODES", deviceProcOperation},
+        {"load-tuning", "", loadTuningOperation},
+};
+
+/**
+ * The operations of a script, one a line; blank lines and those that begin with # are none. Errors
+ * begin with the script's name and the line's number.
+ */
+std::vector<Operation> readScript(const std::string& file) {
+    std::vector<std::string> words;
+    for (const OperationRow& row : kOperations) {
+        words.emplace_back(row.word);
+    }
+    std::istringstream script(readDocument(file));
+    std::vector<Operation> operations;
+    std::string text;
+    for (int line = 1; std::getline(script, text); ++line) {
+        const auto [word, arguments] = splitWord(std::string(trimmed(text)));
+        if (word.empty() || word.front() == '#') {
+            continue;
+        }
+        try {
+            const OperationRow& row = kOperations[indexOf(word, "operation", words)];
+            operations.push_back(row.make(arguments));
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error((file == "-" ? "stdin" : file) + ":" + std::to_string(line) +
+                                     ": " + error.what());
+        }
+    }
+    return operations;
+}
+
 /** The command's arguments, as they stand on the command line. */
 struct ApplyOptions {
     std::string file;
@@ -54,14 +175,9 @@ struct ApplyOptions {
     bool json = false;
 };
 
-std::vector<Operation> readScriptFile(const std::string& file) {
-    std::istringstream script(readDocument(file));
-    return readScript(script, file == "-" ? "stdin" : file);
-}
-
 std::vector<Operation> planOf(const ApplyOptions& options) {
     if (!options.script.empty()) {
-        return readScriptFile(options.script);
+        return readScript(options.script);
     }
     std::vector<Operation> plan;
     if (!options.deviceProc.empty()) {
@@ -71,80 +187,74 @@ std::vector<Operation> planOf(const ApplyOptions& options) {
         plan.push_back(tuningOperation(tuning));
     }
     if (!options.gains.empty()) {
-        plan.push_back(profileGeqOperation(options.gains, options.profile));
+        plan.push_back(geqOperation(options.gains));
     }
-    plan.push_back(profileOperation(options.profile, options.ormelContent));
-    plan.push_back(loadTuningOperation());
+    plan.push_back(
+            profileOperation(options.profile + (options.ormelContent ? " ormel-content" : "")));
+    plan.push_back(loadTuningOperation(""));
     return plan;
 }
 
 /** A single value stands before its meaning; a list below, and its length in its place. */
-void print(const EffectCall& call, std::ostream& out) {
-    const std::string device = deviceText(call.device);
-    if (call.kind == EffectCall::Kind::COMMIT) {
-        out << "  commit " << device << '\n';
+void printCall(const Json& call) {
+    const std::string device = call["device"];
+    if (!call.contains("code")) {
+        std::cout << "  commit " << device << '\n';
         return;
     }
-    auto [letters, meaning] = codeText(call.code);
-    if (call.status != 0) {
-        meaning += "; failed with status " + std::to_string(call.status);
+    const std::vector<int32_t> values = call["values"];
+    std::string meaning = call["meaning"];
+    if (call["status"] != 0) {
+        meaning += "; failed with status " + call["status"].dump();
     }
-    out << (call.kind == EffectCall::Kind::SET ? "  set    " : "  read   ") << std::left
-        << std::setw(17) << device << std::setw(5) << letters << std::right << std::setw(7)
-        << valueText(call.values) << "  " << wrapped(meaning, kMeaningColumn) << '\n';
-    if (call.values.size() > 1) {
-        out << std::string(kListColumn, ' ') << wrapped(listText(call.values), kListColumn) << '\n';
-    }
-}
-
-/** What came of one operation. */
-struct Outcome {
-    std::string operation;
-    std::vector<EffectCall> calls;
-    std::optional<int32_t> status;
-};
-
-void print(const Outcome& outcome, std::ostream& out) {
-    out << outcome.operation << '\n';
-    for (const EffectCall& call : outcome.calls) {
-        print(call, out);
-    }
-    out << (outcome.calls.empty() ? "  no calls\n" : "");
-    if (outcome.status.has_value()) {
-        out << "  returned " << *outcome.status << '\n';
+    std::cout << "  " << std::left << std::setw(7) << call["call"].get<std::string>()
+              << std::setw(17) << device << std::setw(5) << call["code"].get<std::string>()
+              << std::right << std::setw(7) << valueText(values) << "  "
+              << wrapped(meaning, kMeaningColumn) << '\n';
+    if (values.size() > 1) {
+        std::cout << std::string(kListColumn, ' ') << wrapped(listText(values), kListColumn)
+                  << '\n';
     }
 }
 
-void to_json(Json& json, const Outcome& outcome) {
-    json = {{"operation", outcome.operation}, {"calls", outcome.calls}};
-    json["returned"] = outcome.status.has_value() ? Json(*outcome.status) : Json(nullptr);
+void print(const Json& outcome) {
+    std::cout << outcome["operation"].get<std::string>() << '\n';
+    for (const Json& call : outcome["calls"]) {
+        printCall(call);
+    }
+    std::cout << (outcome["calls"].empty() ? "  no calls\n" : "");
+    if (!outcome["returned"].is_null()) {
+        std::cout << "  returned " << outcome["returned"] << '\n';
+    }
 }
 
 /** Unusable arguments or documents throw before anything is written. */
-void runApply(const ApplyOptions& options, std::ostream& out) {
+void runApply(const ApplyOptions& options) {
     if (options.profile.empty() == options.script.empty()) {
         throw std::runtime_error("one of --profile and --script is needed");
     }
     if (options.script.empty()) {
-        profileOf(options.profile);
+        // Gains go to the current profile.
+        processStore().setCurrentProfile(profileOf(options.profile));
     }
     const android_LogPriority lowest = options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN;
     loadForProcess(options.file, options.verbose ? lowest : ANDROID_LOG_SILENT);
     setLibraryLog(lowest);
-    SpatializerParamCache cache;
     RecordingEffect effect;
-    Json operations = Json::array();
+    Json outcomes = Json::array();
     for (const Operation& operation : planOf(options)) {
-        const std::optional<int32_t> status = operation.run(cache, effect);
-        const Outcome outcome = {operation.text, effect.takeCalls(), status};
+        const Json returned = operation.run(&effect);
+        const Json outcome = {{"operation", operation.text},
+                              {"calls", effect.takeCalls()},
+                              {"returned", returned}};
         if (options.json) {
-            operations.push_back(outcome);
+            outcomes.push_back(outcome);
         } else {
-            print(outcome, out);
+            print(outcome);
         }
     }
     if (options.json) {
-        printJson(Json{{"file", options.file}, {"operations", std::move(operations)}}, out);
+        printJson({{"file", options.file}, {"operations", std::move(outcomes)}}, std::cout);
     }
 }
 
@@ -182,14 +292,17 @@ void addApply(CLI::App& app) {
     command->add_flag("--json", options->json,
                       "{file, operations: [{operation, calls: [{call, device, deviceId, code, "
                       "meaning, values, status}], returned}]}");
-    command->footer(R"(Operations of a script:
-)" + scriptHelp() + R"(
+    std::string forms;
+    for (const OperationRow& row : kOperations) {
+        forms += std::string("  ") + row.word + row.arguments + '\n';
+    }
+    command->footer("Operations of a script:\n" + forms + R"(
 Examples:
   ormel-tuning apply examples/phone-multi-tuning.xml --profile music \
       --tuning bluetooth=bluetooth_car
   printf '%s\n' 'profile movie' 'geq 0,16,-8' 'profile custom' |
       ormel-tuning apply examples/tablet-quad.xml --script -)");
-    command->callback([options] { runApply(*options, std::cout); });
+    command->callback([options] { runApply(*options); });
 }
 
 }  // namespace ormel::tools

@@ -1,4 +1,4 @@
-// Scripts that have gnuplot draw pictures.
+// Pictures drawn by the program gnuplot.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 namespace ormel::tools {
 
 /** The span of all values of each kind, for one vertical scale. */
-using Scales = std::map<Picture::Kind, std::pair<int32_t, int32_t>>;
+using Scales = std::map<Picture::Kind, std::pair<int64_t, int64_t>>;
 
 Scales scalesOf(const std::vector<Picture>& pictures);
 
@@ -26,5 +26,14 @@ size_t legendLines(const Picture& picture);
 
 /** Draws a picture; on the scale of its kind, where there is one. */
 void writePicture(const Picture& picture, const Scales& scales, std::ostream& script);
+
+/** A text as a literal of a script, in which nothing of it is more than itself. */
+std::string gnuplotLiteral(const std::string& text);
+
+/**
+ * What gnuplot draws on its standard output by a script. Throws std::runtime_error when it fails,
+ * and when there is no gnuplot.
+ */
+std::string drawnByGnuplot(const std::string& script);
 
 }  // namespace ormel::tools

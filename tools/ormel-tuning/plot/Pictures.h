@@ -22,8 +22,6 @@ struct Curve {
     bool isOff = false;
     /** Whether it is that of the document which is compared with. */
     bool isOld = false;
-    /** Number of its colour and dash; a curve and the old one of its name share it. */
-    size_t style = 0;
 };
 
 struct Picture {
@@ -34,8 +32,12 @@ struct Picture {
     std::vector<std::string> owners;
     /** What the enable flags say: "ieq_enable: speaker 1, headphone 0". */
     std::string flags;
-    std::vector<Curve> curves;
+    std::vector<Curve> curves = {};
 };
+
+bool operator==(const Curve& left, const Curve& right);
+/** Whether two pictures show the same, whoever owns them. */
+bool operator==(const Picture& left, const Picture& right);
 
 /** "movie, music: graphic equalizer gains". */
 std::string titleOf(const Picture& picture);
@@ -54,11 +56,11 @@ struct PictureChoice {
     std::vector<std::string> tunings = {};
 };
 
-/** The pictures that have curves; those of a kind that are the same become one. */
-std::vector<Picture> picturesOf(const LoadedDocument& document, const PictureChoice& choice);
-
-/** The same, with the curves that another document has otherwise as old ones. */
-std::vector<Picture> picturesOf(const LoadedDocument& document, const LoadedDocument& old,
+/**
+ * The pictures that have curves; those of a kind that are the same become one. With @p old, the
+ * curves that it has otherwise are in them as old ones.
+ */
+std::vector<Picture> picturesOf(const LoadedDocument& document, const LoadedDocument* old,
                                 const PictureChoice& choice);
 
 }  // namespace ormel::tools

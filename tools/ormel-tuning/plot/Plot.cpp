@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -8,7 +7,6 @@
 
 #include "Commands.h"
 #include "Drawing.h"
-#include "Gnuplot.h"
 #include "Pictures.h"
 #include "document/LoadedDocument.h"
 #include "text/Files.h"
@@ -20,15 +18,12 @@ namespace ormel::tools {
 namespace {
 
 constexpr size_t kPicturesPerRow = 2;
-/** A page of this many rows prints on one of paper. */
-constexpr size_t kRowsPerPage = 3;
-constexpr size_t kPicturesPerPage = kPicturesPerRow * kRowsPerPage;
+/** Three rows print on one page of paper. */
+constexpr size_t kPicturesPerPage = kPicturesPerRow * 3;
 constexpr size_t kMaxPages = 40;
 constexpr size_t kWidth = 1200;
 constexpr size_t kRowHeight = 440;
 constexpr size_t kTitleHeight = 40;
-/** Pixels per unit of a picture that is made of them, so that it prints well. */
-constexpr size_t kPixelScale = 2;
 /** Lines that an axis of places takes. */
 constexpr size_t kAxisLines = 4;
 
@@ -41,43 +36,35 @@ struct PlotOptions {
     bool hasSameScale = false;
 };
 
-bool endsWith(const std::string& text, const std::string& end) {
-    return text.size() >= end.size() &&
-           text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 std::string terminalFor(const std::string& output, size_t rows) {
-    const size_t height = rows * kRowHeight + kTitleHeight;
-    std::ostringstream terminal;
-    if (endsWith(output, ".svg")) {
-        terminal << "svg size " << kWidth << ',' << height
-                 << " dynamic background '#ffffff' font 'sans-serif,13'";
-    } else if (endsWith(output, ".png")) {
-        terminal << "pngcairo size " << kPixelScale * kWidth << ',' << kPixelScale * height
-                 << " background '#ffffff' font 'sans,10' fontscale " << kPixelScale
-                 << " linewidth " << kPixelScale << " pointscale " << kPixelScale;
-    } else {
-        throw std::runtime_error(output + ": pictures are .svg or .png");
+    const auto size = [rows](size_t scale) {
+        return std::to_string(scale * kWidth) + ',' +
+               std::to_string(scale * (rows * kRowHeight + kTitleHeight));
+    };
+    const std::string ending = output.substr(std::min(output.rfind('.'), output.size()));
+    if (ending == ".svg") {
+        return "svg size " + size(1) + " dynamic background '#ffffff' font 'sans-serif,13'";
     }
-    return terminal.str();
+    // Two pixels per unit, so that it prints well.
+    if (ending == ".png") {
+        return "pngcairo size " + size(2) +
+               " background '#ffffff' font 'sans,10' fontscale 2 linewidth 2 pointscale 2";
+    }
+    throw std::runtime_error(output + ": pictures are .svg or .png");
 }
-
-using PictureIterator = std::vector<Picture>::const_iterator;
 
 /** Draws some pictures on one page. */
-std::string scriptFor(PictureIterator begin, PictureIterator end, const Scales& scales,
+std::string scriptFor(const std::vector<Picture>& pictures, const Scales& scales,
                       const std::string& title, const std::string& output) {
-    const auto count = static_cast<size_t>(end - begin);
-    const size_t rows = (count + kPicturesPerRow - 1) / kPicturesPerRow;
+    const size_t rows = (pictures.size() + kPicturesPerRow - 1) / kPicturesPerRow;
     std::ostringstream script;
     script << "set terminal " << terminalFor(output, rows) << '\n'
            << drawingSettings() << "set multiplot layout " << rows << ',' << kPicturesPerRow
            << " title " << gnuplotLiteral(title) << " noenhanced\n";
-    for (size_t i = 0; i < count; ++i) {
-        const Picture& picture = begin[static_cast<std::ptrdiff_t>(i)];
+    for (size_t i = 0; i < pictures.size(); ++i) {
+        const Picture& picture = pictures[i];
         if (i % kPicturesPerRow == 0) {
-            const bool hasNext = i + 1 < count;
-            const Picture& next = begin[static_cast<std::ptrdiff_t>(hasNext ? i + 1 : i)];
+            const Picture& next = pictures[std::min(i + 1, pictures.size() - 1)];
             script << "set bmargin "
                    << kAxisLines + std::max(legendLines(picture), legendLines(next)) << '\n';
         }
@@ -90,47 +77,40 @@ std::string scriptFor(PictureIterator begin, PictureIterator end, const Scales& 
 }
 
 /** "curves.svg", "curves-2.svg". */
-std::string pageFile(const std::string& output, size_t page) {
-    const size_t dot = output.rfind('.');
-    return page == 0 ? output
-                     : output.substr(0, dot) + '-' + std::to_string(page + 1) + output.substr(dot);
-}
-
-std::vector<Picture> wantedPictures(const PlotOptions& options) {
-    PictureChoice choice;
-    choice.tunings = options.tunings;
-    if (!options.profile.empty()) {
-        choice.profile = profileOf(options.profile);
-    }
-    const LoadedDocument document(options.file);
-    return options.old.empty() ? picturesOf(document, choice)
-                               : picturesOf(document, LoadedDocument(options.old), choice);
+std::string pageFile(std::string output, size_t page) {
+    return page == 0 ? output : output.insert(output.rfind('.'), '-' + std::to_string(page + 1));
 }
 
 void plot(const PlotOptions& options) {
     terminalFor(options.output, 1);
-    const std::vector<Picture> pictures = wantedPictures(options);
+    PictureChoice choice = {std::nullopt, options.tunings};
+    if (!options.profile.empty()) {
+        choice.profile = profileOf(options.profile);
+    }
+    const LoadedDocument document(options.file);
+    std::optional<LoadedDocument> old;
+    std::string title = baseName(options.file) + ", values in the effect's own units";
+    if (!options.old.empty()) {
+        old.emplace(options.old);
+        title += "; thin lines, old: " + baseName(options.old);
+    }
+    const auto pictures = picturesOf(document, old.has_value() ? &*old : nullptr, choice);
     if (pictures.empty()) {
         throw std::runtime_error(options.file + ": nothing to draw by that name");
     }
-    const size_t pages = (pictures.size() + kPicturesPerPage - 1) / kPicturesPerPage;
-    if (pages > kMaxPages) {
+    if (pictures.size() > kMaxPages * kPicturesPerPage) {
         throw std::runtime_error(options.file + ": too much to draw; name some with " +
                                  "--profile or --tuning");
     }
-    std::string title = baseName(options.file) + ", values in the effect's own units";
-    title += options.old.empty() ? "" : "; thin lines, old: " + baseName(options.old);
     const Scales scales = options.hasSameScale ? scalesOf(pictures) : Scales();
-    std::vector<std::string> drawn;
-    for (size_t page = 0; page < pages; ++page) {
-        const auto begin = pictures.begin() + static_cast<std::ptrdiff_t>(page * kPicturesPerPage);
-        const auto left = static_cast<size_t>(pictures.end() - begin);
-        const auto size = static_cast<std::ptrdiff_t>(std::min(left, kPicturesPerPage));
-        drawn.push_back(
-                drawnByGnuplot(scriptFor(begin, begin + size, scales, title, options.output)));
+    std::vector<std::string> pages;
+    for (auto next = pictures.begin(); next != pictures.end();) {
+        const auto begin = next;
+        next += std::min<std::ptrdiff_t>(kPicturesPerPage, pictures.end() - begin);
+        pages.push_back(drawnByGnuplot(scriptFor({begin, next}, scales, title, options.output)));
     }
-    for (size_t page = 0; page < pages; ++page) {
-        writeFile(pageFile(options.output, page), drawn[page]);
+    for (size_t page = 0; page < pages.size(); ++page) {
+        writeFile(pageFile(options.output, page), pages[page]);
     }
 }
 

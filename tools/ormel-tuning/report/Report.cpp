@@ -100,8 +100,7 @@ void addLoaded(const ReportOptions& options, Json& content) {
     content["format"] = document->objects().getFormatVersion();
     content["lists"] = listsJson(*document, old.has_value() ? &*old : nullptr);
     content["isCut"] = content["lists"].size() == kMaxLists;
-    content.update(picturesJson(old.has_value() ? picturesOf(*document, *old, {})
-                                                : picturesOf(*document, {})));
+    content.update(picturesJson(picturesOf(*document, old.has_value() ? &*old : nullptr, {})));
 }
 
 void report(const ReportOptions& options) {

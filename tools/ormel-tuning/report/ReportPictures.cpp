@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "plot/Drawing.h"
-#include "plot/Gnuplot.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
