@@ -133,7 +133,7 @@ size_t legendLines(const Picture& picture) {
 void writePicture(const Picture& picture, const Scales& scales, std::ostream& script) {
     Axis axis = isOverFrequency(picture.kind) ? kFrequencies : kPlaces;
     writeData(picture, axis, script);
-    script << axis.settings << "set ylabel '" << valueName(picture.kind) << "'\nset yrange [";
+    script << axis.settings << "set ylabel '" << picture.kind->valueName << "'\nset yrange [";
     if (const auto scale = scales.find(picture.kind); scale != scales.end()) {
         script << scale->second.first << ':' << scale->second.second;
     }

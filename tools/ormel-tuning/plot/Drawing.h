@@ -14,7 +14,7 @@
 namespace ormel::tools {
 
 /** The span of all values of each kind, for one vertical scale. */
-using Scales = std::map<Picture::Kind, std::pair<int64_t, int64_t>>;
+using Scales = std::map<const PictureKind*, std::pair<int64_t, int64_t>>;
 
 Scales scalesOf(const std::vector<Picture>& pictures);
 

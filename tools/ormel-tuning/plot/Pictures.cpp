@@ -15,74 +15,42 @@ namespace ormel::tools {
 namespace {
 
 using Values = std::vector<int32_t>;
-using Kind = Picture::Kind;
-
-struct KindRow {
-    const char* title;
-    const char* valueName;
-    Parameter flag;
-    /** What the values run over; none for the places of a list. */
-    std::optional<Parameter> frequency;
-    /** The only number of bands that is sent; 0 where any is. */
-    size_t bands;
-};
-
-struct CurveRow {
-    Kind kind;
-    const char* name;
-    Parameter values;
-    /** Whether it is sent where there are more than two channels alone. */
-    bool isSurround = false;
-    /** The device that gets it; a tuning's values are under this one. */
-    int32_t device = DEVICE_OUT_DEFAULT;
-};
 
 /** The headphone's devices all get what its endpoint asks for. */
 constexpr int32_t kHeadphone = kHeadphoneDevices.front();
 
 // clang-format off
-/** By kind. */
-constexpr KindRow kKinds[] = {
-    {"intelligent equalizer targets", "Target", IEQ_ENABLE, IEQ_FREQUENCY, 0},
-    {"graphic equalizer gains", "Gain", GRAPHIC_EQUALIZER_ENABLE, GEQ_FREQUENCY, kGeqBands},
-    {"audio optimizer gains", "Gain", AUDIO_OPTIMIZER_ENABLE, AUDIO_OPTIMIZER_FREQUENCY, 0},
-    {"regulator thresholds", "Threshold", REGULATOR_ENABLE, REGULATOR_FREQUENCY, 0},
-    {"complex equalizer", "Value", COMPLEX_EQUALIZER_ENABLE, std::nullopt, 0},
+constexpr PictureKind kProfileKinds[] = {
+    {"intelligent equalizer targets", "Target", IEQ_ENABLE, IEQ_FREQUENCY, 0,
+        {{"speaker", IEQ_TARGET, false, DEVICE_OUT_SPEAKER},
+         {"headphone", IEQ_TARGET, false, kHeadphone}}},
+    {"graphic equalizer gains", "Gain", GRAPHIC_EQUALIZER_ENABLE, GEQ_FREQUENCY, kGeqBands,
+        {{"all devices", GEQ_GAIN}}},
 };
 
-constexpr CurveRow kCurves[] = {
-    {Kind::IEQ_TARGETS, "speaker", IEQ_TARGET, false, DEVICE_OUT_SPEAKER},
-    {Kind::IEQ_TARGETS, "headphone", IEQ_TARGET, false, kHeadphone},
-    {Kind::GEQ_GAINS, "all devices", GEQ_GAIN},
-    {Kind::OPTIMIZER_GAINS, "left", AUDIO_OPTIMIZER_GAIN_L},
-    {Kind::OPTIMIZER_GAINS, "right", AUDIO_OPTIMIZER_GAIN_R},
-    {Kind::OPTIMIZER_GAINS, "left surround", AUDIO_OPTIMIZER_GAIN_LS, true},
-    {Kind::OPTIMIZER_GAINS, "right surround", AUDIO_OPTIMIZER_GAIN_RS, true},
-    {Kind::THRESHOLDS, "low", REGULATOR_THRESHOLD_LOW},
-    {Kind::THRESHOLDS, "high", REGULATOR_THRESHOLD_HIGH},
-    {Kind::COMPLEX_EQ, "left", COMPLEX_EQUALIZER_TUNING_LEFT},
-    {Kind::COMPLEX_EQ, "right", COMPLEX_EQUALIZER_TUNING_RIGHT},
-    {Kind::COMPLEX_EQ, "left surround", COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, true},
-    {Kind::COMPLEX_EQ, "right surround", COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND, true},
+constexpr PictureKind kTuningKinds[] = {
+    {"audio optimizer gains", "Gain", AUDIO_OPTIMIZER_ENABLE, AUDIO_OPTIMIZER_FREQUENCY, 0,
+        {{"left", AUDIO_OPTIMIZER_GAIN_L},
+         {"right", AUDIO_OPTIMIZER_GAIN_R},
+         {"left surround", AUDIO_OPTIMIZER_GAIN_LS, true},
+         {"right surround", AUDIO_OPTIMIZER_GAIN_RS, true}}},
+    {"regulator thresholds", "Threshold", REGULATOR_ENABLE, REGULATOR_FREQUENCY, 0,
+        {{"low", REGULATOR_THRESHOLD_LOW},
+         {"high", REGULATOR_THRESHOLD_HIGH}}},
+    {"complex equalizer", "Value", COMPLEX_EQUALIZER_ENABLE, std::nullopt, 0,
+        {{"left", COMPLEX_EQUALIZER_TUNING_LEFT},
+         {"right", COMPLEX_EQUALIZER_TUNING_RIGHT},
+         {"left surround", COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, true},
+         {"right surround", COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND, true}}},
 };
 // clang-format on
-
-const KindRow& rowOf(Kind kind) {
-    return kKinds[static_cast<size_t>(kind)];
-}
 
 /** A profile or tuning, and what its pictures are made from. */
 struct Owner {
     std::string name;
     /** The devices that have flags of their own, behind the words for them. */
     std::vector<std::pair<std::string, int32_t>> outputs;
-    /** By parameter and device. */
-    std::map<std::pair<Parameter, int32_t>, Values> values = {};
-
-    Values valuesOf(Parameter param, int32_t device) const {
-        const auto found = values.find({param, device});
-        return found == values.end() ? Values() : found->second;
-    }
+    std::map<int32_t, std::map<Parameter, Values>> valuesOfDevice = {};
 };
 
 /** A profile, with the values that the effect keeps: of those for one device the last. */
@@ -94,18 +62,10 @@ Owner ownerOf(const EffectList& list) {
         const bool isPlain = layout.head == EntryHead::NONE;
         const Shape shape = shapeOf(entry.code, entry.values).value_or(Shape());
         for (const Parameter param : layout.lists.toVector()) {
-            const auto* const column = findColumn(shape, param);
-            Values& values = owner.values[{param, entry.device}];
+            const Shape::Column* const column = findColumn(shape, param);
+            Values& values = owner.valuesOfDevice[entry.device][param];
             values = column != nullptr ? column->values : isPlain ? entry.values : Values();
         }
-    }
-    return owner;
-}
-
-Owner ownerOf(const Tuning& tuning) {
-    Owner owner = {tuning.getName(), {{"", DEVICE_OUT_DEFAULT}}};
-    for (const auto& [param, values] : tuning.getValues()) {
-        owner.values[{param, DEVICE_OUT_DEFAULT}] = values;
     }
     return owner;
 }
@@ -128,41 +88,41 @@ void addCurve(Picture& picture, Curve curve) {
     picture.curves.push_back(std::move(curve));
 }
 
-Picture pictureOf(Kind kind, const Owner& owner) {
-    const KindRow& row = rowOf(kind);
+Picture pictureOf(const PictureKind& kind, Owner& owner) {
     std::vector<std::string> flags;
     // What is for all devices is on if it is for some.
     std::set<int32_t> on;
     for (const auto& [word, device] : owner.outputs) {
-        const Values flag = owner.valuesOf(row.flag, device);
+        const Values& flag = owner.valuesOfDevice[device][kind.flag];
         flags.push_back(word + (flag.empty() ? "absent" : std::to_string(flag.front())));
         // An absent one leaves the effect as it is.
         if (flag.empty() || flag.front() != 0) {
             on.insert({device, DEVICE_OUT_DEFAULT});
         }
     }
-    Picture picture = {
-            kind, {owner.name}, kParameterNames[row.flag] + (": " + joined(flags, ", "))};
-    const bool hasSurrounds = firstOr0(owner.valuesOf(OUTPUT_CHANNELS, DEVICE_OUT_DEFAULT)) > 2;
-    for (const CurveRow& curveRow : kCurves) {
-        const auto values = owner.values.find({curveRow.values, curveRow.device});
-        if (curveRow.kind != kind || values == owner.values.end() ||
-            (curveRow.isSurround && !hasSurrounds)) {
+    const std::string flagName = kParameterNames[kind.flag];
+    Picture picture = {&kind, {owner.name}, flagName + ": " + joined(flags, ", ")};
+    const bool hasSurrounds =
+            firstOr0(owner.valuesOfDevice[DEVICE_OUT_DEFAULT][OUTPUT_CHANNELS]) > 2;
+    for (const PictureKind::CurveRow& row : kind.curves) {
+        auto& values = owner.valuesOfDevice[row.device];
+        if (row.name == nullptr || values.count(row.values) == 0 ||
+            (row.isSurround && !hasSurrounds)) {
             continue;
         }
-        const size_t size = values->second.size();
-        Curve curve = {curveRow.name, Values(size), values->second};
-        if (row.frequency.has_value()) {
-            curve.places = owner.valuesOf(*row.frequency, curveRow.device);
+        const size_t size = values[row.values].size();
+        Values places(size);
+        if (kind.frequency.has_value()) {
+            places = values[*kind.frequency];
         } else {
-            std::iota(curve.places.begin(), curve.places.end(), 1);
+            std::iota(places.begin(), places.end(), 1);
         }
-        const bool isSent = row.bands == 0 || row.bands == size;
+        const bool isSent = kind.bands == 0 || kind.bands == size;
         if (!isSent) {
             picture.flags += "; not sent, since it has " + countText(size, "band", "bands");
         }
-        curve.isOff = !isSent || on.count(curveRow.device) == 0;
-        addCurve(picture, std::move(curve));
+        const bool isOff = !isSent || on.count(row.device) == 0;
+        addCurve(picture, {row.name, places, values[row.values], isOff});
     }
     return picture;
 }
@@ -170,22 +130,24 @@ Picture pictureOf(Kind kind, const Owner& owner) {
 /** One picture of each kind for every owner. */
 std::vector<Picture> allPictures(const LoadedDocument& document, const PictureChoice& choice) {
     std::vector<Picture> pictures;
-    const auto add = [&pictures](const Owner& owner, std::initializer_list<Kind> kinds) {
-        for (const Kind kind : kinds) {
+    const auto add = [&pictures](const auto& kinds, Owner owner) {
+        for (const PictureKind& kind : kinds) {
             pictures.push_back(pictureOf(kind, owner));
         }
     };
-    const bool isAll = choice.tunings.empty() && !choice.profile.has_value();
+    const auto& names = choice.tunings;
+    const bool isAll = names.empty() && !choice.profile.has_value();
     for (const EffectList& list : document.lists()) {
-        const bool isChosen = isAll || choice.profile == list.profile;
-        if (list.kind == EffectList::Kind::PROFILE && isChosen) {
-            add(ownerOf(list), {Kind::IEQ_TARGETS, Kind::GEQ_GAINS});
+        const bool isProfile = list.kind == EffectList::Kind::PROFILE;
+        if (isProfile && (isAll || choice.profile == list.profile)) {
+            add(kProfileKinds, ownerOf(list));
         }
     }
-    const auto& names = choice.tunings;
     for (const Tuning* const tuning : document.objects().getTunings()) {
-        if (isAll || std::find(names.begin(), names.end(), tuning->getName()) != names.end()) {
-            add(ownerOf(*tuning), {Kind::OPTIMIZER_GAINS, Kind::THRESHOLDS, Kind::COMPLEX_EQ});
+        const std::string name = tuning->getName();
+        if (isAll || std::find(names.begin(), names.end(), name) != names.end()) {
+            add(kTuningKinds,
+                {name, {{"", DEVICE_OUT_DEFAULT}}, {{DEVICE_OUT_DEFAULT, tuning->getValues()}}});
         }
     }
     return pictures;
@@ -240,15 +202,7 @@ bool operator==(const Picture& left, const Picture& right) {
 }
 
 std::string titleOf(const Picture& picture) {
-    return joined(picture.owners, ", ") + ": " + rowOf(picture.kind).title;
-}
-
-const char* valueName(Kind kind) {
-    return rowOf(kind).valueName;
-}
-
-bool isOverFrequency(Kind kind) {
-    return rowOf(kind).frequency.has_value();
+    return joined(picture.owners, ", ") + ": " + picture.kind->title;
 }
 
 std::vector<Picture> picturesOf(const LoadedDocument& document, const LoadedDocument* old,

@@ -24,10 +24,32 @@ struct Curve {
     bool isOld = false;
 };
 
-struct Picture {
-    enum class Kind : size_t { IEQ_TARGETS, GEQ_GAINS, OPTIMIZER_GAINS, THRESHOLDS, COMPLEX_EQ };
+/** What all pictures of a kind show of a profile or tuning. */
+struct PictureKind {
+    struct CurveRow {
+        const char* name = nullptr;
+        Parameter values = {};
+        /** Whether it is sent where there are more than two channels alone. */
+        bool isSurround = false;
+        /** The device that gets it; a tuning's values are under this one. */
+        int32_t device = DEVICE_OUT_DEFAULT;
+    };
 
-    Kind kind;
+    /** "graphic equalizer gains". */
+    const char* title;
+    /** "Gain", "Target": what the values are. */
+    const char* valueName;
+    Parameter flag;
+    /** What the values run over; none for the places of a list. */
+    std::optional<Parameter> frequency;
+    /** The only number of bands that is sent; 0 where any is. */
+    size_t bands;
+    /** Those behind the last one have no name. */
+    CurveRow curves[4];
+};
+
+struct Picture {
+    const PictureKind* kind;
     /** The profiles or tunings that it is the picture of. */
     std::vector<std::string> owners;
     /** What the enable flags say: "ieq_enable: speaker 1, headphone 0". */
@@ -42,11 +64,10 @@ bool operator==(const Picture& left, const Picture& right);
 /** "movie, music: graphic equalizer gains". */
 std::string titleOf(const Picture& picture);
 
-/** "Gain", "Target": what a kind's values are. */
-const char* valueName(Picture::Kind kind);
-
 /** Whether a kind's curves run over frequencies, and not over the places of a list. */
-bool isOverFrequency(Picture::Kind kind);
+inline bool isOverFrequency(const PictureKind* kind) {
+    return kind->frequency.has_value();
+}
 
 /** Which pictures are wanted. */
 struct PictureChoice {
