@@ -81,9 +81,21 @@ void addCommands(CLI::App& app, int& status) {
     });
 }
 
-int failed(const std::string& what) {
-    std::cerr << "ormel-tuning: " << ormel::tools::printable(what) << '\n';
-    return kFailed;
+int run(int argc, char** argv) {
+    CLI::App app("Works with spatializer tuning documents.", "ormel-tuning");
+    int status = 0;
+    addCommands(app, status);
+    if (argc > 1 && *argv[1] != '-') {
+        commandOf(app, argv[1]);
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& request) {
+        app.exit(request);
+    } catch (const CLI::ParseError& error) {
+        throw std::runtime_error(std::string(error.what()) + "; see --help");
+    }
+    return status;
 }
 
 }  // namespace
@@ -91,20 +103,14 @@ int failed(const std::string& what) {
 int main(int argc, char** argv) {
     // A reader that has gone is a failed write, and no reason to die of.
     (void)std::signal(SIGPIPE, SIG_IGN);
-    CLI::App app("Works with spatializer tuning documents.", "ormel-tuning");
-    int status = 0;
     try {
-        addCommands(app, status);
-        if (argc > 1 && *argv[1] != '-') {
-            commandOf(app, argv[1]);
+        const int status = run(argc, argv);
+        if (!std::cout.flush()) {
+            throw std::runtime_error("cannot write the output");
         }
-        app.parse(argc, argv);
-    } catch (const CLI::Success& request) {
-        app.exit(request);
-    } catch (const CLI::ParseError& error) {
-        return failed(std::string(error.what()) + "; see --help");
+        return status;
     } catch (const std::exception& error) {
-        return failed(error.what());
+        std::cerr << "ormel-tuning: " << ormel::tools::printable(error.what()) << '\n';
+        return kFailed;
     }
-    return std::cout.flush() ? status : failed("cannot write the output");
 }
