@@ -1,9 +1,7 @@
-#include <algorithm>
-#include <iomanip>
+#include <array>
 #include <iostream>
 #include <map>
 #include <memory>
-#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
@@ -14,7 +12,7 @@
 #include "document/AppliedLists.h"
 #include "document/EntryOrigins.h"
 #include "document/LoadedDocument.h"
-#include "show/ShowText.h"
+#include "show/EffectValues.h"
 #include "text/Json.h"
 #include "text/Names.h"
 #include "text/Text.h"
@@ -25,349 +23,237 @@ namespace {
 
 using Values = std::vector<int32_t>;
 
-/** Where a parameter's details begin below its name. */
-constexpr size_t kDetailColumn = 10;
 /** Rows that differ in more places are shown as they are. */
 constexpr size_t kMaxPlaces = 6;
-constexpr char kExample[] = R"(Example:
-  ormel-tuning diff shipped.xml new.xml && echo "the effect gets the same")";
 
-/** A parameter of an object, or of a device in a list. */
+/** A parameter of an object, or of a device in a list, as one document has it. */
 struct Item {
-    /** What it belongs to within its group, such as a device; may be empty. */
-    std::string part;
-    std::string name;
-    std::string meaning;
-    /** The effect parameter's code; 0 for what is none. */
-    int32_t code = 0;
-    /** Numbers, or a text. */
-    Values values = {};
-    std::string text = {};
-    /** What the values are by their places, where that is known. */
-    std::optional<Shape> shape = {};
-    /** The lines of the document that it comes from. */
-    std::set<long> lines = {};
+    /** Numbers, or a text; null in a document that lacks it. */
+    Json value;
+    /** What the numbers are by their places. */
+    Shape shape = {};
+    std::set<int32_t> lines = {};
 };
 
-bool isSame(const Item& left, const Item& right) {
-    return left.values == right.values && left.text == right.text;
-}
-
-/** The items of a list or an object, by part and name. */
-using Items = std::map<std::pair<int32_t, std::string>, Item>;
-/** The lists or objects of a document, by title. */
-using Groups = std::map<std::string, Items>;
-
-/** An item of two documents; null in the one that lacks it. */
-struct Difference {
-    const Item* left = nullptr;
-    const Item* right = nullptr;
-
-    const Item& item() const { return left == nullptr ? *right : *left; }
-    bool isNone() const { return left != nullptr && right != nullptr && isSame(*left, *right); }
+/** An item of two documents. */
+struct Pair {
+    /** {device, code, meaning} or {parameter}. */
+    Json head;
+    std::array<Item, 2> items;
 };
 
-/** The differences in a list or an object, and in all of them by title. */
-using Differences = std::map<Items::key_type, Difference>;
-using GroupDifferences = std::map<std::string, Differences>;
+/** A list or an object of two documents. */
+struct Group {
+    std::array<bool, 2> isThere = {};
+    /** By device and name. */
+    std::map<std::pair<int32_t, std::string>, Pair> pairs;
+};
 
-Items itemsOf(const AppliedList& applied, const std::vector<Origins>& origins) {
-    Items items;
-    for (const auto& [place, values] : applied.values) {
-        const auto [device, code] = place;
-        const auto [letters, meaning] = codeText(code);
-        items[{device, letters}] = {deviceText(device),
-                                    letters,
-                                    meaning,
-                                    code,
-                                    values,
-                                    "",
-                                    shapeOf(applied, device, code)};
-    }
-    // Of entries for one device and code the effect keeps the last.
-    for (size_t i = 0; i < origins.size(); ++i) {
-        const Entry& entry = applied.list.entries[i];
-        const auto item = items.find({entry.device, codeText(entry.code).letters});
-        if (item == items.end()) {
-            continue;
-        }
-        item->second.lines.clear();
-        for (const Origin& origin : origins[i]) {
-            if (origin.kind == Origin::Kind::LINE) {
-                item->second.lines.insert(origin.line);
-            }
-        }
-    }
-    return items;
-}
+/** By title. */
+using Groups = std::map<std::string, Group>;
 
-Items itemsOf(const Json& object) {
-    Items items;
-    std::set<long> lines;
-    if (object.contains("line")) {
-        lines.insert(object["line"].get<long>());
-    }
-    for (const auto& [name, field] : object.items()) {
-        if (name == "values") {
-            for (const auto& [param, values] : field.items()) {
-                if (!values.empty()) {
-                    items[{0, param}] = {"", param, "", 0, values, "", {}, lines};
-                }
-            }
-        } else if (name != "object" && name != "line") {
-            const std::string text = field.is_string() ? field.get<std::string>() : field.dump();
-            items[{0, name}] = {"", name, "", 0, {}, printable(text), {}, lines};
-        }
-    }
-    return items;
-}
-
-Groups objectGroups(const LoadedDocument& document) {
-    Groups groups;
+/** Adds what a document says. */
+void addObjects(const LoadedDocument& document, size_t side, Groups& groups) {
     for (const Json& object : objectsOf(document)) {
-        groups.emplace(printable(object["object"]), itemsOf(object));
+        Group& group = groups[printable(object["object"])];
+        group.isThere[side] = true;
+        std::set<int32_t> lines;
+        if (object.contains("line")) {
+            lines.insert(object["line"].get<int32_t>());
+        }
+        const auto add = [&](const std::string& name, const Json& value, const Values& row) {
+            Pair& pair = group.pairs[{0, name}];
+            pair.head = {{"parameter", name}};
+            pair.items[side] = {value, {{}, {}, row, ""}, lines};
+        };
+        const Json params = object.value("values", Json::object());
+        for (const auto& [name, values] : params.items()) {
+            if (!values.empty()) {
+                add(name, values, values);
+            }
+        }
+        for (const auto& [name, field] : object.items()) {
+            if (name != "object" && name != "line" && name != "values") {
+                const std::string text = field.is_string() ? std::string(field) : field.dump();
+                add(name, text.empty() ? Json::array() : Json(printable(text)), {});
+            }
+        }
     }
-    return groups;
 }
 
-/** What an effect keeps of each profile and each tuning device, as the front applies them. */
-Groups effectGroups(const LoadedDocument& document) {
+/** Adds what an effect keeps of each profile and each tuning device, as the front applies them. */
+void addLists(const LoadedDocument& document, size_t side, Groups& groups) {
     const EntryOrigins origins(document);
-    Groups groups;
     for (const AppliedList& applied : appliedLists(document)) {
         const EffectList& list = applied.list;
         // A profile's name is none of the effect's business.
         const bool isProfile = list.kind == EffectList::Kind::PROFILE;
-        groups.emplace(isProfile ? "profile " + std::to_string(list.profile) : titleOf(list),
-                       itemsOf(applied, origins.originsOf(list)));
-    }
-    return groups;
-}
-
-template <typename Map, typename Predicate>
-void eraseIf(Map& map, Predicate isUnwanted) {
-    for (auto at = map.begin(); at != map.end();) {
-        at = isUnwanted(at->second) ? map.erase(at) : std::next(at);
-    }
-}
-
-GroupDifferences differencesOf(const Groups& left, const Groups& right) {
-    GroupDifferences all;
-    const auto add = [&all](const Groups& groups, const Item* Difference::*side) {
-        for (const auto& [group, items] : groups) {
-            for (const auto& [key, item] : items) {
-                all[group][key].*side = &item;
+        Group& group =
+                groups[isProfile ? "profile " + std::to_string(list.profile) : titleOf(list)];
+        group.isThere[side] = true;
+        for (const EffectValue& kept : keptValues(applied, origins)) {
+            const auto [letters, meaning] = codeText(kept.code);
+            if (kept.values.has_value()) {
+                Pair& pair = group.pairs[{kept.device, letters}];
+                pair.head = {{"device", deviceText(kept.device)},
+                             {"code", letters},
+                             {"meaning", meaning}};
+                pair.items[side] = {*kept.values, kept.shape, sourceLines(kept.origins)};
             }
         }
-    };
-    add(left, &Difference::left);
-    add(right, &Difference::right);
-    for (auto& [group, differences] : all) {
-        eraseIf(differences, [](const Difference& difference) { return difference.isNone(); });
     }
-    eraseIf(all, [](const Differences& differences) { return differences.empty(); });
-    return all;
 }
 
-/** null without an item. */
-Json jsonOf(const Item* item) {
-    if (item == nullptr) {
-        return nullptr;
+/** The groups that differ, with the items that do. */
+Groups differencesOf(const Groups& groups) {
+    Groups differences;
+    for (const auto& [title, group] : groups) {
+        for (const auto& [key, pair] : group.pairs) {
+            if (pair.items[0].value != pair.items[1].value) {
+                Group& difference = differences[title];
+                difference.isThere = group.isThere;
+                difference.pairs.emplace(key, pair);
+            }
+        }
     }
-    return item->text.empty() ? Json(item->values) : Json(item->text);
-}
-
-Json jsonOf(const std::string& group, const Difference& difference) {
-    const Item& item = difference.item();
-    Json json = {{"in", group}};
-    if (item.code != 0) {
-        json.update({{"device", item.part}, {"code", item.name}, {"meaning", item.meaning}});
-    } else {
-        json["parameter"] = item.name;
-    }
-    json.update({{"a", jsonOf(difference.left)}, {"b", jsonOf(difference.right)}});
-    json["aLines"] = difference.left == nullptr ? std::set<long>() : difference.left->lines;
-    json["bLines"] = difference.right == nullptr ? std::set<long>() : difference.right->lines;
-    return json;
+    return differences;
 }
 
 /** "32 -> 48", or what only one document has; just its length for a row that keeps it. */
-std::string changeText(const Difference& difference) {
-    const bool keepsLength = difference.left != nullptr && difference.right != nullptr &&
-                             difference.left->values.size() > 1 &&
-                             difference.left->values.size() == difference.right->values.size();
-    if (keepsLength) {
-        return valueText(difference.left->values);
+std::string changeText(const Json& a, const Json& b) {
+    if (a.size() > 1 && a.size() == b.size()) {
+        return valueText(a);
     }
-    const auto textOf = [](const Item* item) {
-        if (item == nullptr) {
-            return std::string("absent");
-        }
-        return item->text.empty() ? valueText(item->values) : item->text;
+    const auto textOf = [](const Json& value) {
+        return value.is_null()     ? "absent"
+               : value.is_string() ? std::string(value)
+               : value.is_array()  ? valueText(value)
+                                   : value.dump();
     };
-    return textOf(difference.left) + " -> " + textOf(difference.right);
+    return textOf(a) + " -> " + textOf(b);
 }
 
 /** The changes between two rows of one length, each place under the name that it is given. */
 template <typename NameOf>
-std::vector<std::string> rowChanges(const Values& left, const Values& right, NameOf nameOf) {
+std::vector<std::string> rowChanges(const Values& a, const Values& b, NameOf nameOf) {
     std::vector<std::string> changes;
-    for (size_t i = 0; i < left.size(); ++i) {
-        if (left[i] != right[i]) {
-            changes.push_back(nameOf(i) + ": " + std::to_string(left[i]) + " -> " +
-                              std::to_string(right[i]));
+    for (size_t i = 0; i < a.size(); ++i) {
+        if (a[i] != b[i]) {
+            changes.push_back(nameOf(i) + ": " + changeText(a[i], b[i]));
         }
     }
     return changes;
 }
 
-Values frequenciesOf(const Shape& shape) {
-    for (const Parameter param :
-         {IEQ_FREQUENCY, GEQ_FREQUENCY, REGULATOR_FREQUENCY, AUDIO_OPTIMIZER_FREQUENCY}) {
-        if (const Shape::Column* const column = findColumn(shape, param); column != nullptr) {
-            return column->values;
-        }
+/** Adds the places that differ, or where they are many both rows as they are. */
+void addRest(const Values& a, const Values& b, const std::string& name,
+             std::vector<std::string>& lines) {
+    const bool areAlike = a.size() == b.size();
+    const auto changes = rowChanges(a, areAlike ? b : a, [&name](size_t place) {
+        return name + ' ' + std::to_string(place + 1);
+    });
+    if (!areAlike || changes.size() > kMaxPlaces) {
+        lines.insert(lines.end(), {"a: " + listText(a), "b: " + listText(b)});
+    } else if (!changes.empty()) {
+        lines.push_back(joined(changes, ", "));
     }
-    return {};
 }
 
-std::vector<std::string> columnChanges(const Shape& a, const Shape& b) {
-    const Values frequencies = frequenciesOf(a);
-    const bool hasFrequency = frequencies == frequenciesOf(b) && !frequencies.empty();
+/** The lines on the parts that differ of two shapes that have the same ones. */
+std::vector<std::string> partChanges(const Shape& a, const Shape& b) {
+    const auto bandName = [&a, &b](size_t band) {
+        const Shape::Column& first = a.columns.front();
+        const bool hasFrequency =
+                first.name == "frequency" && first.values == b.columns.front().values;
+        return hasFrequency ? std::to_string(first.values[band]) + " Hz"
+                            : "band " + std::to_string(band + 1);
+    };
     std::vector<std::string> lines;
     for (size_t i = 0; i < a.columns.size(); ++i) {
-        const auto changes = rowChanges(a.columns[i].values, b.columns[i].values, [&](size_t band) {
-            return hasFrequency ? std::to_string(frequencies[band]) + " Hz"
-                                : "band " + std::to_string(band + 1);
-        });
+        const auto changes = rowChanges(a.columns[i].values, b.columns[i].values, bandName);
         if (!changes.empty()) {
             lines.push_back(a.columns[i].name + " at " + joined(changes, ", "));
         }
     }
-    return lines;
-}
-
-/** The places that differ, or where they are many both rows as they are. */
-std::vector<std::string> listChanges(const Values& left, const Values& right,
-                                     const std::string& name) {
-    if (left.size() == right.size()) {
-        const auto changes = rowChanges(
-                left, right, [&name](size_t place) { return name + std::to_string(place + 1); });
-        if (changes.size() <= kMaxPlaces) {
-            return changes.empty() ? changes : std::vector{joined(changes, ", ")};
-        }
-    }
-    return {"a: " + listText(left), "b: " + listText(right)};
-}
-
-/** The parts of two values that differ; none when their shapes do not allow the comparison. */
-std::optional<std::vector<std::string>> partChanges(const Item& left, const Item& right) {
-    if (!left.shape.has_value() || !right.shape.has_value()) {
-        return std::nullopt;
-    }
-    const Shape& a = *left.shape;
-    const Shape& b = *right.shape;
-    const auto bandCount = [](const Shape& shape) {
-        return shape.columns.empty() ? 0 : shape.columns.front().values.size();
-    };
-    if (a.fields.size() != b.fields.size() || a.columns.size() != b.columns.size() ||
-        bandCount(a) != bandCount(b)) {
-        return std::nullopt;
-    }
-    std::vector<std::string> lines = columnChanges(a, b);
     for (size_t i = 0; i < a.fields.size(); ++i) {
-        if (a.fields[i] != b.fields[i]) {
-            lines.push_back(a.fields[i].first + ": " + std::to_string(a.fields[i].second) + " -> " +
-                            std::to_string(b.fields[i].second));
+        const auto& [name, value] = a.fields[i];
+        if (value != b.fields[i].second) {
+            lines.push_back(name + ": " + changeText(value, b.fields[i].second));
         }
     }
-    for (std::string& change : listChanges(a.rest, b.rest, a.restName + " ")) {
-        lines.push_back(std::move(change));
-    }
+    addRest(a.rest, b.rest, hasParts(a) ? a.restName : "value", lines);
     return lines;
 }
 
-std::vector<std::string> detailsOf(const Difference& difference) {
-    const Item& item = difference.item();
-    if (difference.left == nullptr || difference.right == nullptr) {
-        const bool isRow = item.values.size() > 1 && !item.shape.has_value();
-        return isRow ? std::vector{listText(item.values)} : std::vector<std::string>();
+/** How the values of an item differ, below its name. */
+std::string detailsOf(const Item& a, const Item& b) {
+    std::ostringstream details;
+    if (a.value.is_null() || b.value.is_null()) {
+        printValues(a.value.is_null() ? b.shape : a.shape, details);
+    } else if (a.value.size() > 1 || b.value.size() > 1) {
+        // Where the parts are not the same, the rows are compared as they are.
+        const bool areAlike = haveSameParts(a.shape, b.shape);
+        for (const std::string& change :
+             areAlike ? partChanges(a.shape, b.shape)
+                      : partChanges({{}, {}, a.value, ""}, {{}, {}, b.value, ""})) {
+            details << std::string(kValueColumn, ' ') << wrapped(change, kValueColumn) << '\n';
+        }
     }
-    const Item& left = *difference.left;
-    const Item& right = *difference.right;
-    if (left.values.size() <= 1 && right.values.size() <= 1) {
-        return {};
-    }
-    const auto parts = partChanges(left, right);
-    return parts.has_value() ? *parts : listChanges(left.values, right.values, "value ");
+    return details.str();
 }
 
-/** "line 1 -> lines 2, 3". */
-std::string linesText(const Difference& difference) {
-    const auto textOf = [](const Item* item) {
-        if (item == nullptr || item->lines.empty()) {
-            return std::string("no line");
-        }
-        std::string text;
-        for (const long line : item->lines) {
-            text += (text.empty() ? "" : ", ") + std::to_string(line);
-        }
-        return (item->lines.size() == 1 ? "line " : "lines ") + text;
+/** The lines on a difference, without its group and device. */
+std::string describe(const std::string& name, const Pair& pair, const Style& style) {
+    const auto& [a, b] = pair.items;
+    const std::string change = name + "  " + changeText(a.value, b.value);
+    const std::string meaning = pair.head.value("meaning", "");
+    const auto linesOf = [](const Item& item) {
+        return item.lines.empty() ? "no line" : linesText(item.lines);
     };
-    return textOf(difference.left) + " -> " + textOf(difference.right);
+    return "    " +
+           (a.value.is_null()   ? style.added(change)
+            : b.value.is_null() ? style.removed(change)
+                                : change) +
+           (meaning.empty() ? "" : "  " + style.faint(meaning)) + '\n' + detailsOf(a, b) +
+           std::string(kValueColumn, ' ') + style.faint(linesOf(a) + " -> " + linesOf(b)) + '\n';
 }
 
-/** The lines on a difference, without its group and part. */
-std::string describe(const Difference& difference, const Style& style) {
-    const Item& item = difference.item();
-    const std::string change = item.name + "  " + changeText(difference);
-    std::string text = "    ";
-    if (difference.left == nullptr) {
-        text += style.added(change);
-    } else {
-        text += difference.right == nullptr ? style.removed(change) : change;
-    }
-    if (!item.meaning.empty()) {
-        text += "  " + style.faint(item.meaning);
-    }
-    text += '\n';
-    for (const std::string& detail : detailsOf(difference)) {
-        text.append(kDetailColumn, ' ').append(wrapped(detail, kDetailColumn)).append("\n");
-    }
-    std::ostringstream parts;
-    if ((difference.left == nullptr || difference.right == nullptr) && item.shape.has_value()) {
-        printStructure(*item.shape, parts);
-    }
-    return text + parts.str() + std::string(kDetailColumn, ' ') +
-           style.faint(linesText(difference)) + '\n';
-}
-
-/** The differences of one group; devices with the same ones share them. */
-void printGroup(const Differences& differences, const Style& style, std::ostream& out) {
-    Sections sections;
-    for (const auto& [key, difference] : differences) {
-        addToSections(difference.item().part, describe(difference, style), sections);
-    }
-    printSections(sections, out);
-}
-
-void print(const GroupDifferences& all, const Groups& left, const Groups& right,
-           std::ostream& out) {
+void print(const Groups& differences, std::ostream& out) {
     const Style style;
     size_t total = 0;
-    for (const auto& [group, differences] : all) {
-        total += differences.size();
-        const std::string count = countText(differences.size(), "value", "values") + " in ";
-        out << style.heading(group) << '\n';
-        if (left.count(group) == 0) {
-            out << "  " << style.added(count + "b only") << '\n';
-        } else if (right.count(group) == 0) {
-            out << "  " << style.removed(count + "a only") << '\n';
-        } else {
-            printGroup(differences, style, out);
+    for (const auto& [title, group] : differences) {
+        total += group.pairs.size();
+        out << style.heading(title) << '\n';
+        if (!group.isThere[0] || !group.isThere[1]) {
+            const std::string count = countText(group.pairs.size(), "value", "values") + " in ";
+            out << "  "
+                << (group.isThere[0] ? style.removed(count + "a only")
+                                     : style.added(count + "b only"))
+                << '\n';
+            continue;
         }
+        // Devices with the same differences share them.
+        Sections sections;
+        for (const auto& [key, pair] : group.pairs) {
+            addToSections(pair.head.value("device", ""), describe(key.second, pair, style),
+                          sections);
+        }
+        printSections(sections, out);
     }
     out << (total == 0 ? "no differences" : countText(total, "difference", "differences")) << '\n';
+}
+
+Json jsonOf(const Groups& differences) {
+    Json list = Json::array();
+    for (const auto& [title, group] : differences) {
+        for (const auto& [key, pair] : group.pairs) {
+            const auto& [a, b] = pair.items;
+            Json& json = list.emplace_back(Json{{"in", title}});
+            json.update(pair.head);
+            json.update({{"a", a.value}, {"b", b.value}, {"aLines", a.lines}, {"bLines", b.lines}});
+        }
+    }
+    return list;
 }
 
 struct DiffOptions {
@@ -381,22 +267,18 @@ struct DiffOptions {
 bool diff(const DiffOptions& options, std::ostream& out) {
     const LoadedDocument left(options.left);
     const LoadedDocument right(options.right);
-    const auto groupsOf = options.ofObjects ? objectGroups : effectGroups;
-    const Groups leftGroups = groupsOf(left);
-    const Groups rightGroups = groupsOf(right);
-    const GroupDifferences all = differencesOf(leftGroups, rightGroups);
-    if (!options.json) {
-        print(all, leftGroups, rightGroups, out);
-        return !all.empty();
+    const auto add = options.ofObjects ? addObjects : addLists;
+    Groups groups;
+    add(left, 0, groups);
+    add(right, 1, groups);
+    const Groups differences = differencesOf(groups);
+    if (options.json) {
+        printJson({{"a", options.left}, {"b", options.right}, {"differences", jsonOf(differences)}},
+                  out);
+    } else {
+        print(differences, out);
     }
-    Json list = Json::array();
-    for (const auto& [group, differences] : all) {
-        for (const auto& [key, difference] : differences) {
-            list.push_back(jsonOf(group, difference));
-        }
-    }
-    printJson({{"a", options.left}, {"b", options.right}, {"differences", list}}, out);
-    return !all.empty();
+    return !differences.empty();
 }
 
 }  // namespace
@@ -414,7 +296,8 @@ void addDiff(CLI::App& app, int& status) {
             "{a, b, differences: [{in, device, code, meaning, a, b, aLines, bLines}]}, a and b "
             "being "
             "values, a text, or null where absent; with --document {in, parameter, a, ...}");
-    command->footer(kExample);
+    command->footer(R"(Example:
+  ormel-tuning diff shipped.xml new.xml && echo "the effect gets the same")");
     command->callback([options, &status] { status = diff(*options, std::cout) ? 1 : 0; });
 }
 

@@ -1,16 +1,20 @@
+#include <ormel/KivParameter.h>
+
 #include <algorithm>
+#include <iomanip>
 #include <iostream>
 #include <iterator>
 #include <memory>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Commands.h"
-#include "ShowText.h"
+#include "EffectValues.h"
 #include "document/EntryOrigins.h"
 #include "document/LoadedDocument.h"
 #include "document/ReadTrace.h"
@@ -23,48 +27,16 @@
 
 namespace ormel::tools {
 
-void to_json(Json& json, const Shape& shape) {
-    json = Json::object();
-    for (const auto& [name, value] : shape.fields) {
-        json[name] = value;
-    }
-    if (!shape.columns.empty()) {
-        json["bands"] = Json::array();
-    }
-    for (const Shape::Column& column : shape.columns) {
-        for (size_t band = 0; band < column.values.size(); ++band) {
-            json["bands"][band][column.name] = column.values[band];
-        }
-    }
-    if (!shape.rest.empty()) {
-        json[shape.restName] = shape.rest;
-    }
-}
-
-void to_json(Json& json, const Entry& entry) {
-    const auto [letters, meaning] = codeText(entry.code);
-    json = {{"device", deviceText(entry.device)},
-            {"deviceId", entry.device},
-            {"code", letters},
-            {"meaning", meaning},
-            {"values", entry.values}};
-    if (const auto shape = shapeOf(entry.code, entry.values); shape.has_value()) {
-        json["structure"] = *shape;
-    }
-}
-
-void to_json(Json& json, const Origin& origin) {
-    json = {{"parameter", parameterName(origin.param)}, {"origin", nameOf(origin.kind)}};
-    if (origin.kind == Origin::Kind::LINE) {
-        json["line"] = origin.line;
-    }
-}
-
 namespace {
 
 constexpr char kObjects[] = "objects";
 constexpr char kProfiles[] = "profiles";
 constexpr char kTunings[] = "tunings";
+
+constexpr int kValueWidth = 9;
+/** Where the meanings of parameters begin, and objects behind their lines. */
+constexpr size_t kMeaningColumn = 20;
+constexpr size_t kObjectColumn = 12;
 
 struct ShowOptions {
     std::string file;
@@ -76,82 +48,82 @@ struct ShowOptions {
     bool json = false;
 };
 
+/** A document, and what tells where its values come from. */
+struct Source {
+    explicit Source(const std::string& file) : document(file) {}
+
+    const LoadedDocument document;
+    const EntryOrigins origins{document};
+    const std::vector<std::string> lines = linesOf(readDocument(document.file()));
+};
+
 /** Which lists, and which of their entries. */
 class Selection {
   public:
-    Selection(const ShowOptions& options, const std::vector<EffectList>& known)
-        : mOptions(options) {
+    Selection(const ShowOptions& options, const std::optional<Source>& source)
+        : mHasFile(source.has_value()),
+          mLists(options.lists.begin(), options.lists.end()),
+          mParams(options.params.begin(), options.params.end()) {
         if (!options.profile.empty()) {
-            mProfile = profileOf(options.profile);
+            mLists.insert(kProfiles + std::to_string(profileOf(options.profile)));
         }
-        const bool isTuningDevice =
-                std::any_of(known.begin(), known.end(), [&options](const EffectList& list) {
-                    return list.kind == EffectList::Kind::TUNING && list.name == options.device;
-                });
-        if (isTuningDevice) {
-            mTuningDevice = options.device;
+        if (mHasFile && source->document.store().isXMLTuningValid(options.device)) {
+            mLists.insert(kTunings + options.device);
         } else if (!options.device.empty()) {
             mDevice = deviceOf(options.device);
         }
         for (const std::string& code : options.codes) {
             mCodes.insert(codeOf(code));
         }
-        for (const std::string& param : options.params) {
-            const auto* const found =
-                    std::find(std::begin(kParameterNames), std::end(kParameterNames), param);
-            if (found == std::end(kParameterNames)) {
+        for (const std::string& param : mParams) {
+            const auto* const end = std::end(kParameterNames);
+            if (std::find(std::begin(kParameterNames), end, param) == end) {
                 throw std::runtime_error("there is no tuning parameter '" + param + "'");
             }
-            mParams.insert(static_cast<size_t>(found - std::begin(kParameterNames)));
         }
     }
-
-    bool hasObjects() const { return isWhole(kObjects) && !mDevice.has_value() && !hasReasons(); }
 
     /** Whether some parameters alone are asked for, which then say all that stands behind them. */
     bool hasReasons() const { return !mCodes.empty() || !mParams.empty(); }
 
+    bool hasObjects() const { return has(kObjects, "") && !mDevice.has_value() && !hasReasons(); }
+
     bool has(const EffectList& list) const {
         switch (list.kind) {
             case EffectList::Kind::PROFILE:
-                return isWhole(kProfiles) || list.profile == mProfile;
+                return has(kProfiles, std::to_string(list.profile));
             case EffectList::Kind::TUNING:
-                return isWhole(kTunings) || list.name == mTuningDevice;
+                return has(kTunings, list.name);
             case EffectList::Kind::BUILT_IN:
                 break;
         }
-        return isNamed(list.name) || (mOptions.file.empty() && isWhole(list.name));
+        // Beside a document's lists, they are shown where they are named.
+        return mHasFile ? mLists.count(list.name) > 0 : has(list.name, "");
     }
 
-    bool has(const Entry& entry, const Origins& origins) const {
+    bool has(const EffectValue& entry) const {
         const bool isOfParam =
                 mParams.empty() ||
-                std::any_of(origins.begin(), origins.end(), [this](const Origin& origin) {
-                    return mParams.count(static_cast<size_t>(origin.param)) > 0;
-                });
+                std::any_of(entry.origins.begin(), entry.origins.end(),
+                            [this](const Origin& origin) {
+                                return mParams.count(parameterName(origin.param)) > 0;
+                            });
         return isOfParam && (mCodes.empty() || mCodes.count(entry.code) > 0) &&
                (!mDevice.has_value() || entry.device == *mDevice);
     }
 
   private:
-    bool isNamed(const std::string& list) const {
-        return std::find(mOptions.lists.begin(), mOptions.lists.end(), list) !=
-               mOptions.lists.end();
+    /** Whether everything, all of a kind or this one is asked for. */
+    bool has(const std::string& kind, const std::string& name) const {
+        return mLists.empty() || mLists.count(kind) > 0 || mLists.count(kind + name) > 0;
     }
 
-    /** Whether a kind of list is asked for, or everything. */
-    bool isWhole(const std::string& kind) const {
-        const bool isAll =
-                mOptions.lists.empty() && !mProfile.has_value() && !mTuningDevice.has_value();
-        return isAll || isNamed(kind);
-    }
-
-    const ShowOptions& mOptions;
-    std::optional<OrmSpatializerProfileId> mProfile;
-    std::optional<std::string> mTuningDevice;
+    bool mHasFile;
+    /** Kinds of lists, and single ones by kind and name; empty for all. */
+    std::set<std::string> mLists;
     std::optional<int32_t> mDevice;
     std::set<int32_t> mCodes;
-    std::set<size_t> mParams;
+    std::set<std::string> mParams;
 };
 
 /** The line of the element that chose the preset of a profile's device; 0 where there is none. */
@@ -177,106 +149,166 @@ long includeLine(const LoadedDocument& document, const EffectList& list, int32_t
     return line;
 }
 
-/** Says of each origin of an entry what stands behind it. */
-void addReasons(const LoadedDocument& document, const std::vector<std::string>& lines,
-                const EffectList& list, Json& entry) {
-    const auto lineText = [&lines](long line) {
+/** What stands behind each origin of an entry, in words. */
+std::vector<std::string> reasonsOf(const Source& source, const EffectList& list,
+                                   const EffectValue& entry) {
+    const auto lineText = [&lines = source.lines](long line) {
         const bool isThere = line > 0 && static_cast<size_t>(line) <= lines.size();
         return "line " + std::to_string(line) +
                (isThere ? ": " + std::string(trimmed(lines[static_cast<size_t>(line - 1)])) : "");
     };
-    for (Json& origin : entry["from"]) {
-        std::string why = origin["origin"];
-        if (origin.contains("line")) {
-            why = lineText(origin["line"]);
-        } else if (why == nameOf(Origin::Kind::VERSION_RULE)) {
-            why += " of format " + document.objects().getFormatVersion();
+    const bool isOfPreset = entry.code == kivCode(IEBS) || entry.code == kivCode(IEID);
+    const long include = isOfPreset ? includeLine(source.document, list, entry.device) : 0;
+    std::vector<std::string> reasons;
+    for (const Origin& origin : entry.origins) {
+        std::string reason = nameOf(origin.kind);
+        if (origin.kind == Origin::Kind::LINE) {
+            reason = lineText(origin.line);
+        } else if (origin.kind == Origin::Kind::VERSION_RULE) {
+            reason += " of format " + source.document.objects().getFormatVersion();
         }
-        const bool isOfPreset = origin["parameter"].get<std::string>().compare(0, 4, "ieq_") == 0 &&
-                                (entry["code"] == "iebs" || entry["code"] == "ieid");
-        const long include = isOfPreset ? includeLine(document, list, entry["deviceId"]) : 0;
-        origin["why"] = why + (include == 0 ? "" : "; included in " + lineText(include));
+        reasons.push_back(reason + (include == 0 ? "" : "; included in " + lineText(include)));
     }
+    return reasons;
 }
 
-/** The list's entries that are selected, with what stands behind each. */
-Json shownList(const EffectList& list, const std::vector<Origins>& origins,
-               const Selection& selection) {
-    Json entries = Json::array();
+/** The entries of a list that are selected. */
+std::vector<EffectValue> entriesOf(const EffectList& list, const std::optional<Source>& source,
+                                   const Selection& selection) {
+    std::vector<Origins> origins(list.entries.size());
+    if (list.kind != EffectList::Kind::BUILT_IN) {
+        origins = source->origins.originsOf(list);
+    }
+    std::vector<EffectValue> entries;
     for (size_t i = 0; i < list.entries.size(); ++i) {
-        const Origins from = origins.empty() ? Origins() : origins[i];
-        if (selection.has(list.entries[i], from)) {
-            Json& entry = entries.emplace_back(list.entries[i]);
-            entry["from"] = from;
+        EffectValue entry = valueOf(list.entries[i], origins[i]);
+        if (!selection.has(entry)) {
+            continue;
+        }
+        if (selection.hasReasons() && !entry.origins.empty()) {
+            entry.reasons = reasonsOf(*source, list, entry);
+        }
+        entries.push_back(std::move(entry));
+    }
+    return entries;
+}
+
+/** "lines 12, 40; version rule". */
+std::string originText(const Origins& origins) {
+    std::string text = linesText(sourceLines(origins));
+    for (const auto kind :
+         {Origin::Kind::ABSENT, Origin::Kind::DEFAULT, Origin::Kind::VERSION_RULE}) {
+        if (std::any_of(origins.begin(), origins.end(),
+                        [kind](const Origin& origin) { return origin.kind == kind; })) {
+            text.append(text.empty() ? "" : "; ").append(nameOf(kind));
         }
     }
-    const bool isBuiltIn = list.kind == EffectList::Kind::BUILT_IN;
-    return {{"list", titleOf(list)}, {"builtIn", isBuiltIn}, {"entries", entries}};
+    return text;
 }
 
-/** Lists that nothing is selected of are left out where parameters are. */
-void addList(Json list, const Selection& selection, Json& shown) {
-    if (!selection.hasReasons() || !list["entries"].empty()) {
-        shown["lists"].push_back(std::move(list));
+/** The lines on an entry; what stands behind it has its own where it does not fit. */
+std::string describe(const EffectValue& entry, const Style& style) {
+    const auto [letters, meaning] = codeText(entry.code);
+    const std::string origin = originText(entry.origins);
+    const bool fits = kMeaningColumn + meaning.size() + 2 + origin.size() <= kColumns;
+    std::ostringstream out;
+    out << "    " << std::left << std::setw(5) << letters << std::right << std::setw(kValueWidth)
+        << valueText(*entry.values) << "  " << wrapped(meaning, kMeaningColumn);
+    if (!origin.empty()) {
+        out << (fits ? "  " : '\n' + std::string(kMeaningColumn, ' ')) << style.faint(origin);
     }
+    out << '\n';
+    printValues(entry.shape, out);
+    for (size_t i = 0; i < entry.reasons.size(); ++i) {
+        const std::string why = parameterName(entry.origins[i].param) + (": " + entry.reasons[i]);
+        out << std::string(kValueColumn, ' ') << style.faint(wrapped(why, kValueColumn)) << '\n';
+    }
+    return out.str();
 }
 
-void addDocument(const LoadedDocument& document, const std::vector<EffectList>& lists,
-                 const Selection& selection, Json& shown) {
-    const ProgressStep step("looking where values come from");
-    shown["file"] = document.file();
-    if (selection.hasObjects()) {
-        shown["objects"] = objectsOf(document);
+/** The entries by device. Devices one after another whose entries are the same share them. */
+void printList(const std::string& title, const std::vector<EffectValue>& entries,
+               const Style& style, std::ostream& out) {
+    const std::string count = countText(entries.size(), "entry", "entries");
+    out << style.heading(title + ": " + count) << '\n';
+    Sections sections;
+    for (const EffectValue& entry : entries) {
+        addToSections(deviceText(entry.device), describe(entry, style), sections);
     }
-    const EntryOrigins origins(document);
-    const std::vector<std::string> text = selection.hasReasons()
-                                                  ? linesOf(readDocument(document.file()))
-                                                  : std::vector<std::string>();
+    printSections(sections, out);
+}
+
+void printObject(const Json& object, const Style& style, std::ostream& out) {
+    std::vector<std::string> fields;
+    for (const auto& [name, value] : object.items()) {
+        if (name != "object" && name != "line" && name != "values") {
+            const std::string text = value.is_string() ? printable(value) : value.dump();
+            fields.push_back(name + ' ' + (text.empty() ? "-" : text));
+        }
+    }
+    // What a tuning's start tag gives as well, and much depends on.
+    const Json values = object.value("values", Json::object());
+    for (const char* const name : {parameterName(OUTPUT_CHANNELS), parameterName(ORIENTATION)}) {
+        if (values.contains(name)) {
+            fields.push_back(name + (' ' + std::to_string(firstOr0(values[name]))));
+        }
+    }
+    std::string line = object.contains("line") ? "line " + object["line"].dump() : "";
+    line.resize(std::max(line.size() + 1, kObjectColumn), ' ');
+    const std::string title = printable(object["object"]) + (fields.empty() ? "" : ": ");
+    out << style.faint(line) << wrapped(title + joined(fields, ", "), kObjectColumn) << '\n';
+}
+
+void show(const ShowOptions& options, std::ostream& out) {
+    std::optional<ProgressStep> step("looking where values come from");
+    std::optional<Source> source;
+    std::vector<EffectList> lists;
+    if (!options.file.empty()) {
+        lists = source.emplace(options.file).document.lists();
+    }
+    SpatializerParamArray store{SpatializerParamArray::Empty()};
+    for (EffectList& list : builtInLists(store)) {
+        lists.push_back(std::move(list));
+    }
+    const Selection selection(options, source);
+    const bool hasObjects = source.has_value() && selection.hasObjects();
+    const Json objects = hasObjects ? objectsOf(source->document) : Json::array();
+    Json json = {{"file", options.file}, {"objects", objects}, {"lists", Json::array()}};
+    if (options.file.empty()) {
+        json.erase("file");
+    }
+    const Style style;
+    std::ostringstream text;
+    for (const Json& object : objects) {
+        printObject(object, style, text);
+    }
     for (const EffectList& list : lists) {
         if (!selection.has(list)) {
             continue;
         }
-        Json json = shownList(list, origins.originsOf(list), selection);
-        if (selection.hasReasons()) {
-            for (Json& entry : json["entries"]) {
-                addReasons(document, text, list, entry);
-            }
+        const std::vector<EffectValue> entries = entriesOf(list, source, selection);
+        // Where parameters are asked for, a list that has none of them says nothing.
+        if (entries.empty() && selection.hasReasons()) {
+            continue;
         }
-        addList(std::move(json), selection, shown);
+        text << (objects.empty() && json["lists"].empty() ? "" : "\n");
+        printList(titleOf(list), entries, style, text);
+        json["lists"].push_back({{"list", titleOf(list)},
+                                 {"builtIn", list.kind == EffectList::Kind::BUILT_IN},
+                                 {"entries", entries}});
     }
-}
-
-void show(const ShowOptions& options, std::ostream& out) {
-    std::optional<LoadedDocument> document;
-    std::vector<EffectList> lists;
-    if (!options.file.empty()) {
-        lists = document.emplace(options.file).lists();
-    }
-    const Selection selection(options, lists);
-    Json shown = {{"file", nullptr}, {"objects", Json::array()}, {"lists", Json::array()}};
-    if (document.has_value()) {
-        addDocument(*document, lists, selection, shown);
-    } else {
-        shown.erase("file");
-    }
-    SpatializerParamArray store{SpatializerParamArray::Empty()};
-    for (const EffectList& list : builtInLists(store)) {
-        if (selection.has(list)) {
-            addList(shownList(list, {}, selection), selection, shown);
-        }
-    }
-    if (shown["objects"].empty() && shown["lists"].empty()) {
+    if (objects.empty() && json["lists"].empty()) {
         throw std::runtime_error(options.file.empty() ? "that takes a FILE"
                                                       : options.file + ": no such list or entry");
     }
-    options.json ? printJson(shown, out) : printText(shown, out);
+    step.reset();
+    options.json ? printJson(json, out) : void(out << text.str());
 }
 
 std::vector<std::string> listNames() {
-    std::vector<std::string> names = {kObjects, kProfiles, kTunings,
-                                      profileText(ORM_SPATIALIZER_PROFILE_COMMON)};
-    const std::vector<std::string> profiles = profileNames();
-    names.insert(names.end(), profiles.begin(), profiles.end());
+    std::vector<std::string> names = profileNames();
+    names.insert(names.begin(),
+                 {kObjects, kProfiles, kTunings, profileText(ORM_SPATIALIZER_PROFILE_COMMON)});
     return names;
 }
 

@@ -1,0 +1,165 @@
+#include "EffectValues.h"
+
+#include <ormel/KivParameter.h>
+
+#include <algorithm>
+#include <iomanip>
+#include <map>
+#include <utility>
+
+#include "text/Names.h"
+#include "text/Text.h"
+
+namespace ormel::tools {
+
+namespace {
+
+/** Bands stand side by side, as many as a line takes. */
+constexpr size_t kBandsPerLine = 10;
+constexpr int kBandWidth = 7;
+constexpr int kBandNameWidth = 16;
+
+/** The parts by name, the rest under its own, and those of bands under "bands", band by band. */
+Json partsJson(const Shape& shape) {
+    Json json = Json::object();
+    for (const auto& [name, value] : shape.fields) {
+        json[name] = value;
+    }
+    if (!shape.columns.empty()) {
+        json["bands"] = Json::array();
+    }
+    for (const Shape::Column& column : shape.columns) {
+        for (size_t band = 0; band < column.values.size(); ++band) {
+            json["bands"][band][column.name] = column.values[band];
+        }
+    }
+    if (!shape.rest.empty()) {
+        json[shape.restName] = shape.rest;
+    }
+    return json;
+}
+
+/** Why the front does not hand an entry on. */
+std::string reasonOf(const Entry& entry) {
+    if (const size_t bands = entry.values.size() / 2;
+        entry.code == kivCode(GEBS) && bands != kGeqBands) {
+        return "a graphic equalizer has 20 bands, this one " + std::to_string(bands);
+    }
+    return entry.code == kivCode(VBON) ? "the document has no tuning" : "the front keeps it";
+}
+
+size_t bandCount(const Shape& shape) {
+    return shape.columns.empty() ? 0 : shape.columns.front().values.size();
+}
+
+}  // namespace
+
+void to_json(Json& json, const EffectValue& value) {
+    const auto [letters, meaning] = codeText(value.code);
+    json = {{"device", deviceText(value.device)},
+            {"deviceId", value.device},
+            {"code", letters},
+            {"meaning", meaning},
+            {"values", value.values.value_or(std::vector<int32_t>())}};
+    if (hasParts(value.shape)) {
+        json["structure"] = partsJson(value.shape);
+    }
+    json["from"] = Json::array();
+    for (const Origin& origin : value.origins) {
+        Json& from = json["from"].emplace_back();
+        from = {{"parameter", parameterName(origin.param)}, {"origin", nameOf(origin.kind)}};
+        if (origin.kind == Origin::Kind::LINE) {
+            from["line"] = origin.line;
+        }
+        if (json["from"].size() <= value.reasons.size()) {
+            from["why"] = value.reasons[json["from"].size() - 1];
+        }
+    }
+}
+
+EffectValue valueOf(const Entry& entry, Origins origins) {
+    EffectValue value = {entry.device, entry.code, entry.values};
+    value.shape = shapeOf(entry.code, entry.values).value_or(Shape{{}, {}, entry.values, ""});
+    value.origins = std::move(origins);
+    return value;
+}
+
+EffectValue keptValue(const AppliedList* applied, int32_t device, int32_t code) {
+    EffectValue value = {device, code};
+    const auto* const kept = applied == nullptr ? nullptr : valuesOf(*applied, device, code);
+    if (kept != nullptr) {
+        value.values = *kept;
+        value.shape = shapeOf(*applied, device, code).value_or(Shape{{}, {}, *kept, ""});
+    }
+    return value;
+}
+
+std::vector<EffectValue> keptValues(const AppliedList& applied, const EntryOrigins& origins) {
+    const std::vector<Entry>& entries = applied.list.entries;
+    const std::vector<Origins> from = origins.originsOf(applied.list);
+    std::map<std::pair<int32_t, int32_t>, size_t> last;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        last[{entries[i].device, entries[i].code}] = i;
+    }
+    std::vector<EffectValue> kept;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const Entry& entry = entries[i];
+        if (last[{entry.device, entry.code}] == i) {
+            EffectValue& value = kept.emplace_back(keptValue(&applied, entry.device, entry.code));
+            value.origins = from[i];
+            value.notSent = value.values.has_value() ? "" : reasonOf(entry);
+        }
+    }
+    return kept;
+}
+
+bool hasParts(const Shape& shape) {
+    return !shape.fields.empty() || !shape.columns.empty();
+}
+
+bool haveSameParts(const Shape& left, const Shape& right) {
+    return left.fields.size() == right.fields.size() &&
+           left.columns.size() == right.columns.size() && bandCount(left) == bandCount(right);
+}
+
+void printValues(const Shape& shape, std::ostream& out) {
+    const std::string indent(kValueColumn, ' ');
+    std::vector<std::string> fields;
+    for (const auto& [name, value] : shape.fields) {
+        const std::string word = name == "endpoint" ? endpointName(value) : "";
+        fields.push_back(name + ' ' + (word.empty() ? std::to_string(value) : word));
+    }
+    if (hasParts(shape) ? !shape.rest.empty() : shape.rest.size() > 1) {
+        fields.push_back(shape.restName + (hasParts(shape) ? " " : "") + listText(shape.rest));
+    }
+    if (!fields.empty()) {
+        out << indent << wrapped(joined(fields, ", "), kValueColumn) << '\n';
+    }
+    for (size_t begin = 0; begin < bandCount(shape); begin += kBandsPerLine) {
+        for (const Shape::Column& column : shape.columns) {
+            out << indent << std::left << std::setw(kBandNameWidth) << column.name << std::right;
+            const size_t end = std::min(column.values.size(), begin + kBandsPerLine);
+            for (size_t band = begin; band < end; ++band) {
+                out << std::setw(kBandWidth) << column.values[band];
+            }
+            out << '\n';
+        }
+    }
+}
+
+std::set<int32_t> sourceLines(const Origins& origins) {
+    std::set<int32_t> lines;
+    for (const Origin& origin : origins) {
+        if (origin.kind == Origin::Kind::LINE) {
+            lines.insert(static_cast<int32_t>(origin.line));
+        }
+    }
+    return lines;
+}
+
+std::string linesText(const std::set<int32_t>& lines) {
+    const std::string text = listText({lines.begin(), lines.end()});
+    return text.empty() ? "" : (lines.size() == 1 ? "line " : "lines ") + text;
+}
+
+}  // namespace ormel::tools
