@@ -104,21 +104,6 @@ void addLists(const LoadedDocument& document, size_t side, Groups& groups) {
     }
 }
 
-/** The groups that differ, with the items that do. */
-Groups differencesOf(const Groups& groups) {
-    Groups differences;
-    for (const auto& [title, group] : groups) {
-        for (const auto& [key, pair] : group.pairs) {
-            if (pair.items[0].value != pair.items[1].value) {
-                Group& difference = differences[title];
-                difference.isThere = group.isThere;
-                difference.pairs.emplace(key, pair);
-            }
-        }
-    }
-    return differences;
-}
-
 /** "32 -> 48", or what only one document has; just its length for a row that keeps it. */
 std::string changeText(const Json& a, const Json& b) {
     if (a.size() > 1 && a.size() == b.size()) {
@@ -218,42 +203,46 @@ std::string describe(const std::string& name, const Pair& pair, const Style& sty
            std::string(kValueColumn, ' ') + style.faint(linesOf(a) + " -> " + linesOf(b)) + '\n';
 }
 
-void print(const Groups& differences, std::ostream& out) {
+/** [{in, device, code, meaning, a, b, aLines, bLines}], and the same as text. */
+Json differencesOf(const Groups& groups, std::ostream& text) {
     const Style style;
-    size_t total = 0;
-    for (const auto& [title, group] : differences) {
-        total += group.pairs.size();
-        out << style.heading(title) << '\n';
-        if (!group.isThere[0] || !group.isThere[1]) {
-            const std::string count = countText(group.pairs.size(), "value", "values") + " in ";
-            out << "  "
-                << (group.isThere[0] ? style.removed(count + "a only")
-                                     : style.added(count + "b only"))
-                << '\n';
-            continue;
-        }
-        // Devices with the same differences share them.
+    Json differences = Json::array();
+    for (const auto& [title, group] : groups) {
+        const size_t before = differences.size();
+        const bool isInBoth = group.isThere[0] && group.isThere[1];
         Sections sections;
         for (const auto& [key, pair] : group.pairs) {
+            const auto& [a, b] = pair.items;
+            if (a.value == b.value) {
+                continue;
+            }
+            Json& json = differences.emplace_back(Json{{"in", title}});
+            json.update(pair.head);
+            json.update({{"a", a.value}, {"b", b.value}, {"aLines", a.lines}, {"bLines", b.lines}});
+            if (!isInBoth) {
+                continue;
+            }
+            // Devices with the same differences share them.
             addToSections(pair.head.value("device", ""), describe(key.second, pair, style),
                           sections);
         }
-        printSections(sections, out);
-    }
-    out << (total == 0 ? "no differences" : countText(total, "difference", "differences")) << '\n';
-}
-
-Json jsonOf(const Groups& differences) {
-    Json list = Json::array();
-    for (const auto& [title, group] : differences) {
-        for (const auto& [key, pair] : group.pairs) {
-            const auto& [a, b] = pair.items;
-            Json& json = list.emplace_back(Json{{"in", title}});
-            json.update(pair.head);
-            json.update({{"a", a.value}, {"b", b.value}, {"aLines", a.lines}, {"bLines", b.lines}});
+        if (differences.size() == before) {
+            continue;
         }
+        text << style.heading(title) << '\n';
+        const std::string count = countText(differences.size() - before, "value", "values");
+        if (!isInBoth) {
+            text << "  "
+                 << (group.isThere[0] ? style.removed(count + " in a only")
+                                      : style.added(count + " in b only"))
+                 << '\n';
+        }
+        printSections(sections, text);
     }
-    return list;
+    text << (differences.empty() ? "no differences"
+                                 : countText(differences.size(), "difference", "differences"))
+         << '\n';
+    return differences;
 }
 
 struct DiffOptions {
@@ -271,12 +260,12 @@ bool diff(const DiffOptions& options, std::ostream& out) {
     Groups groups;
     add(left, 0, groups);
     add(right, 1, groups);
-    const Groups differences = differencesOf(groups);
+    std::ostringstream text;
+    const Json differences = differencesOf(groups, text);
     if (options.json) {
-        printJson({{"a", options.left}, {"b", options.right}, {"differences", jsonOf(differences)}},
-                  out);
+        printJson({{"a", options.left}, {"b", options.right}, {"differences", differences}}, out);
     } else {
-        print(differences, out);
+        out << text.str();
     }
     return !differences.empty();
 }

@@ -4,16 +4,14 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "ReportValues.h"
 #include "document/AppliedLists.h"
 #include "document/EntryOrigins.h"
 #include "document/ReadTrace.h"
+#include "show/EffectValues.h"
 #include "text/Names.h"
 #include "text/Text.h"
 
@@ -21,275 +19,221 @@ namespace ormel::tools {
 
 namespace {
 
-using Values = std::vector<int32_t>;
-/** A device and a code. */
-using Place = std::pair<int32_t, int32_t>;
-
+/** Rows up to this length stand as they are. */
+constexpr size_t kMaxShort = 8;
 /** Codes that one sentence names. */
 constexpr size_t kMaxCodes = 8;
 
-/** A parameter of a tuning that is sent only where a flag of the tuning is set. */
-struct Switched {
-    KivParameter code;
-    Parameter values;
-    Parameter flag;
-};
+/** What a tuning sends only where its flag is set, or for 2 and 4 channels. */
+constexpr KivParameter kSwitched[] = {CEQT, RSSA, BMDT, AOBS};
 
-constexpr Switched kSwitched[] = {
-        {CEQT, COMPLEX_EQUALIZER_TUNING_LEFT, COMPLEX_EQUALIZER_ENABLE},
-        {RSSA, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT, REGULATOR_SIBILANCE_SUPPRESS_ENABLE},
-        {BMDT, BASS_MBDRC_TUNING, BASS_MBDRC_ENABLE},
-        {AOBS, AUDIO_OPTIMIZER_FREQUENCY, AUDIO_OPTIMIZER_ENABLE},
-};
+/**
+ * {fields: [{name, now, was}], bands: {names, rows: [{band, cells}]}, restName, items}. A number
+ * has "was" where the old shape, which has the same parts, has another one in its place.
+ *
+ * @param changed gets the count of those
+ */
+Json partsJson(const Shape& now, const Shape& old, size_t& changed) {
+    const auto cell = [&changed](int32_t number, int32_t was) {
+        changed += number == was ? 0 : 1;
+        return Json{{"now", number}, {"was", number == was ? Json() : Json(was)}};
+    };
+    Json parts = {{"restName", now.rest.empty() ? "" : now.restName}};
+    for (size_t i = 0; i < now.fields.size(); ++i) {
+        const auto& [name, number] = now.fields[i];
+        parts["fields"].push_back(cell(number, old.fields[i].second));
+        parts["fields"][i]["name"] = name;
+    }
+    for (size_t i = 0; i < now.columns.size(); ++i) {
+        const Shape::Column& column = now.columns[i];
+        parts["bands"]["names"].push_back(column.name);
+        Json& rows = parts["bands"]["rows"];
+        for (size_t band = 0; band < column.values.size(); ++band) {
+            rows[band]["band"] = band + 1;
+            rows[band]["cells"].push_back(cell(column.values[band], old.columns[i].values[band]));
+        }
+    }
+    for (size_t i = 0; i < now.rest.size(); ++i) {
+        parts["items"].push_back(cell(now.rest[i], old.rest[i]));
+    }
+    return parts;
+}
 
-/** What is known of an entry before it becomes a row. */
-struct RowSource {
-    Place place = {};
-    ReportValue now = {};
-    ReportValue was = {};
-    Origins origins = {};
-    /** Why the effect does not get it; empty when it does. */
-    std::string reason = {};
-};
+bool isShort(const EffectValue& value) {
+    return !value.values.has_value() ||
+           (value.values->size() <= kMaxShort && !hasParts(value.shape));
+}
 
-ReportValue valueOf(const AppliedList* applied, const Place& place) {
-    return applied == nullptr ? ReportValue()
-                              : ReportValue{valuesOf(*applied, place.first, place.second),
-                                            shapeOf(*applied, place.first, place.second)};
+std::string shortText(const EffectValue& value) {
+    if (!value.values.has_value()) {
+        return "absent";
+    }
+    const bool isListed = isShort(value) && !value.values->empty();
+    return isListed ? listText(*value.values) : countText(value.values->size(), "value", "values");
+}
+
+/** Parameters that come from one place share it: [{line, origin, params}]. */
+Json originsJson(const Origins& origins) {
+    std::map<std::pair<long, std::string>, std::vector<std::string>> paramsOfPlace;
+    for (const Origin& origin : origins) {
+        const bool hasLine = origin.kind == Origin::Kind::LINE && origin.line != 0;
+        paramsOfPlace[{origin.line, hasLine ? "" : nameOf(origin.kind)}].emplace_back(
+                parameterName(origin.param));
+    }
+    Json list = Json::array();
+    for (const auto& [place, params] : paramsOfPlace) {
+        const auto& [line, word] = place;
+        list.push_back({{"line", line == 0 ? Json() : Json(line)},
+                        {"origin", word},
+                        {"params", joined(params, ", ")}});
+    }
+    return list;
+}
+
+/** {code, meaning, now, was, isChanged, reason, from, parts, oldValues} */
+Json rowJson(const EffectValue& now, const EffectValue& was) {
+    const auto [letters, meaning] = codeText(now.code);
+    Json row = {{"code", letters},
+                {"meaning", meaning},
+                {"now", shortText(now)},
+                {"was", shortText(was)},
+                {"isChanged", now.values != was.values},
+                {"reason", now.notSent.empty() ? Json() : Json(now.notSent)},
+                {"from", originsJson(now.origins)}};
+    if (isShort(now)) {
+        return row;
+    }
+    const bool areAlike = was.values.has_value() && haveSameParts(now.shape, was.shape) &&
+                          now.shape.rest.size() == was.shape.rest.size();
+    size_t changed = 0;
+    row["parts"] = partsJson(now.shape, areAlike ? was.shape : now.shape, changed);
+    if (changed > 0) {
+        row["now"] = shortText(now) + ", " + std::to_string(changed) + " changed";
+    } else if (was.values.has_value() && was.values != now.values) {
+        row["parts"]["oldValues"] = listText(*was.values);
+    }
+    return row;
+}
+
+/** The value for a device and a code; one that the effect does not get, if there is none yet. */
+EffectValue& valueAt(int32_t device, int32_t code, std::vector<EffectValue>& values) {
+    const auto found = std::find_if(values.begin(), values.end(), [&](const EffectValue& value) {
+        return value.device == device && value.code == code;
+    });
+    return found == values.end() ? values.emplace_back(EffectValue{device, code}) : *found;
 }
 
 /** The tuning that a device gets, null where the document has none for it. */
 const Tuning* tuningOf(const DeviceData& objects, const std::string& device) {
     const Tuning* tuning = nullptr;
+    const auto& tunings = objects.getTunings();
     for (const DeviceTuning* const binding : objects.getDeviceTunings()) {
-        if (binding->getDevice() != device) {
-            continue;
-        }
-        const auto& tunings = objects.getTunings();
-        const auto found =
-                std::find_if(tunings.begin(), tunings.end(), [binding](const Tuning* candidate) {
-                    return candidate->getName() == binding->getTuning();
-                });
+        const auto found = std::find_if(tunings.begin(), tunings.end(), [&](const Tuning* other) {
+            return binding->getDevice() == device && binding->getTuning() == other->getName();
+        });
         tuning = found == tunings.end() ? tuning : *found;
     }
     return tuning;
 }
 
-/** The parts of a page on one document's lists. */
-class ListWriter {
-  public:
-    ListWriter(const LoadedDocument& document, bool hasOld)
-        : mDocument(document), mOrigins(document), mHasOld(hasOld) {}
-
-    Json write(const AppliedList& now, const AppliedList* was) {
-        Json json = {{"title", titleOf(now.list)}};
-        Json groups = Json::array();
-        std::vector<std::string> changes;
-        size_t changed = 0;
-        std::vector<RowSource> rows = rowsOf(now, was);
-        std::stable_sort(rows.begin(), rows.end(), [](const RowSource& a, const RowSource& b) {
-            return a.place.first < b.place.first;
-        });
-        for (const RowSource& row : rows) {
-            addRow(row, groups);
-        }
-        for (Json& group : groups) {
-            changed += group["changedCount"].get<size_t>();
-            group["columns"] = mHasOld ? 4 : 3;
-            group["isChanged"] = group["changedCount"] > 0;
-        }
-        mergeGroups(groups);
-        for (const Json& group : groups) {
-            if (!group["codes"].get<std::string>().empty()) {
-                changes.push_back(group["codes"].get<std::string>() + " for " +
-                                  group["devices"].get<std::string>());
-            }
-        }
-        json["sentence"] = sentenceOf(rows.size(), changed, joined(changes, "; "), was);
-        json["isChanged"] = changed > 0;
-        json["groups"] = std::move(groups);
-        return json;
+/** Adds what a tuning gives and a flag or the number of channels keeps from the effect. */
+void addSwitchedOff(const LoadedDocument& document, const AppliedList& applied,
+                    std::vector<EffectValue>& values) {
+    const std::vector<Entry>& entries = applied.list.entries;
+    const Tuning* const tuning = applied.list.kind == EffectList::Kind::TUNING
+                                         ? tuningOf(document.objects(), applied.list.name)
+                                         : nullptr;
+    if (tuning == nullptr || entries.empty()) {
+        return;
     }
-
-  private:
-    std::vector<RowSource> rowsOf(const AppliedList& now, const AppliedList* was) {
-        std::vector<RowSource> rows;
-        const std::vector<Origins> origins = mOrigins.originsOf(now.list);
-        std::map<Place, size_t> last;
-        for (size_t i = 0; i < now.list.entries.size(); ++i) {
-            const Entry& entry = now.list.entries[i];
-            last[{entry.device, entry.code}] = i;
+    const auto valuesOf = [tuning](Parameter param) {
+        const auto found = tuning->getValues().find(param);
+        return found == tuning->getValues().end() ? std::vector<int>() : found->second;
+    };
+    for (const KivParameter switched : kSwitched) {
+        const int32_t code = kivCode(switched);
+        const EntryLayout layout = layoutOf(code);
+        const Parameter param = (layout.lists.size() == 0 ? layout.channelLists : layout.lists)[0];
+        const bool isSent = std::any_of(entries.begin(), entries.end(),
+                                        [code](const Entry& entry) { return entry.code == code; });
+        if (isSent || valuesOf(param).empty()) {
+            continue;
         }
-        for (size_t i = 0; i < now.list.entries.size(); ++i) {
-            const Entry& entry = now.list.entries[i];
-            const Place place = {entry.device, entry.code};
-            // Of entries for one device and code the effect keeps the last.
-            if (last[place] != i) {
-                continue;
-            }
-            RowSource& row = rows.emplace_back();
-            row.place = place;
-            row.now = valueOf(&now, place);
-            row.was = valueOf(was, place);
-            row.origins = origins[i];
-            row.reason = row.now.values == nullptr ? reasonOf(entry) : "";
-        }
-        if (was != nullptr) {
-            for (const auto& [place, values] : was->values) {
-                if (last.count(place) == 0) {
-                    RowSource& row = rows.emplace_back();
-                    row.place = place;
-                    row.was = valueOf(was, place);
-                }
-            }
-        }
-        addSwitchedOff(now.list, rows);
-        return rows;
+        const bool isOff = layout.enable.size() != 0 && firstOr0(valuesOf(layout.enable[0])) == 0;
+        const Parameter cause = isOff ? layout.enable[0] : OUTPUT_CHANNELS;
+        EffectValue& value = valueAt(entries.front().device, code, values);
+        value.origins = {{Origin::Kind::LINE, param, document.trace().lineOf(*tuning, param)}};
+        value.notSent = std::string(parameterName(cause)) + " is " +
+                        std::to_string(firstOr0(valuesOf(cause))) +
+                        (isOff ? "" : ", and only 2 and 4 channels are sent");
     }
-
-    std::string reasonOf(const Entry& entry) const {
-        if (entry.code == kivCode(GEBS) && entry.values.size() / 2 != kGeqBands) {
-            return "a graphic equalizer has 20 bands, this one " +
-                   std::to_string(entry.values.size() / 2);
-        }
-        return entry.code == kivCode(VBON) ? "the document has no tuning" : "the front keeps it";
-    }
-
-    /** What a tuning gives and a flag or the number of channels keeps from the effect. */
-    void addSwitchedOff(const EffectList& list, std::vector<RowSource>& rows) const {
-        const Tuning* const tuning = list.kind == EffectList::Kind::TUNING
-                                             ? tuningOf(mDocument.objects(), list.name)
-                                             : nullptr;
-        if (tuning == nullptr || list.entries.empty()) {
-            return;
-        }
-        const auto valuesOf = [tuning](Parameter param) {
-            const auto found = tuning->getValues().find(param);
-            return found == tuning->getValues().end() ? Values() : found->second;
-        };
-        for (const Switched& row : kSwitched) {
-            const Place place = {list.entries.front().device, kivCode(row.code)};
-            const bool isSent = std::any_of(
-                    list.entries.begin(), list.entries.end(),
-                    [&place](const Entry& entry) { return entry.code == place.second; });
-            if (isSent || valuesOf(row.values).empty()) {
-                continue;
-            }
-            const bool isOff = row.code != AOBS && firstOr0(valuesOf(row.flag)) == 0;
-            const Parameter cause = isOff ? row.flag : OUTPUT_CHANNELS;
-            const long line = mDocument.trace().lineOf(*tuning, row.values);
-            const std::string reason = std::string(kParameterNames[cause]) + " is " +
-                                       std::to_string(firstOr0(valuesOf(cause))) +
-                                       (isOff ? "" : ", and only 2 and 4 channels are sent");
-            const auto known = std::find_if(
-                    rows.begin(), rows.end(),
-                    [&place](const RowSource& candidate) { return candidate.place == place; });
-            RowSource& target = known == rows.end() ? rows.emplace_back() : *known;
-            target.place = place;
-            target.origins = {{Origin::Kind::LINE, row.values, line}};
-            target.reason = reason;
-        }
-    }
-
-    /** Parameters that come from one place share it. */
-    static Json originsJson(const Origins& origins) {
-        std::map<std::pair<long, std::string>, std::string> paramsOfPlace;
-        for (const Origin& origin : origins) {
-            const bool hasLine = origin.kind == Origin::Kind::LINE && origin.line != 0;
-            std::string& params =
-                    paramsOfPlace[{hasLine ? origin.line : 0, hasLine ? "" : nameOf(origin.kind)}];
-            params.append(params.empty() ? "" : ", ").append(kParameterNames[origin.param]);
-        }
-        Json list = Json::array();
-        for (const auto& [place, params] : paramsOfPlace) {
-            const auto& [line, word] = place;
-            list.push_back({{"params", params},
-                            {"line", line == 0 ? Json(false) : Json(line)},
-                            {"origin", word}});
-        }
-        return list;
-    }
-
-    void addRow(const RowSource& source, Json& groups) {
-        const std::string device = deviceText(source.place.first);
-        if (groups.empty() || groups.back()["devices"] != device) {
-            groups.push_back({{"devices", device},
-                              {"codes", ""},
-                              {"changedCount", 0},
-                              {"hasOld", mHasOld},
-                              {"rows", Json::array()}});
-        }
-        Json& group = groups.back();
-        const auto [letters, meaning] = codeText(source.place.second);
-        const Values* const now = source.now.values;
-        const Values* const was = source.was.values;
-        const bool isSame =
-                (now == nullptr) == (was == nullptr) && (now == nullptr || *now == *was);
-        const bool isChanged = mHasOld && !isSame;
-        Json row = valuesJson(source.now, source.was);
-        row["code"] = letters;
-        row["meaning"] = meaning;
-        row["isChanged"] = isChanged;
-        row["hasOld"] = mHasOld;
-        row["reason"] = source.reason.empty() ? Json(false) : Json(source.reason);
-        row["from"] = originsJson(source.origins);
-        group["rows"].push_back(std::move(row));
-        if (isChanged) {
-            const auto count = group["changedCount"].get<size_t>() + 1;
-            std::string codes = group["codes"].get<std::string>();
-            if (count <= kMaxCodes) {
-                codes.append(codes.empty() ? "" : ", ").append(letters);
-            } else if (count == kMaxCodes + 1) {
-                codes += " and more";
-            }
-            group["codes"] = codes;
-            group["changedCount"] = count;
-        }
-    }
-
-    /** Devices one after another that get the same share their rows. */
-    static void mergeGroups(Json& groups) {
-        Json merged = Json::array();
-        for (Json& group : groups) {
-            if (!merged.empty() && merged.back()["rows"] == group["rows"]) {
-                merged.back()["devices"] = merged.back()["devices"].get<std::string>() + ", " +
-                                           group["devices"].get<std::string>();
-            } else {
-                merged.push_back(std::move(group));
-            }
-        }
-        groups = std::move(merged);
-    }
-
-    std::string sentenceOf(size_t count, size_t changed, const std::string& changes,
-                           const AppliedList* was) const {
-        const std::string values = countText(count, "value", "values");
-        if (!mHasOld) {
-            return values + ".";
-        }
-        if (was == nullptr) {
-            return "New, with " + values + ".";
-        }
-        return changed == 0 ? "Nothing changes: " + values + "."
-                            : std::to_string(changed) + " of " + values +
-                                      (changed == 1 ? " changes: " : " change: ") + changes + ".";
-    }
-
-    const LoadedDocument& mDocument;
-    const EntryOrigins mOrigins;
-    const bool mHasOld;
-};
-
-/** Profiles are the same by number, tuning devices by name. */
-bool isSameList(const EffectList& left, const EffectList& right) {
-    const bool isProfile = left.kind == EffectList::Kind::PROFILE;
-    return left.kind == right.kind &&
-           (isProfile ? left.profile == right.profile : left.name == right.name);
 }
 
+/** [{devices, isChanged, codes, rows}]; devices one after another that get the same share it. */
+Json groupsJson(std::map<int32_t, Json> groupOfDevice) {
+    Json groups = Json::array();
+    for (auto& [device, group] : groupOfDevice) {
+        if (!groups.empty() && groups.back()["rows"] == group["rows"]) {
+            groups.back()["devices"].get_ref<std::string&>() += ", " + deviceText(device);
+            continue;
+        }
+        group["devices"] = deviceText(device);
+        group["isChanged"] = group.contains("codes");
+        groups.push_back(std::move(group));
+    }
+    return groups;
+}
+
+/** "dom, gebs for speaker; vbm for all devices": what changes. */
+std::string changesText(const Json& groups) {
+    std::vector<std::string> changes;
+    for (const Json& group : groups) {
+        std::vector<std::string> codes = group.value("codes", std::vector<std::string>());
+        const bool isCut = codes.size() > kMaxCodes;
+        codes.resize(std::min(codes.size(), kMaxCodes));
+        if (!codes.empty()) {
+            changes.push_back(joined(codes, ", ") + (isCut ? " and more for " : " for ") +
+                              std::string(group["devices"]));
+        }
+    }
+    return joined(changes, "; ");
+}
+
+/** {title, sentence, isChanged, groups} of what the effect gets; @p was is null for a new list. */
+Json listJson(const EffectList& list, const std::vector<EffectValue>& values,
+              const AppliedList* was, bool hasOld) {
+    std::map<int32_t, Json> groupOfDevice;
+    size_t changed = 0;
+    for (const EffectValue& value : values) {
+        const EffectValue old = hasOld ? keptValue(was, value.device, value.code) : value;
+        Json& group = groupOfDevice[value.device];
+        Json row = rowJson(value, old);
+        if (row["isChanged"]) {
+            group["codes"].push_back(row["code"]);
+            ++changed;
+        }
+        group["rows"].push_back(std::move(row));
+    }
+    Json groups = groupsJson(std::move(groupOfDevice));
+    const std::string count = countText(values.size(), "value", "values");
+    const std::string sentence = !hasOld          ? count
+                                 : was == nullptr ? "New, with " + count
+                                 : changed == 0
+                                         ? "Nothing changes: " + count
+                                         : std::to_string(changed) + " of " + count +
+                                                   (changed == 1 ? " changes: " : " change: ") +
+                                                   changesText(groups);
+    return {{"title", titleOf(list)},
+            {"sentence", sentence + "."},
+            {"isChanged", changed > 0},
+            {"groups", std::move(groups)}};
+}
+
+/** Profiles are the same by number, tuning devices by name. */
 const AppliedList* findSame(const std::vector<AppliedList>& lists, const EffectList& list) {
     const auto found = std::find_if(lists.begin(), lists.end(), [&list](const AppliedList& other) {
-        return isSameList(other.list, list);
+        return other.list.kind == list.kind && other.list.profile == list.profile &&
+               (list.kind == EffectList::Kind::PROFILE || other.list.name == list.name);
     });
     return found == lists.end() ? nullptr : &*found;
 }
@@ -297,25 +241,30 @@ const AppliedList* findSame(const std::vector<AppliedList>& lists, const EffectL
 }  // namespace
 
 Json listsJson(const LoadedDocument& document, const LoadedDocument* old) {
-    const std::vector<AppliedList> oldLists =
-            old == nullptr ? std::vector<AppliedList>() : appliedLists(*old);
+    const bool hasOld = old != nullptr;
+    const auto oldLists = hasOld ? appliedLists(*old) : std::vector<AppliedList>();
     const std::vector<AppliedList> lists = appliedLists(document);
-    ListWriter writer(document, old != nullptr);
+    const EntryOrigins origins(document);
     Json json = Json::array();
     for (const AppliedList& list : lists) {
         if (json.size() == kMaxLists) {
             break;
         }
-        json.push_back(writer.write(list, findSame(oldLists, list.list)));
+        std::vector<EffectValue> values = keptValues(list, origins);
+        const AppliedList* const was = findSame(oldLists, list.list);
+        for (const auto& [place, old] : was == nullptr ? RecordingEffect::Values() : was->values) {
+            valueAt(place.first, place.second, values);
+        }
+        addSwitchedOff(document, list, values);
+        json.push_back(listJson(list.list, values, was, hasOld));
     }
     for (const AppliedList& list : oldLists) {
         if (findSame(lists, list.list) == nullptr && json.size() < kMaxLists) {
-            json.push_back(
-                    {{"title", titleOf(list.list)},
-                     {"sentence", "Gone; the old document has " +
-                                          countText(list.values.size(), "value", "values") + "."},
-                     {"isChanged", true},
-                     {"groups", Json::array()}});
+            const std::string count = countText(list.values.size(), "value", "values");
+            json.push_back({{"title", titleOf(list.list)},
+                            {"sentence", "Gone; the old document has " + count + "."},
+                            {"isChanged", true},
+                            {"groups", Json::array()}});
         }
     }
     for (size_t i = 0; i < json.size(); ++i) {

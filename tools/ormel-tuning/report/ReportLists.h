@@ -1,4 +1,4 @@
-// What the effect gets of each profile and tuning device, as parts of a page.
+// What the effect gets of each profile and tuning device, as data for a page.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@ namespace ormel::tools {
 constexpr size_t kMaxLists = 200;
 
 /**
- * [{id, title, sentence, isChanged, groups: [{devices, rows}]}]: every list of a document, beside
- * the one that @p old has under its name where there is an old document.
+ * [{id, title, sentence, isChanged, groups: [{devices, isChanged, rows}]}]: what the effect gets of
+ * each profile and tuning device, beside what it gets of @p old where there is an old document.
  */
 Json listsJson(const LoadedDocument& document, const LoadedDocument* old);
 

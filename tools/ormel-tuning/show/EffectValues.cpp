@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <iomanip>
-#include <map>
 #include <utility>
 
 #include "text/Names.h"
@@ -65,14 +64,15 @@ void to_json(Json& json, const EffectValue& value) {
         json["structure"] = partsJson(value.shape);
     }
     json["from"] = Json::array();
-    for (const Origin& origin : value.origins) {
+    for (size_t i = 0; i < value.origins.size(); ++i) {
+        const auto& [kind, param, line] = value.origins[i];
         Json& from = json["from"].emplace_back();
-        from = {{"parameter", parameterName(origin.param)}, {"origin", nameOf(origin.kind)}};
-        if (origin.kind == Origin::Kind::LINE) {
-            from["line"] = origin.line;
+        from = {{"parameter", parameterName(param)}, {"origin", nameOf(kind)}};
+        if (kind == Origin::Kind::LINE) {
+            from["line"] = line;
         }
-        if (json["from"].size() <= value.reasons.size()) {
-            from["why"] = value.reasons[json["from"].size() - 1];
+        if (i < value.reasons.size()) {
+            from["why"] = value.reasons[i];
         }
     }
 }
@@ -97,19 +97,17 @@ EffectValue keptValue(const AppliedList* applied, int32_t device, int32_t code) 
 std::vector<EffectValue> keptValues(const AppliedList& applied, const EntryOrigins& origins) {
     const std::vector<Entry>& entries = applied.list.entries;
     const std::vector<Origins> from = origins.originsOf(applied.list);
-    std::map<std::pair<int32_t, int32_t>, size_t> last;
-    for (size_t i = 0; i < entries.size(); ++i) {
-        last[{entries[i].device, entries[i].code}] = i;
-    }
+    std::set<std::pair<int32_t, int32_t>> places;
     std::vector<EffectValue> kept;
-    for (size_t i = 0; i < entries.size(); ++i) {
-        const Entry& entry = entries[i];
-        if (last[{entry.device, entry.code}] == i) {
-            EffectValue& value = kept.emplace_back(keptValue(&applied, entry.device, entry.code));
+    for (size_t i = entries.size(); i-- > 0;) {
+        const auto& [device, code, values] = entries[i];
+        if (places.emplace(device, code).second) {
+            EffectValue& value = kept.emplace_back(keptValue(&applied, device, code));
             value.origins = from[i];
-            value.notSent = value.values.has_value() ? "" : reasonOf(entry);
+            value.notSent = value.values.has_value() ? "" : reasonOf(entries[i]);
         }
     }
+    std::reverse(kept.begin(), kept.end());
     return kept;
 }
 

@@ -32,6 +32,8 @@ namespace {
 constexpr char kObjects[] = "objects";
 constexpr char kProfiles[] = "profiles";
 constexpr char kTunings[] = "tunings";
+/** Built-in lists go by their names alone. */
+constexpr char kBuiltIn[] = "";
 
 constexpr int kValueWidth = 9;
 /** Where the meanings of parameters begin, and objects behind their lines. */
@@ -61,16 +63,20 @@ struct Source {
 class Selection {
   public:
     Selection(const ShowOptions& options, const std::optional<Source>& source)
-        : mHasFile(source.has_value()),
-          mLists(options.lists.begin(), options.lists.end()),
+        : mLists(options.lists.begin(), options.lists.end()),
           mParams(options.params.begin(), options.params.end()) {
         if (!options.profile.empty()) {
             mLists.insert(kProfiles + std::to_string(profileOf(options.profile)));
         }
-        if (mHasFile && source->document.store().isXMLTuningValid(options.device)) {
+        if (source.has_value() && source->document.store().isXMLTuningValid(options.device)) {
             mLists.insert(kTunings + options.device);
         } else if (!options.device.empty()) {
             mDevice = deviceOf(options.device);
+        }
+        if (mLists.empty() && source.has_value()) {
+            mLists = {kObjects, kProfiles, kTunings};
+        } else if (mLists.empty()) {
+            mLists = {kBuiltIn};
         }
         for (const std::string& code : options.codes) {
             mCodes.insert(codeOf(code));
@@ -86,19 +92,16 @@ class Selection {
     /** Whether some parameters alone are asked for, which then say all that stands behind them. */
     bool hasReasons() const { return !mCodes.empty() || !mParams.empty(); }
 
-    bool hasObjects() const { return has(kObjects, "") && !mDevice.has_value() && !hasReasons(); }
+    bool hasObjects() const {
+        return mLists.count(kObjects) > 0 && !mDevice.has_value() && !hasReasons();
+    }
 
     bool has(const EffectList& list) const {
-        switch (list.kind) {
-            case EffectList::Kind::PROFILE:
-                return has(kProfiles, std::to_string(list.profile));
-            case EffectList::Kind::TUNING:
-                return has(kTunings, list.name);
-            case EffectList::Kind::BUILT_IN:
-                break;
-        }
-        // Beside a document's lists, they are shown where they are named.
-        return mHasFile ? mLists.count(list.name) > 0 : has(list.name, "");
+        constexpr const char* kKinds[] = {kProfiles, kTunings, kBuiltIn};
+        const std::string kind = kKinds[static_cast<size_t>(list.kind)];
+        const bool isProfile = list.kind == EffectList::Kind::PROFILE;
+        const std::string name = isProfile ? std::to_string(list.profile) : list.name;
+        return mLists.count(kind) > 0 || mLists.count(kind + name) > 0;
     }
 
     bool has(const EffectValue& entry) const {
@@ -113,13 +116,7 @@ class Selection {
     }
 
   private:
-    /** Whether everything, all of a kind or this one is asked for. */
-    bool has(const std::string& kind, const std::string& name) const {
-        return mLists.empty() || mLists.count(kind) > 0 || mLists.count(kind + name) > 0;
-    }
-
-    bool mHasFile;
-    /** Kinds of lists, and single ones by kind and name; empty for all. */
+    /** Kinds of lists, and single ones by kind and name. */
     std::set<std::string> mLists;
     std::optional<int32_t> mDevice;
     std::set<int32_t> mCodes;
@@ -135,8 +132,8 @@ long includeLine(const LoadedDocument& document, const EffectList& list, int32_t
     std::set<size_t> owners;
     for (const ReadSection& section : document.trace().getSections()) {
         for (const ProfileEndpoint* const endpoint : document.objects().getProfileEndpoints()) {
-            const bool isTheirs = endpoint == section.object && endpoint->getEndpoint() == wanted;
-            if (isTheirs && endpoint->getProfileId() == list.profile) {
+            if (endpoint == section.object && endpoint->getEndpoint() == wanted &&
+                endpoint->getProfileId() == list.profile) {
                 owners = {section.element, xml.parent(section.element)};
             }
         }
