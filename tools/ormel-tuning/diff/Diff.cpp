@@ -27,6 +27,7 @@ using Values = std::vector<int32_t>;
 constexpr size_t kMaxPlaces = 6;
 
 /** A parameter of an object, or of a device in a list, as one document has it. */
+// NOLINTNEXTLINE(bugprone-exception-escape): Json promises that its moves throw nothing.
 struct Item {
     /** Numbers, or a text; null in a document that lacks it. */
     Json value;
@@ -36,6 +37,7 @@ struct Item {
 };
 
 /** An item of two documents. */
+// NOLINTNEXTLINE(bugprone-exception-escape): as above.
 struct Pair {
     /** {device, code, meaning} or {parameter}. */
     Json head;

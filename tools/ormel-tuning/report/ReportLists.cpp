@@ -169,8 +169,8 @@ void addSwitchedOff(const LoadedDocument& document, const AppliedList& applied,
     }
 }
 
-/** [{devices, isChanged, codes, rows}]; devices one after another that get the same share it. */
-Json groupsJson(std::map<int32_t, Json> groupOfDevice) {
+/** [{devices, isChanged, codes, rows}] of the groups, taken from there; equal ones are one. */
+Json groupsJson(std::map<int32_t, Json>& groupOfDevice) {
     Json groups = Json::array();
     for (auto& [device, group] : groupOfDevice) {
         if (!groups.empty() && groups.back()["rows"] == group["rows"]) {
@@ -214,7 +214,7 @@ Json listJson(const EffectList& list, const std::vector<EffectValue>& values,
         }
         group["rows"].push_back(std::move(row));
     }
-    Json groups = groupsJson(std::move(groupOfDevice));
+    Json groups = groupsJson(groupOfDevice);
     const std::string count = countText(values.size(), "value", "values");
     const std::string sentence = !hasOld          ? count
                                  : was == nullptr ? "New, with " + count
