@@ -15,11 +15,6 @@ namespace {
 
 constexpr char kChannels[] = "channels";
 
-/** How the entries under a code are made; those of an unknown one of nothing. */
-EntryLayout layoutOf(int32_t code) {
-    return ParameterTranslator::sTranslatorCollection->getLayout(paramOf(code).value_or(VOL));
-}
-
 /** How many lists by channel values have; none where they announce more than there can be. */
 std::optional<size_t> channelsOf(const EntryLayout& layout, const std::vector<int32_t>& values) {
     const auto most = static_cast<int32_t>(layout.channelLists.size());
@@ -77,6 +72,10 @@ std::optional<Shape> bandsOf(const EntryLayout& layout, const std::vector<int32_
 }
 
 }  // namespace
+
+EntryLayout layoutOf(int32_t code) {
+    return ParameterTranslator::sTranslatorCollection->getLayout(paramOf(code).value_or(VOL));
+}
 
 std::vector<Entry> entriesOf(const std::vector<int32_t>& list) {
     std::vector<Entry> entries;

@@ -1,6 +1,7 @@
 // The entries of a packed parameter list, taken apart.
 #pragma once
 
+#include <ormel/EntryLayout.h>
 #include <ormel/ParameterValues.h>
 
 #include <cstdint>
@@ -24,6 +25,9 @@ std::vector<Entry> entriesOf(const std::vector<int32_t>& list);
 
 /** What an object holds of a parameter; empty where it holds nothing. */
 const std::vector<int>& valuesOf(const ParameterValues& object, Parameter param);
+
+/** How the entries under a code are made; those of an unknown one of nothing. */
+EntryLayout layoutOf(int32_t code);
 
 /** The class of the objects that entries under a code are made from. */
 ParameterOwner ownerOf(int32_t code);

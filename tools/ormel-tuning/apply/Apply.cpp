@@ -236,7 +236,7 @@ void runApply(const ApplyOptions& options) {
     }
     if (options.script.empty()) {
         // Gains go to the current profile.
-        processStore().setCurrentProfile(profileOf(options.profile));
+        SpatializerParamArray::getInstance().setCurrentProfile(profileOf(options.profile));
     }
     const android_LogPriority lowest = options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN;
     loadForProcess(options.file, options.verbose ? lowest : ANDROID_LOG_SILENT);
