@@ -234,13 +234,15 @@ void runApply(const ApplyOptions& options) {
     if (options.profile.empty() == options.script.empty()) {
         throw std::runtime_error("one of --profile and --script is needed");
     }
-    if (options.script.empty()) {
-        // Gains go to the current profile.
-        SpatializerParamArray::getInstance().setCurrentProfile(profileOf(options.profile));
-    }
+    const bool hasProfile = options.script.empty();
+    const OrmSpatializerProfileId profile = hasProfile ? profileOf(options.profile) : 0;
     const android_LogPriority lowest = options.verbose ? ANDROID_LOG_VERBOSE : ANDROID_LOG_WARN;
     loadForProcess(options.file, options.verbose ? lowest : ANDROID_LOG_SILENT);
     setLibraryLog(lowest);
+    if (hasProfile) {
+        // Gains go to the current profile.
+        SpatializerParamArray::getInstance().setCurrentProfile(profile);
+    }
     RecordingEffect effect;
     Json outcomes = Json::array();
     for (const Operation& operation : planOf(options)) {
