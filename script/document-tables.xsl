@@ -1,6 +1,6 @@
 <?xml version="1.0" encoding="UTF-8"?>
 <!-- A table of the schema in Markdown: the parameters of a group, the attributes of a type or of an
-     element without one, or the forms in which parameters are written. -->
+     element without a named type, or the forms of parameters. -->
 <xsl:stylesheet version="1.0" xmlns:xsl="http://www.w3.org/1999/XSL/Transform"
                 xmlns:xs="http://www.w3.org/2001/XMLSchema">
     <xsl:output method="text" encoding="UTF-8"/>
@@ -14,17 +14,17 @@
                       select="xs:group[contains(@name, 'Parameters')]/*/xs:element"/>
         <xsl:choose>
             <xsl:when test="$group">
-                <xsl:text>| element | form | what becomes of it | at the effect |&#10;</xsl:text>
+                <xsl:text>| element | form | notes | sent as |&#10;</xsl:text>
                 <xsl:text>|---|---|---|---|&#10;</xsl:text>
                 <xsl:apply-templates select="$group/*/xs:element"/>
             </xsl:when>
             <xsl:when test="$attributes">
-                <xsl:text>| attribute | text | what it is |&#10;</xsl:text>
+                <xsl:text>| attribute | text | meaning |&#10;</xsl:text>
                 <xsl:text>|---|---|---|&#10;</xsl:text>
                 <xsl:apply-templates select="$attributes"/>
             </xsl:when>
             <xsl:when test="$table = 'forms'">
-                <xsl:text>| form | attributes | what it is |&#10;</xsl:text>
+                <xsl:text>| form | attributes | meaning |&#10;</xsl:text>
                 <xsl:text>|---|---|---|&#10;</xsl:text>
                 <xsl:apply-templates select="xs:complexType[@name = $parameters/@type]"/>
             </xsl:when>
@@ -68,7 +68,7 @@
 
     <xsl:template match="xs:attribute">
         <xsl:value-of select="concat('| `', @name, '`')"/>
-        <xsl:if test="@use = 'required'"> (needed)</xsl:if>
+        <xsl:if test="@use = 'required'"> (required)</xsl:if>
         <xsl:text> | </xsl:text>
         <xsl:apply-templates select="@type | xs:simpleType"/>
         <xsl:if test="@fixed">`<xsl:value-of select="@fixed"/>`</xsl:if>
