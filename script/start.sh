@@ -1,13 +1,13 @@
 # shellcheck shell=bash
-# Every script begins by sourcing this file. It answers --help with the comment at the script's head
-# and goes to the project's folder. The script then refuses the arguments that it does not take.
+# Every script starts by sourcing this file, which answers --help with the script's first comment
+# and changes to the project's folder. The script then refuses unknown arguments.
 
 if [[ ${1-} == --help || ${1-} == -h ]]; then
     sed -n '2,/^[^#]/{s/^# \{0,1\}//p}' "$0"
     exit
 fi
 
-# refuse ARGUMENT: ends the script.
+# refuse ARGUMENT: prints an error and ends the script.
 refuse() {
     echo "$0: unexpected argument '$1'; see $0 --help" >&2
     exit 2
