@@ -1,35 +1,34 @@
-# Holds the source lists of Android.bp to those of this project's programs and libraries, and its
-# version and the flags of the library that ships to this project's:
+# Checks that Android.bp has the same source lists, version and shipped flags as this project:
 #     cmake -D TARGETS=FILE -D VERSION=VERSION -P android_bp_test.cmake
-# A module's name is the target's, but for a prefix "lib" or "ormel_" or an ending "_host", since an
-# Android tree has one space of names.
+# A module's name is the target's, apart from a prefix "lib" or "ormel_" or a suffix "_host": in an
+# Android tree all modules share one namespace.
 cmake_minimum_required(VERSION 3.22)
 include(${CMAKE_CURRENT_LIST_DIR}/../cmake/Shipped.cmake)
 
-# Targets that an Android tree has no use for:
+# Targets that an Android tree does not need:
 set(only_here
-    dump_lists       # script/test-arm's
-    hostile          # script/hostile's
-    load_costs       # script/size's
-    make_dictionary  # script/fuzz's
-    ormel_bench      # measures against a host's libraries
-    readme_effect    # cut out of the README when this project is configured
-    try_mutator)     # tries a fuzzer's mutator where there is no fuzzer
-# libFuzzer, which an Android tree links, has a main of its own.
+    dump_lists       # for script/test-arm
+    hostile          # for script/hostile
+    load_costs       # for script/size
+    make_dictionary  # for script/fuzz
+    ormel_bench      # compares with the host's libraries
+    readme_effect    # extracted from the README when this project is configured
+    try_mutator)     # runs the fuzzer's mutator without a fuzzer
+# Not needed in an Android tree, which links libFuzzer's main.
 set(not_there fuzz/replay.cpp)
 
 get_filename_component(root ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
 file(READ ${root}/Android.bp text)
 string(REGEX REPLACE "//[^\n]*" "" text "${text}")
-# Brackets would hold the elements of CMake's lists together.
+# CMake does not split lists inside brackets.
 string(REPLACE "[" "<" text "${text}")
 string(REPLACE "]" ">" text "${text}")
 
 if(NOT text MATCHES "-DORMEL_VERSION=..${VERSION}..\"")
-    message(SEND_ERROR "The version is ${VERSION} here, and another one in Android.bp")
+    message(SEND_ERROR "The version is ${VERSION} here, but not in Android.bp")
 endif()
 
-# sources_NAME of every module, and of every group of files or rule.
+# Sets sources_NAME for every module, filegroup and genrule.
 string(REGEX MATCHALL "\n[a-z_]+ {\n[^\n}][^\n]*(\n[^\n}][^\n]*)*" blocks "${text}")
 foreach(block IN LISTS blocks)
     string(REGEX MATCH "\n    name: \"([^\"]*)\"" ignored "${block}")
@@ -48,7 +47,7 @@ foreach(block IN LISTS blocks)
     foreach(pattern IN LISTS sources_${name})
         file(GLOB found ${root}/${pattern})
         if(NOT found)
-            message(SEND_ERROR "There is no ${pattern}, which Android.bp names")
+            message(SEND_ERROR "Android.bp names ${pattern}, which does not exist")
         endif()
     endforeach()
 endforeach()
@@ -57,10 +56,10 @@ set(expected_flags ${ORMEL_SHIPPED_COMPILE_FLAGS} ${ORMEL_SHIPPED_LINK_FLAGS})
 list(SORT expected_flags)
 list(SORT shipped_flags)
 if(NOT shipped_flags STREQUAL expected_flags)
-    message(SEND_ERROR "Shipped with [${expected_flags}], in Android.bp with [${shipped_flags}]")
+    message(SEND_ERROR "The shipped flags are [${expected_flags}], but in Android.bp [${shipped_flags}]")
 endif()
 
-# Among a module's sources, ":NAME" stands for what is in the group of files.
+# In a module's sources, ":NAME" means the files of that filegroup.
 foreach(module IN LISTS modules)
     foreach(source IN LISTS sources_${module})
         if(source MATCHES "^:(lib|ormel_)?(.*)")
@@ -70,7 +69,7 @@ foreach(module IN LISTS modules)
     endforeach()
 endforeach()
 
-# Each target has a module with its sources, and each module a target.
+# Each target must have a module with its sources, and each module a target.
 file(STRINGS ${TARGETS} lines)
 foreach(line IN LISTS lines)
     string(REPLACE " " ";" here "${line}")
@@ -84,10 +83,10 @@ foreach(line IN LISTS lines)
     list(REMOVE_ITEM there ${here} "")
     if(lacking OR there)
         message(SEND_ERROR
-            "${target} in Android.bp lacks [${lacking}] and has besides [${there}]")
+            "${target} in Android.bp lacks [${lacking}] and has in addition [${there}]")
     endif()
     list(REMOVE_ITEM modules ${target})
 endforeach()
 if(modules)
-    message(SEND_ERROR "Android.bp has what this project has not: ${modules}")
+    message(SEND_ERROR "Android.bp has modules that this project lacks: ${modules}")
 endif()

@@ -1,4 +1,4 @@
-// The store of parameter lists; load_test has what documents put into it.
+// The store of parameter lists. load_test covers what documents add to it.
 #include <malloc.h>
 
 #include <future>
@@ -12,8 +12,8 @@ namespace {
 using Array = SpatializerParamArray;
 constexpr char kTag[] = "OrmSpatializerParamArray";
 
-// Stands first, so that nothing has made the store before.
-TEST(FirstUse, FromManyThreadsMakesOneStore) {
+// Must come first, before anything else creates the store.
+TEST(FirstUse, CreatesOneStoreFromManyThreads) {
     LogCapture log;
     std::vector<std::future<Array*>> threads;
     for (int thread = 0; thread < 8; ++thread) {
@@ -78,13 +78,13 @@ TEST_F(ArrayTest, KeepsGainsByProfile) {
     EXPECT_EQ(mArray.copyProfileGeqGains(42, copied.data(), copied.size()), copied.size());
     EXPECT_EQ(copied, Values(29, -5));
     EXPECT_EQ(mArray.copyProfileGeqGains(43, copied.data(), copied.size()), 0U);
-    // The copy has left an entry behind, which no document's gains replace.
+    // The copy added an entry, which a document's gains do not replace.
     const char geq[] = "<preset type='geq' id='43'> <data> <b> <b gain='1'/></b></data></preset>";
     load(document(geq + std::string("<profile id='43'> </profile>")));
     EXPECT_EQ(mArray.getProfileGeqGains(43), Values());
 }
 
-/** A document whose one tuning, of device "d", has a row as stress amounts and as mix matrix. */
+/** A document with one tuning, for device "d", with @p row as stress amounts and mix matrix. */
 std::string documentWith(const std::string& row) {
     return document(
             "<tuning name='t' output_channels='4'> <device_id id='d' endpoint_port='usb'/>"
@@ -92,7 +92,7 @@ std::string documentWith(const std::string& row) {
             row + "'/><output-mode> <m> <r v='" + row + "'/></m></output-mode></data></tuning>");
 }
 
-TEST_F(ArrayTest, KeepsReplacedListsThatCallersHold) {
+TEST_F(ArrayTest, KeepsReplacedListsWhileCallersHoldThem) {
     load(documentWith("7"));
     const Values& list = mArray.getXMLTuningParams("d");
     const Values& matrix = mArray.getXMLTuningMixMatrix("d");
@@ -117,7 +117,7 @@ size_t heapInUse() {
 #endif
 }
 
-TEST_F(ArrayTest, FreesReplacedListsThatNobodyHolds) {
+TEST_F(ArrayTest, FreesReplacedListsThatNoCallerHolds) {
     constexpr size_t kWords = 10000;
     const TempFile file(documentWith(entry(0, "", Values(kWords, 1)).substr(2)));
     const auto reload = [&] {
@@ -133,7 +133,7 @@ TEST_F(ArrayTest, FreesReplacedListsThatNobodyHolds) {
     EXPECT_LT(reload(), before + 2 * kWords * sizeof(int32_t));
 }
 
-TEST_F(ArrayTest, SelectsOnlyTuningDevicesOfThePort) {
+TEST_F(ArrayTest, SelectsOnlyDevicesOfThePort) {
     const auto devices = [this] {
         std::string text;
         for (const int port : {0, 1, 2, 3, 4, 5, 6, 7, -1, INT32_MAX, INT32_MIN}) {

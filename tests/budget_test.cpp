@@ -1,4 +1,4 @@
-// What a document may cost: each price by its counter, and each bound from both sides.
+// What a document may cost: each price, and documents just below and above each bound.
 #include <gtest/gtest.h>
 #include <libxml/xmlmemory.h>
 #include <ormel/SpatializerParamArray.h>
@@ -21,7 +21,7 @@ std::string repeat(const std::string& text, size_t times) {
     return all;
 }
 
-/** "work payload holders" of reading a document, its load not included. */
+/** The cost of reading a document, not of loading it: "work payload holders". */
 std::string costOf(const std::string& document) {
     TuningFileParser parser;
     EXPECT_EQ(parser.setTuningFile(document, true), 0) << document;
@@ -38,7 +38,7 @@ std::string elementWith(int attributeCount) {
     return element + "/>";
 }
 
-TEST(DocumentBudget, HasAPriceForEverything) {
+TEST(DocumentBudget, ChargesForEachKindOfWork) {
     const LogCapture log;
     const struct {
         const char* what;
@@ -71,7 +71,7 @@ TEST(DocumentBudget, HasAPriceForEverything) {
     }
 }
 
-TEST(DocumentBudget, ChargesALoadForItsListsAndMaps) {
+TEST(DocumentBudget, ChargesALoadForListsAndMaps) {
     const LogCapture log;
     const auto tuningOf = [](const std::string& devices) {
         return "<d> <tuning name='t'>" + devices +
@@ -86,14 +86,14 @@ TEST(DocumentBudget, ChargesALoadForItsListsAndMaps) {
     const DocumentBudget two = array.getLoadBudget();
     // An object, a map entry by its tuning, and five by its device.
     EXPECT_EQ(two.getHolderBytes() - one.getHolderBytes(), 128 + 64 + 5 * 64U);
-    // The object's three names, the tuning's name, three times device and port, and the words of
-    // the list behind its header.
+    // The object's three names, the tuning's name, device and port three times each, and the words
+    // of the list without its header.
     const size_t words = array.getXMLTuningParams("cd").size() - 2;
     EXPECT_EQ(two.getPayloadBytes() - one.getPayloadBytes(),
               2 + 3 + 1 + 1 + 3 * (2 + 3) + 4 * words);
 }
 
-/** Whether the parser takes a document; else it says which bound is exceeded. */
+/** Empty if the parser accepts the document, else the bound that it exceeds. */
 std::string outcomeOf(const std::string& document) {
     TuningFileParser parser;
     const int status = parser.setTuningFile(document, true);
@@ -101,13 +101,13 @@ std::string outcomeOf(const std::string& document) {
     return parser.getError().substr(0, parser.getError().find(':'));
 }
 
-TEST(DocumentBudget, RefusesADocumentAboveEachBoundOnly) {
+TEST(DocumentBudget, RefusesOnlyDocumentsAboveABound) {
     constexpr char kWork[] = "too much work";
     constexpr char kPayload[] = "too many bytes of lists, values and names";
     constexpr char kHolders[] = "too many bytes of objects and map entries";
     const LogCapture log;
 
-    // Blanks outside the root cost nothing, but let a larger document cost more.
+    // Blanks outside the root cost nothing, but raise the work bound, since the document is larger.
     const std::string profiles = "<d> " + repeat("<profile/>", 450) + "</d>";
     TuningFileParser unbounded;
     EXPECT_EQ(unbounded.setTuningFile(profiles + std::string(1 << 20, ' '), true), 0);
@@ -118,7 +118,7 @@ TEST(DocumentBudget, RefusesADocumentAboveEachBoundOnly) {
     EXPECT_EQ(outcomeOf(profiles + std::string(size - profiles.size(), ' ')), "");
     EXPECT_EQ(outcomeOf(profiles + std::string(size - profiles.size() - 1, ' ')), kWork);
 
-    // Each number takes 4 bytes, those of the id and the mode too, and a preset's name its length.
+    // Each number takes 4 bytes, including the id and the mode; a preset's name takes its length.
     const std::string row = repeat("1 ", (16 << 20) / sizeof(int32_t) - 3);
     const auto named = [&row](size_t nameSize) {
         return "<d> <profile> <drc-metadata v='" + row + "'/></profile> <preset type='ieq' name='" +
@@ -139,7 +139,7 @@ TEST(DocumentBudget, RefusesADocumentAboveEachBoundOnly) {
     EXPECT_EQ(outcomeOf(presets + "<preset type='geq'> </preset></d>"), kHolders);
 }
 
-TEST(DocumentBudget, LeavesTheParserAsItWasAfterARefusal) {
+TEST(DocumentBudget, LeavesTheParserUnchangedAfterARefusal) {
     const LogCapture log;
     TuningFileParser parser;
     const std::string head = "<d> <format_version major='3' minor='4' maintenance='";
@@ -185,7 +185,7 @@ char* duplicate(const char* text) {
     return mayAllocate() ? ::strdup(text) : nullptr;
 }
 
-TEST(DocumentBudget, RefusesADocumentWhenAnAllocationOfLibxml2Fails) {
+TEST(DocumentBudget, RefusesADocumentIfLibxml2CannotAllocate) {
     ASSERT_EQ(xmlMemSetup(std::free, allocate, reallocate, duplicate), 0);
     const LogCapture log;
     const std::string body =

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What ormel-tuning check finds, in documents each of which has little else than one fault:
+# Tests the findings of ormel-tuning check, mostly on documents with one fault each:
 # check_test.sh TOOL EXAMPLES
 set -euo pipefail
 tool=$1
@@ -14,7 +14,7 @@ fail() {
     failures=$((failures + 1))
 }
 
-# expect STATUS ARGUMENT...: runs the tool, whose output goes to $temp/out and $temp/err.
+# expect STATUS ARGUMENT...: runs the tool and checks its status; output goes to $temp/out and /err.
 expect() {
     local expected=$1 status=0
     shift
@@ -46,7 +46,7 @@ while read -r rule; do
     grep -q "^$rule (" "$temp/out" || fail "--explain $rule"
 done <"$temp/rules"
 
-# What fails a build: warnings and errors, unless told otherwise, by the options or by a file.
+# Warnings and errors give status 1, unless options or a file change that.
 printf '[check]\nfail-on = "note"\ndisable = ["absent"]\n' >"$temp/options"
 printf '[check]\nfail-onn = "note"\n' >"$temp/misspelt"
 expect 0 absent.xml
@@ -58,7 +58,7 @@ expect 0 --fail-on error repeated-value.xml
 expect 2 --disable no-such-rule absent.xml
 expect 2 --config "$temp/misspelt" absent.xml
 
-# The examples are sound but for the one that is not, which has three faults.
+# The examples have no findings, except faulty.xml, which has three.
 for example in "$examples"/*.xml; do
     if [[ $example == */faulty.xml ]]; then
         expect 1 "$example"
@@ -69,7 +69,7 @@ for example in "$examples"/*.xml; do
     fi
 done
 
-# Lines beyond those that libxml2 counts, of tags that are longer than a line.
+# Line numbers too large for libxml2, and tags of several lines.
 {
     printf '<device_tuning_data>\n    <format_version major="3" minor="4" maintenance="0"/>\n'
     printf '    <profile id="0" name="p">\n'
@@ -82,7 +82,7 @@ expect 1 "$temp/long.xml"
 triples <"$temp/out" | diff - <(printf '%s\n' "$temp/long.xml 70004 misspelt-boolean" \
     "$temp/long.xml 70007 schema") || fail 'lines'
 
-# Documents that are made to take for ever, or to overrun the stack.
+# Documents made to take for ever, or to overflow the stack.
 {
     printf '<!DOCTYPE d [<!ENTITY a0 "aaaaaaaaaa">'
     for ((i = 1; i < 20; i++)); do
@@ -99,7 +99,7 @@ for hostile in bomb deep; do
     [[ $(wc -l <"$temp/out") -lt 100 ]] || fail "$hostile: too many findings"
 done
 
-# What cannot be done is said in a line, and the other files are checked all the same.
+# A file that cannot be read gives one line on stderr; the other files are still checked.
 mkfifo "$temp/pipe"
 for file in "$temp/absent.xml" "$temp/pipe"; do
     expect 2 "$file" unknown-port.xml

@@ -1,4 +1,4 @@
-// The effect's parameter codes, the builder of packed lists, and the way into the shared store.
+// The effect's parameter codes, SetParamCommand, and sending lists to the shared store.
 #include <kivparamstorage/KivParamStore.h>
 #include <ormel/KivEffect.h>
 #include <ormel/SetParamCommand.h>
@@ -18,7 +18,7 @@ int32_t codeOf(int32_t param) {
     return command.mParams.at(3);
 }
 
-TEST(ParameterCode, IsTheNameInLowerCaseFromTheLeastSignificantByte) {
+TEST(ParameterCode, IsTheLowerCaseNameLeastSignificantByteFirst) {
     EXPECT_EQ(codeOf(VOL), kVol);
     EXPECT_EQ(codeOf(DEON), kDeon);
     EXPECT_EQ(codeOf(DOM), 0x006d6f64);
@@ -29,7 +29,7 @@ TEST(ParameterCode, IsTheNameInLowerCaseFromTheLeastSignificantByte) {
     EXPECT_EQ(kivCodeOfName("\xff@Z["), 0x5b7a40ff);
 }
 
-TEST(ParameterCode, FollowsTheNumber) {
+TEST(ParameterCode, IsInOrderOfTheNumbers) {
     std::string letters;
     for (int32_t param = 0; param < kFirstKivParameterCount; ++param) {
         letters += param % 10 == 0 ? '\n' : ' ';
@@ -47,7 +47,7 @@ rssa ieid drcm hpon hptw hpat hpaa hpar bmde bmdt
 rvse rvsa vssd svm svrc avsb hvm hvrc hlra sdfa)");
 }
 
-// The process's shared store, as a process first has it.
+// The process's shared store, reset to its initial state.
 KivParamStore& freshStore() {
     KivParamStore& store = android::Singleton<KivParamStore>::getInstance();
     store.~KivParamStore();
@@ -56,7 +56,7 @@ KivParamStore& freshStore() {
 
 using Published = std::map<KivParamStore::Key, Values>;
 
-TEST(Command, AppendsEntriesInTheOrderOfTheCalls) {
+TEST(Command, AppendsEntriesInCallOrder) {
     const Values a = {100, 200};
     const Values b = {-1, 0};
     SetParamCommand command(7);
@@ -88,7 +88,7 @@ all:vol 0 0
 )");
 }
 
-TEST(Command, SendsItsEntriesEachTimeItIsExecuted) {
+TEST(Command, SendsItsEntriesOnEachExecution) {
     KivParamStore& store = freshStore();
     KivEffect effect(3, android::String16("effect"));
     SetParamCommand command(7);
@@ -108,7 +108,7 @@ TEST(Command, SendsItsEntriesEachTimeItIsExecuted) {
     EXPECT_EQ(store.getCommitCount(), 2);
 }
 
-TEST(Command, JoinsListsThatAreKnownAtRunTimeOnly) {
+TEST(Command, JoinsListsGivenAtRunTime) {
     Values a = {1, 2};
     Values b = {3};
     const std::vector<Values*> lists = {&a, nullptr, &b, &a};
@@ -122,7 +122,7 @@ TEST(Command, JoinsListsThatAreKnownAtRunTimeOnly) {
               "7:list 0\n-1:vol 1 2 3 1 2\n-1:vol 9 1 2 3 1 2\n-1:vol\n-1:vol 9\n-1:vol\n");
 }
 
-TEST(Command, JoinsItsOwnListAsItWasBefore) {
+TEST(Command, JoinsItsOwnListFromBeforeTheCall) {
     SetParamCommand command(1);
     command.add(VOL, {nullptr, &command.mParams});
     EXPECT_EQ(command.mParams, (Values{1, 0, -1, kVol, 2, 1, 0}));
@@ -143,7 +143,7 @@ TEST(SharedStore, GetsTheEntriesOfAValidList) {
         EXPECT_EQ(log.take().back(), refused) << bytes;
     }
     EXPECT_EQ(store.getCommitCount(), 0);
-    // A list whose last entry is cut short is valid, but has no such entry.
+    // A list with a truncated last entry is valid, but without that entry.
     list[1] = 2;
     EXPECT_EQ(effect.send(1, list), -22);
     EXPECT_EQ(log.take().size(), 2U);
@@ -152,7 +152,7 @@ TEST(SharedStore, GetsTheEntriesOfAValidList) {
     EXPECT_EQ(store.getCommitCount(), 2);
 }
 
-TEST(SharedStore, PublishesWhatIsCommitted) {
+TEST(SharedStore, PublishesValuesOnCommit) {
     KivParamStore& store = freshStore();
     const Values values = {1, 2, 3};
     store.setParam(2, 10, values.data(), 3);

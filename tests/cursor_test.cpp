@@ -1,4 +1,4 @@
-// The cursor over an XML document, and the reading of numbers.
+// TagIterator, and reading numbers.
 #include <dlfcn.h>
 #include <libxml/parser.h>
 #include <ormel/TagIterator.h>
@@ -16,8 +16,8 @@ bool gRootless = false;
 
 }  // namespace
 
-// These replace libxml2's own in the whole process: one counts its calls, the other can hide the
-// root, which no well-formed document lacks.
+// These replace libxml2's functions in the whole process. One counts its calls; the other can hide
+// the root, because every well-formed document has one.
 extern "C" void xmlCleanupParser() {
     ++gCleanups;
     reinterpret_cast<decltype(&xmlCleanupParser)>(dlsym(RTLD_NEXT, __func__))();
@@ -54,7 +54,7 @@ std::string joined(const List& list) {
 }
 
 // The current node's attributes: the texts of x and y, then all texts, all as integers, all names.
-// Texts that are not found stay "l", "m" and "n".
+// Texts that are not found keep the values "l", "m" and "n".
 std::string readAttributes(TagIterator& iterator) {
     std::vector<std::string> texts = {"l", "m", "n"};
     Ints numbers;
@@ -111,11 +111,11 @@ TEST(TagIterator, VisitsNodesAndReadsAttributes) {
              "r",
              " b:E[123,m,123,][123,][x,] b:E",
              {}},
-            // Texts are looked up by local name: the first attribute of a name gives the text of
-            // all.
+            // Texts are looked up by local name: all attributes of one name give the text of the
+            // first.
             {"<a><b xmlns:n='u' n:x='1' x='2'/></a>", "r", " b:E[1,m,1,1,][1,1,][x,x,] b:E", {}},
             {"<a><b/></a>", "r", " b:E[l,m,][][] b:E", {}},
-            // Adjacent texts are one node, and so are adjacent CDATA sections, which have no name.
+            // Adjacent texts are one node, as are adjacent CDATA sections, which have no name.
             {"<a>1&amp;2&#65;\r\n<b/></a>", "n", " text:N b:E", {}},
             {"<a>t<![CDATA[]]><![CDATA[t]]>t<?p?><!--c--></a>",
              "nnnnn",
@@ -128,8 +128,8 @@ TEST(TagIterator, VisitsNodesAndReadsAttributes) {
              " b:E[2,1,1,2,][1,2,][y,x,] b:E",
              {}},
             {"<a><p:b p:x='1' x='2'/></a>", "r", " p:b:E[2,m,1,2,][1,2,][p:x,x,] p:b:E", {}},
-            // An undeclared entity stands for nothing; libxml2 takes a reference to it in an
-            // attribute for one in front of the element, too. Declarations give no attributes.
+            // An undeclared entity has no text. libxml2 also puts a reference in an attribute
+            // before the element. Declarations add no attributes.
             {"<!DOCTYPE a SYSTEM 's' [<!ATTLIST b y CDATA '3'>]><a><b x='1&und;2'/>&und;</a>",
              "nrn",
              " und:N b:EN[12,m,12,][12,][x,] b:EN und:",
@@ -145,7 +145,7 @@ TEST(TagIterator, VisitsNodesAndReadsAttributes) {
     }
 }
 
-TEST(TagIterator, SaysWhyItCannotReadADocument) {
+TEST(TagIterator, ReportsWhyItCannotReadADocument) {
     const TempFile good("<a><b/></a>");
     const TempFile bad("<a>\n<b></a>");
     constexpr char kEmpty[] = "Invalide xml file path/data, 52";
@@ -177,14 +177,14 @@ TEST(TagIterator, SaysWhyItCannotReadADocument) {
     }
 }
 
-TEST(TagIterator, CleansLibxml2UpWithTheLastInstance) {
+TEST(TagIterator, CleansUpLibxml2WithTheLastInstance) {
     for (gCleanups = 0; gCleanups < 2;) {
         const int before = gCleanups;
         auto last = std::make_unique<TagIterator>();
         EXPECT_EQ(last->init("<a><b/></a>", true), 0);
         TagIterator().pushNode();
         EXPECT_EQ(TagIterator::mInstanceCount, 1);
-        // Loads are not counted, so that they tear nothing down under another user.
+        // Loads do not count as instances, so they do not clean up while libxml2 is in use.
         EXPECT_EQ(TuningFileParser().setTuningFile("<a><b/></a>", true), 0);
         EXPECT_EQ(gCleanups, before);
         last.reset();
@@ -195,10 +195,10 @@ TEST(TagIterator, CleansLibxml2UpWithTheLastInstance) {
     }
 }
 
-TEST(IntegerText, ReadsNumbersAsAStreamDoes) {
+TEST(IntegerText, ReadsNumbersLikeAStream) {
     constexpr int kMax = std::numeric_limits<int>::max();
     constexpr int kMin = std::numeric_limits<int>::min();
-    // The row goes on from a 9.
+    // The row starts with a 9; numbers are appended.
     // clang-format off
     const struct { int number; Ints row; std::vector<std::string> texts; } cases[] = {
         {0,    {9},                 {"", " ", "oops", ",1", "-", "+", "+-5", "-+5", "++5", "--5", "- 5", "+ 5"}},

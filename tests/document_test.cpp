@@ -1,4 +1,4 @@
-// The reading of tuning documents.
+// Reading tuning documents.
 #include <ormel/TuningFileParser.h>
 
 #include <regex>
@@ -11,7 +11,7 @@ namespace {
 
 using std::string_literals::operator""s;
 
-// A document of a version such as "3 4 0", or of none.
+// A document with a version such as "3 4 0", or without one.
 std::string document(const std::string& version, const std::string& body) {
     std::string major, minor, maintenance;
     std::istringstream(version) >> major >> minor >> maintenance;
@@ -20,7 +20,7 @@ std::string document(const std::string& version, const std::string& body) {
     return "<r> " + (version.empty() ? "" : element) + body + "</r>";
 }
 
-// The words of a text, each after one blank.
+// The words of a text, each preceded by one blank.
 std::string squeeze(const std::string& text) {
     std::istringstream words(text);
     std::string squeezed;
@@ -30,7 +30,7 @@ std::string squeeze(const std::string& text) {
     return squeezed;
 }
 
-// The dumps of objects, without empty lists and missing ids.
+// The dumps of objects, without empty lists and without missing ids.
 template <typename Objects>
 std::string dump(const Objects& objects) {
     std::string all;
@@ -52,7 +52,7 @@ std::string dump(const DeviceData& data) {
            dump(data.getDeviceTunings()) + header.str();
 }
 
-TEST(TuningFileParser, CompletesDocumentsByTheirFormatVersion) {
+TEST(TuningFileParser, AppliesTheRulesOfTheFormatVersion) {
     const char* const body = R"(<authorized_technologies> <global_setting device_index='8'
         virtual_bass_process='7'/> </authorized_technologies> <preset id='warm' name='n' type='ieq'
         /> <profile id='1' group='mobility'> <headphone-virtualizer-mode value='0'/>
@@ -66,7 +66,7 @@ TEST(TuningFileParser, CompletesDocumentsByTheirFormatVersion) {
                                                "",       "3 4 0", "3 4",    "4 0 0"};
     const struct {
         const char* part;
-        const char* isIn;  // x for each version whose dump has it
+        const char* isIn;  // x for each version with this part in its dump
     } dumped[] = {{"presetId=3 name=warm ", "xxxxxx--------"},
                   {"presetId=0 name=n ", "------xxxxxxxx"},
                   {"mobility=true ", "----xxxxxxxxxx"},
@@ -103,7 +103,7 @@ const struct {
     const char* body;
     const char* expected;  // what the parser logs (D debug, E error), and what it reads
 } kDocuments[] = {
-        // Versions are known from the start, wherever they stand, and the last one wins.
+        // Versions are read first, wherever they are, and the last one counts.
         {"", R"(<preset id='off' type='ieq'/> <tool_version major='1' minor='x'/>
         <format_version/> <format_version major='3' minor='3' maintenance='0'/>)",
          "D xml version: .. D xml version: 3.3.0 presetId=0 name=off 1.x. -1 -1 0"},
@@ -116,7 +116,7 @@ const struct {
         {"", R"(<preset id='7th' name='x' type='ieq'/> <preset id='1' type='IEQ'/>
         <preset id='2' type='geq'> <d> <b> <x frequency='1' gain='2'/> </b> </d> </preset>)",
          "presetId=7 name=x profileId=2 geq_frequency=1, geq_gain=2, -1 -1 0"},
-        // Only a profile's second element may be its include.
+        // Only the second element of a profile can be its include.
         {"3 2 1", R"(<preset id='Warm' name='x' type='ieq'> <d> <b> <band_ieq frequency='1'
         target='-2'/> </b> </d> </preset> <profile> <include preset='warm'/> <a/> </profile>)",
          R"(D xml version: 3.2.1 E name is invalid, 313 D parseProfile(): parse the ieq preset
@@ -134,12 +134,12 @@ const struct {
         profileId=7 endpoint=headphone selectedIeqPreset=2 dialog_enhancer_enable=1,
         mi_dialog_enhancer_steering_enable=0, virtual_bass_type=1, profileId=7 endpoint=other
         selectedIeqPreset=0 surround_boost=9, virtual_bass_type=1, -1 -1 0)"},
-        // A missing attribute is empty, whatever the one that was read before it.
+        // A missing attribute is empty; it does not keep the text of the one before it.
         {"4 0 0", R"(<profile> <endpoint_type id='2'> <include/></endpoint_type></profile>)",
          R"(D xml version: 4.0.0 D parseProfileEndpoint(): 2, parse the include ieq preset
         profileId=0 mobility=false selectedGeqPreset=0 profileId=0 endpoint=other
         selectedIeqPreset=0 virtual_bass_type=1, -1 -1 0)"},
-        // An element without children reads what follows it as its content.
+        // For an element without children, the following siblings are read as its content.
         {"4 0 0", R"(<tuning name='a'/> <tuning name='b'> <data/> <peak-value value='4'/> </tuning>
         <profile id='1' name='p'/> <peak-value value='3'/> <endpoint_type id='x'/>
         <authorized_technologies/> <global_setting device_index='9'/>)",
@@ -157,7 +157,7 @@ const struct {
          R"(D xml version: 4.0.0 name=a endpoint=headphone mono=true readonly=true ieq_enable=1,
         orientation=90, output_channels=4, endpoint=other mono=false readonly=true orientation=0,
         output_channels=0, device=d port=usb tuning=a tuning=a -1 -1 0)"},
-        // A tuning without data ends the walk over the document.
+        // Reading stops at a tuning without data.
         {"", R"(<preset type='geq'/> <tuning name='a'> <device_id id='d'/> </tuning>
         <tuning name='b'> <data/> </tuning> <profile/> <preset type='geq'/>)",
          "E There is no <data> in Tuning section profileId=0 device=d tuning=a -1 -1 0"}};
@@ -176,7 +176,7 @@ TEST(TuningFileParser, ReadsEveryKindOfElement) {
     }
 }
 
-TEST(TuningFileParser, JoinsDocumentsAndKeepsThemWhenOneFails) {
+TEST(TuningFileParser, JoinsDocumentsAndKeepsThemIfOneFails) {
     TuningFileParser parser;
     EXPECT_EQ(parser.setTuningFile("", true), -22);
     EXPECT_EQ(parser.getDeviceData(), nullptr);
@@ -202,7 +202,7 @@ TEST(TuningFileParser, JoinsDocumentsAndKeepsThemWhenOneFails) {
     EXPECT_EQ(parser.getProfileName(7), "");
 }
 
-TEST(TuningFileParser, PlacesObjectsInDocumentOrder) {
+TEST(TuningFileParser, ListsObjectsInDocumentOrder) {
     std::string body, presets, tunings;
     for (int i = 99; i > 0; --i) {
         const std::string id = std::to_string(i);
@@ -217,7 +217,7 @@ TEST(TuningFileParser, PlacesObjectsInDocumentOrder) {
     EXPECT_EQ(dump(parser.getDeviceData()->getDeviceTunings()), tunings);
 }
 
-TEST(TuningFileParser, ReadsNodesThatAreNamedLikeElements) {
+TEST(TuningFileParser, ReadsInstructionsAndReferencesNamedLikeElements) {
     const char* const pattern = R"(<!DOCTYPE r [<!ENTITY NAME '<a/>'><!ENTITY b 'c'>]>
         <r>@<authorized_technologies>@</authorized_technologies> <profile>@<endpoint_type>@
         </endpoint_type> </profile> <tuning>@<data>@</data>@</tuning>@</r>)";
@@ -228,14 +228,14 @@ TEST(TuningFileParser, ReadsNodesThatAreNamedLikeElements) {
         text = std::regex_replace(text, std::regex("NAME"), name);
         TuningFileParser parser;
         EXPECT_EQ(parser.setTuningFile(text, true), 0) << name;
-        // Instructions and references have neither attributes nor children.
+        // Processing instructions and references have neither attributes nor children.
         EXPECT_EQ(parser.getNumOfProfiles(), name == "profile"s ? 5 : 1) << name;
     }
 }
 
-// Writes down what it is told: sections with their objects, parameters, and what is passed over,
-// each with its element's number; a star for a childless section.
-class WritingObserver : public TuningFileObserver {
+// Records what is reported: sections with their objects, parameters and skipped elements, each with
+// its element's number; a star for a childless section.
+class RecordingObserver : public TuningFileObserver {
   public:
     void onSection(const DocumentSection& section) override {
         mText << nameOf(section) << numberOf(section.element) << '/' << section.object << ' ';
@@ -264,15 +264,15 @@ class WritingObserver : public TuningFileObserver {
     std::ostringstream mText;
 };
 
-// A document's version and content, and what the observer of its reading is told. The root is
-// element 0, and the version, if there is one, element 1.
+// A document's version and content, and what its observer is told. The root is element 0; the
+// version, if there is one, is element 1.
 const std::array<const char*, 3> kObserved[] = {
-        // Versions and settings first, wherever they stand.
+        // Versions and settings come first, wherever they are.
         {"", R"(<profile id='1'/> <x/> <authorized_technologies> <y/> <global_setting z='1'
         device_index='2'/> </authorized_technologies> <tool_version/>)",
          R"(authorized_technologies3/0 U4 global_setting5/0 device_index5 tool_version6/0
         profile1/0 S1 S2 S3 S6 U2)"},
-        // Both kinds of preset have places of their own.
+        // The two types of preset are numbered separately.
         {"", R"(<preset type='geq'/> <preset type='ieq'> </preset> <preset/> <preset type='geq'/>)",
          "preset1/0 preset.geq1 preset2/0 preset.ieq2 preset3/1 U3 preset4/1 preset.geq4"},
         {"3 4 0",
@@ -284,20 +284,20 @@ const std::array<const char*, 3> kObserved[] = {
          R"(<authorized_technologies> <global_setting/> </authorized_technologies> <profile>
         <ieq-enable/> <include/> <endpoint_type> <include/> </endpoint_type> </profile>)",
          R"(format_version1/0 profile4/0 include6/0 profile.ieq-enable5 U6 endpoint_type7/0 U8)"},
-        // The data of a tuning may have any name.
+        // A tuning's data may have any name.
         {"", R"(<tuning> <device_id/> <device_id/> <peak-value> <peak-value/> <x/> </peak-value>
         <device_id/> </tuning> <tuning> <data/> <peak-value/> </tuning>)",
          R"(tuning1/0 device_id2/0 device_id3/1 data4/0 tuning.peak-value5 U6
         tuning8/1 data9/1 S9 tuning*.peak-value10)"},
-        // Nothing is told of what stands behind a tuning without data.
+        // Nothing is reported after a tuning without data.
         {"", "<tuning> <device_id/> </tuning> <profile/>", "tuning1/0 device_id2/0 N1"},
-        // An instruction reads as an element without children, and has no number.
+        // A processing instruction is read as an element without children, and has no number.
         {"", "<?profile?> <peak-value/> <profile> </profile>",
          "profile-/0 profile*.peak-value1 S2 U1 profile2/1"}};
 
-TEST(TuningFileObserver, IsToldWhatEachElementIsTakenFor) {
+TEST(TuningFileObserver, IsToldHowEachElementIsRead) {
     for (const auto& [version, body, expected] : kObserved) {
-        WritingObserver observer;
+        RecordingObserver observer;
         TuningFileParser parser;
         parser.setObserver(&observer);
         EXPECT_EQ(parser.setTuningFile(document(version, body), true), 0) << body;

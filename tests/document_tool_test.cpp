@@ -1,4 +1,4 @@
-// What the tools say of the elements of a document.
+// What the tools know about the elements of a document.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -8,7 +8,8 @@
 namespace ormel::tools {
 namespace {
 
-// By element: name, line, parent, number behind the last one below, nodes before it and of its own.
+// For each element: name, line, parent, one past its last descendant's number, nodes before it and
+// in it.
 std::string outlineOf(const std::string& text) {
     const XmlErrorScope heldBack;
     const XmlElements elements(text);
@@ -28,14 +29,14 @@ std::string inUtf16(const std::string& text) {
     return wide;
 }
 
-TEST(XmlElements, KnowTheirPlacesAndLines) {
+TEST(XmlElements, HavePositionsAndLines) {
     const std::string longTag = "<r\n x='" + std::string(70000, 'y') + ">'\n><a/></r>";
     const std::pair<std::string, std::string> documents[] = {
             {"<r/>", "r:1 0-1 0/0 "},
             {"<r><a></a><b/></r>", "r:1 0-3 0/2 a:1 0-2 0/0 b:1 0-3 1/0 "},
             {"<!-- \n -->\n<r\n>\n<a\n x='1'\n><b/>\n</a> <a/></r>",
              "r:3 0-4 0/4 a:5 0-3 1/2 b:7 1-3 0/0 a:8 0-4 3/0 "},
-            // Text and CDATA sections behind one another are one node each; references are nodes.
+            // Adjacent texts are one node, as are adjacent CDATA sections; references are nodes.
             {"<!DOCTYPE r [<!ENTITY e '<z/>'>]>\n<r>a&#66;&lt;c<![CDATA[d]]><![CDATA[e]]>\n<a/>&e;f"
              "<?p?><!----><b/></r>",
              "r:2 0-3 0/9 a:3 0-2 3/0 b:3 0-3 8/0 "},
@@ -47,7 +48,7 @@ TEST(XmlElements, KnowTheirPlacesAndLines) {
     }
 }
 
-// By element: what it was read as, and whether the reader named, entered or left it for others.
+// For each element: what it was read as, and whether the reader named, entered or skipped it.
 std::string readingOf(const std::string& text) {
     const XmlElements elements(text);
     const ReadTrace trace("document", text, elements);
@@ -82,8 +83,8 @@ TEST(ReadTrace, FindsBandsAndRowsWhereTheReaderLooks) {
     }
 }
 
-// By parameter: the line that gives it, in the first object of a kind.
-TEST(ReadTrace, TellsWhatGaveAValue) {
+// For each parameter: the line that gives its value, in the first object of a kind.
+TEST(ReadTrace, FindsTheLineThatGaveAValue) {
     const std::string text =
             "<r>\n<format_version major='3' minor='2' maintenance='2'/>\n"
             "<preset id='off' type='ieq'>\n<d>\n<b>\n<band_ieq/>\n</b>\n</d>\n</preset>\n"
@@ -104,7 +105,7 @@ TEST(ReadTrace, TellsWhatGaveAValue) {
             {&endpoint, PEAK_VALUE, 18},
             {&endpoint, DIALOG_ENHANCER_ENABLE, 14},
             {&endpoint, MI_DIALOG_ENHANCER_STEERING_ENABLE, 14},
-            // By the rules of the version.
+            // Values from version rules.
             {&endpoint, IEQ_ENABLE, 11},
             {&endpoint, VIRTUALIZER_START_BAND, 0},
             {&endpoint, VIRTUAL_BASS_TYPE, 0}};

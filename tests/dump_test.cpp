@@ -1,4 +1,4 @@
-// The store's state as text.
+// The store's state as text: dump().
 #include <functional>
 #include <future>
 
@@ -29,8 +29,8 @@ ports:
   other (6)
 )";
 
-// A profile makes 12 entries, a graphic equalizer one. A tuning makes 36, and of four channels the
-// optimizer's bands as well.
+// A profile gives 12 entries and a graphic equalizer one. A tuning gives 36, and with four channels
+// the optimizer's bands too.
 constexpr char kLoaded[] = R"(libspatializerparamstorage 1.0.0
 document: FILE, loaded (0)
 current profile: movie (1)
@@ -120,7 +120,7 @@ TEST_F(DumpTest, ShowsWhatIsLoadedAndSelected) {
     const TempFile bad("<d>");
     const auto loadGood = [&] {
         mArray.loadSpatializerXMLFile(good.path());
-        // Parameters that were added make more entries.
+        // Parameters added later give more entries.
         mArray.getXMLProfileParams(1)[1] = 13;
         mArray.getXMLProfileParams(7)[1] = 12;
         for (const char* const device : {"a b", "default_internal_speaker", "far", "two\nlines"}) {
@@ -151,7 +151,7 @@ TEST_F(DumpTest, ShowsWhatIsLoadedAndSelected) {
         if (!file.empty()) {
             expected.replace(expected.find("FILE"), 4, file);
         }
-        // More than once, since a dump must change nothing.
+        // More than once: a dump must change nothing.
         for (const int indent : {0, 5, -1}) {
             std::string out = "before ";
             mArray.dump(out, indent);
@@ -170,9 +170,9 @@ std::promise<void>& holderMayGo() {
     return go;
 }
 
-TEST_F(DumpTest, GivesUpOnALockThatIsHeld) {
-    // The warning about an unknown device is given with the lock held. A dump that waited for it
-    // would get it in the end, and so show the state.
+TEST_F(DumpTest, GivesUpIfTheLockIsHeld) {
+    // The warning about an unknown device is logged with the lock held. A dump that waited for the
+    // lock would get it in the end, and show the state.
     __android_log_set_logger([](const __android_logger_data*, const char*) {
         holderIsIn().set_value();
         holderMayGo().get_future().wait_for(std::chrono::seconds(20));

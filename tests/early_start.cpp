@@ -1,5 +1,5 @@
 // Uses the library from a static initialiser that runs before all of the library's own: this file
-// is linked ahead of the library's objects, and initialisers run in that order.
+// is linked before the library's objects, and initialisers run in link order.
 #include <ormel/SpatializerParamArray.h>
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/TuningFileParser.h>
@@ -13,7 +13,7 @@
 namespace ormel::test {
 namespace {
 
-// Of a reference that refers to nothing yet, which the compiler takes for impossible.
+// Whether a reference is not yet bound. The compiler assumes that this cannot be.
 bool isNull(const void* volatile referred) {
     return referred == nullptr;
 }

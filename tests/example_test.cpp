@@ -1,4 +1,4 @@
-// The example documents, from their files to the effect.
+// The example documents, from file to effect.
 #include <ormel/SpatializerParamCache.h>
 
 #include <filesystem>
@@ -12,7 +12,7 @@ namespace {
 
 using ExampleTest = StoreTest;
 
-/** What a device got of some parameters; of long lists, their number, first five and last two. */
+/** The values of some parameters that a device got; for long lists, count, first five, last two. */
 std::string pushed(const RecordingEffect& effect, int32_t device, const std::string& codes) {
     std::string text;
     std::istringstream words(codes);
@@ -52,12 +52,12 @@ TEST_F(ExampleTest, EveryDocumentLoadsWithoutWarnings) {
             EXPECT_TRUE(array.isValidTuningDevice(port, array.getSelectedTuningDevice(port)));
         }
     }
-    // Among them faulty.xml, whose faults are for ormel-tuning to find.
+    // Including faulty.xml, whose mistakes only ormel-tuning reports.
     EXPECT_EQ(documents, 6);
 }
 
-// A device keeps them as long as the audio process runs.
-TEST_F(ExampleTest, StoredListsHaveNoSpareRoom) {
+// The lists stay in memory as long as the audio process runs.
+TEST_F(ExampleTest, StoredListsHaveNoSpareCapacity) {
     mArray.loadSpatializerXMLFile(ORMEL_EXAMPLES "/tablet-quad.xml");
     for (int profile = 0; profile < 4; ++profile) {
         const Values& list = mArray.getXMLProfileParams(profile);
@@ -77,7 +77,7 @@ TEST_F(ExampleTest, EveryKindOfValueReachesTheEffect) {
     EXPECT_EQ(pushed(effect, kAll, "hvm rvse hvrc drcm gebs"),
               "hvm 2; rvse 1; hvrc 94 31856 12412 6610 1 3 3 2; drcm 3 -360 16 4 50 320; "
               "gebs [41] 20 47 141 234 328 .. 14 6; ");
-    // The mix matrix takes the place of the speaker's endpoint and orientation as well.
+    // The mix matrix replaces the speaker's endpoint and orientation too.
     EXPECT_EQ(pushed(effect, 2, "plb dea ieid vbm vbon iebs dom"),
               "plb 36; dea 12; ieid 2; vbm 2; vbon 3; iebs [41] 20 47 141 234 328 .. -83 -122; "
               "dom [61] 1 15 24 14904 0 .. 0 0; ");

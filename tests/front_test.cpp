@@ -1,4 +1,4 @@
-// The operations that effects call.
+// SpatializerParamCache, the operations that effects call.
 #include <kivparamstorage/KivParamStore.h>
 #include <ormel/SpatializerParamCache.h>
 #include <ormel/StoreFront.h>
@@ -17,7 +17,7 @@ constexpr char kOwn[] = "default_internal_speaker";
 constexpr char kTuning[] = "2:vbon 1\n8:gebs 1\nall:commit\n";
 constexpr char kReadMode[] = "get 2:dom 61\n";
 
-/** The graphic equalizer's values, with @p gains cut or filled up to twenty. */
+/** The graphic equalizer's values, with @p gains cut or padded to twenty. */
 Values bands(Values gains) {
     Values values(41, 20);
     gains.resize(20);
@@ -49,8 +49,7 @@ std::string builtIn(const List& list, const std::string& mode = "") {
     return lines.substr(lines.find('\n') + 1);
 }
 
-/** Commits return 1, 2, 3 and so on, reads can give a negative count, and calls can have effects.
- */
+/** Commits return 1, 2, 3 and so on; reads can give a negative count; calls can run a function. */
 class FrontEffect : public RecordingEffect {
   public:
     int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
@@ -77,7 +76,7 @@ class FrontTest : public StoreTest {
   protected:
     FrontTest() { KivParamStore::getInstance().setDeviceProcParams({kivCode(AOON)}); }
 
-    /** Tuning devices with mix matrices of several lengths, all with one list. */
+    /** Tuning devices with mix matrices of several lengths, all with the same list. */
     void loadTunings(const std::string& channels) {
         const std::string row = entry(0, "", Values(70, 6)).substr(2);
         const std::string named = "output_channels='" + channels + "' name=";
@@ -97,18 +96,18 @@ class FrontTest : public StoreTest {
     FrontEffect effect;
 };
 
-TEST_F(FrontTest, SetProfilePushesTheEntriesOfTheDocumentsList) {
+TEST_F(FrontTest, SetProfilePushesTheDocumentsList) {
     mArray.getXMLProfileParams(1) = pack(
             {set(kAll, "mdle", {1}), set(2, "vbon", {3}), set(kAll, "aoon", {}),
              set(8, "gebs", bands(Values(20, 9))), set(2, "gebs", Values(40)),
              set(2, "gebs", Values(42)), set(8, "dom", {1, 1, 2}), set(2, "dom", {5, 0, 1, 15})});
     const std::string unchanged = "2:dom 5 0 1 15\n";
-    // No channels stand for no tunings.
+    // Empty channels: no tunings.
     // clang-format off
     const struct { std::string channels, device; Values gains; std::string mode; } cases[] = {
         {"",  kOwn,   {},            unchanged},
         {"2", "long", {1, 2},        unchanged},
-        {"3", kOwn,   Values(25, 4), "2:dom 5 7 8 0\n"},  // As many values as the entry has.
+        {"3", kOwn,   Values(25, 4), "2:dom 5 7 8 0\n"},  // As many values as in the entry.
         {"4", "long", {5},           "2:dom 5 6 6 6\n"},
         {"4", "none", {5},           unchanged},
     };
@@ -131,7 +130,7 @@ TEST_F(FrontTest, SetProfilePushesTheEntriesOfTheDocumentsList) {
                                  std::string("all:aoon\n") + entry(8, "gebs", bands(gains));
         EXPECT_EQ(calls(), "all:mdle 1\n" + kept + "8:dom 1 1 2\n" + mode + "all:commit\n");
 
-        // For the maker's own content, only parameters of the device's processing are pushed.
+        // For the maker's own content, only parameters of the device processing are pushed.
         const bool surround = channels > "2";
         EXPECT_EQ(front.setProfile(1, &effect, true), 12);
         EXPECT_EQ(calls(),
@@ -141,7 +140,7 @@ TEST_F(FrontTest, SetProfilePushesTheEntriesOfTheDocumentsList) {
     }
 }
 
-TEST_F(FrontTest, SetProfilePushesBuiltInListsWhereTheDocumentHasNone) {
+TEST_F(FrontTest, SetProfilePushesBuiltInListsWithoutADocumentsList) {
     const std::string common = builtIn(SpatializerParamArray::mCommonParams);
     EXPECT_EQ(front.setProfile(2, &effect, false), 0);
     EXPECT_EQ(calls(), "");
@@ -154,7 +153,7 @@ TEST_F(FrontTest, SetProfilePushesBuiltInListsWhereTheDocumentHasNone) {
     EXPECT_EQ(mArray.getCurrentProfile(), 9);
 }
 
-TEST_F(FrontTest, RefusesAnInvalidListBeforeItPushesAnything) {
+TEST_F(FrontTest, RefusesAnInvalidListBeforePushingAnything) {
     Values tooShort = pack({set(2, "aoon", {1})});
     tooShort[1] = 1000;
     for (const Values& list : {Values{}, Values{kAll}, tooShort}) {
@@ -175,7 +174,7 @@ TEST_F(FrontTest, RefusesAnInvalidListBeforeItPushesAnything) {
     EXPECT_EQ(calls(), "all:commit\n");
 }
 
-TEST_F(FrontTest, EndsAListThatGoesRoundInACircle) {
+TEST_F(FrontTest, StopsInAListThatLoops) {
     Values circle = pack({set(2, "vbm", {})});
     circle[1] = INT32_MAX;
     circle.back() = -3;
@@ -190,7 +189,7 @@ TEST_F(FrontTest, EndsAListThatGoesRoundInACircle) {
 
 TEST_F(FrontTest, KeepsItsListWhenTheEffectLoadsAnotherDocument) {
     const Values list = pack({set(2, "vbm", {4}), set(2, "dom", {5, 0, 0}), set(2, "vbm", {6})});
-    // The matrix is looked up only when its entry's turn comes.
+    // The matrix is looked up only when its entry is reached.
     // clang-format off
     const struct { std::function<int32_t()> run; std::string mode; } cases[] = {
         {[&] { return front.setProfile(1, &effect, false); },   "2:dom 5 9 0\n"},
@@ -202,7 +201,7 @@ TEST_F(FrontTest, KeepsItsListWhenTheEffectLoadsAnotherDocument) {
         loadTunings("3");
         mArray.getXMLProfileParams(1) = list;
         mArray.getXMLTuningParams(kOwn) = list;
-        // Every call replaces the tuning's list and matrix by another load.
+        // Each call loads another document, which replaces the tuning's list and matrix.
         effect.whenCalled = [this] {
             load(document(tuning("name='z' output_channels='4'", kOwn, mixMatrix("9"))));
         };
@@ -230,7 +229,7 @@ TEST_F(FrontTest, FailsAtTheFirstUseOfANullEffect) {
         {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, -22,
          "D Cache: setSelectedTuningDevice(port=internal_speaker, device=long)\n"
          "D Array: setSelectedTuningDevice(port=internal_speaker, device=long)\n"},
-        {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, 0,  // Selected by now.
+        {[&] { return front.setSelectedTuningDevice(0, "long", nullptr); }, 0,  // Already selected.
          "D Cache: setSelectedTuningDevice(port=internal_speaker, device=long)\n"},
         {[&] { return front.setProfileGeqGains({4}, nullptr); }, -22, ""},
     };
@@ -242,7 +241,7 @@ TEST_F(FrontTest, FailsAtTheFirstUseOfANullEffect) {
     EXPECT_EQ(mArray.getProfileGeqGains(1), Values{4});
 }
 
-TEST_F(FrontTest, BuiltInListsOnlySwitchTheEffectsOutputModeOn) {
+TEST_F(FrontTest, BuiltInListsKeepTheEffectsOutputModeButSwitchItOn) {
     loadTunings("3");
     const std::string full = entry(2, "dom", Values(61, 1));
     Values off(61, 1);
@@ -251,9 +250,9 @@ TEST_F(FrontTest, BuiltInListsOnlySwitchTheEffectsOutputModeOn) {
     const struct { int32_t readStatus; Values answer; bool readsNegative; std::string pushed; } cases[] = {
         {0,  {0, 7, 8},  false, "2:dom 1 7 8\n"},
         {0,  off,        false, full},
-        {0,  {1, 7, 8},  false, ""},  // On already.
+        {0,  {1, 7, 8},  false, ""},  // Already on.
         {-1, {0, 7, 8},  false, ""},
-        {0,  Values(62), false, ""},  // More than there is room for.
+        {0,  Values(62), false, ""},  // More than the buffer holds.
         {0,  {0, 7, 8},  true,  ""},
     };
     // clang-format on
@@ -297,7 +296,7 @@ TEST_F(FrontTest, SelectingATuningDeviceLoadsIt) {
     longMode.front() = 3;
     // clang-format off
     const struct { int port; std::string device; int32_t readStatus; bool readsNegative; int32_t status; std::string calls; } cases[] = {
-        {0,  kOwn,   0,  false, 0,   ""},  // Selected already.
+        {0,  kOwn,   0,  false, 0,   ""},  // Already selected.
         {0,  "x",    0,  false, -22, ""},
         {0,  "buds", 0,  false, -22, ""},
         {-1, "buds", 0,  false, -22, ""},
@@ -337,7 +336,7 @@ D Array: getXMLTuningParams(device = long)
     EXPECT_EQ(calls(), kTuning);
 }
 
-TEST_F(FrontTest, StoresGainsAndPushesThemToAnEffectOfTwentyBands) {
+TEST_F(FrontTest, StoresGainsAndPushesThemToAnEffectWithTwentyBands) {
     front.setProfile(2, &effect, false);
     Values two(20, 9);
     two[0] = 1;
@@ -373,7 +372,7 @@ TEST_F(FrontTest, StoresGainsAndPushesThemToAnEffectOfTwentyBands) {
     }
 }
 
-TEST_F(FrontTest, WorksOnAStoreOfOnesOwn) {
+TEST_F(FrontTest, WorksOnTheCallersOwnStore) {
     SpatializerParamArray store{SpatializerParamArray::Empty()};
     store.getXMLTuningParams("d") = pack({set(2, "vmb", {3})});
     StoreFront own(store);

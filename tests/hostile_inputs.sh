@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Runs every command against what nobody should give it: hostile_inputs.sh ORMEL-TUNING EXAMPLES
+# Runs every command on bad inputs: hostile_inputs.sh ORMEL-TUNING EXAMPLES
 #
-# A command that cannot do its work ends with status 2 and says why in one line on stderr; check has
-# findings about what it can read, and status 1.
+# A command that fails must exit with status 2 and give the reason in one line on stderr. If check
+# can read the file, it must report findings and exit with status 1.
 set -euo pipefail
 tool=$1
 examples=$2
@@ -13,7 +13,7 @@ export LC_ALL=C
 failures=0
 runs=0
 
-# Draws nothing, but is there.
+# A stand-in for gnuplot that draws nothing.
 mkdir bin
 printf '#!/bin/sh\ncat\n' >bin/gnuplot
 chmod +x bin/gnuplot
@@ -28,7 +28,7 @@ fail() {
     failures=$((failures + 1))
 }
 
-# What an input is to be, by its name. One that is no file of its own is given by "of".
+# Makes the input with the given name, or prints its content. Names without a case need nothing.
 make() {
     case $1 in
     folder | folder.xml) mkdir "$1" ;;
@@ -73,7 +73,7 @@ make() {
     esac
 }
 
-# INPUT, the status of check, that of the other commands, and what the line on stderr has.
+# INPUT | status of check | status of the other commands | text in the line on stderr
 inputs=(
     'missing|2|2|missing: No such file or directory'
     'folder|2|2|folder: '
@@ -132,7 +132,7 @@ commands=(
     'report -o page.html'
 )
 
-# Runs the tool. expect STATUS PATTERN NAME COMMAND...
+# expect STATUS PATTERN NAME COMMAND...: runs the tool and checks status and output.
 expect() {
     local expected=$1 pattern=$2 name=$3 status=0
     shift 3
@@ -157,21 +157,21 @@ for row in "${inputs[@]}"; do
         read -ra words <<<"$command"
         expected=$of_others
         [[ $command != check ]] || expected=$of_check
-        # A page can be made of what cannot be loaded, as long as check can read it.
+        # report works on a document that cannot be loaded if check can read it.
         [[ $command != report* || $of_check != 1 ]] || expected=0
         others=()
         [[ $command != diff* ]] || others=("$input")
-        # Without a document show has the built-in lists to show.
+        # Without a document, show shows the built-in lists.
         [[ $command != show || -n $input ]] || continue
-        # Nothing is drawn of documents that have no curves.
+        # plot fails on documents without curves.
         [[ $command != plot* || ! $input =~ ^(outside|far|long-attribute)$ ]] || continue
         expect "$expected" "$pattern" "$input" "${words[@]}" -- "$input" "${others[@]}"
     done
     rm -rf 100-MB* 17-MiB
 done
-[[ ! -e stolen ]] || fail 'ran a part of a name'
+[[ ! -e stolen ]] || fail 'ran a command in a file name'
 
-# Standard input that is closed, and outputs that take nothing.
+# Closed standard input, and outputs that cannot be written.
 outputs() {
     local status
     for command in "${commands[@]:0:4}" 'schema' 'help'; do
@@ -210,7 +210,7 @@ for command in "${commands[@]}"; do
     [[ $status == 2 ]] || fail "$command without standard input: $status $(<err)"
 done
 
-# What is anything but a file of its own, and fine.
+# Pipes, standard input and folders, which are valid inputs.
 "$tool" diff <(cat "$examples/faulty.xml") "$tablet" >out || [[ $? == 1 ]]
 [[ $(tail -n 1 out) == '8 differences' ]] || fail 'a pipe'
 "$tool" show - --profile movie <"$tablet" >out
@@ -221,7 +221,7 @@ status=0
 "$tool" check --quiet "$examples" >out 2>&1 || status=$?
 [[ $status == 1 && ! -s out ]] || fail "check --quiet: $status $(<out)"
 
-# What is no command.
+# Misspelt commands.
 for words in 'chek|check' 'shwo|show' 'reprot|report' 'help dif|diff' 'shema|schema'; do
     read -ra command <<<"${words%|*}"
     expect 2 "; the nearest is '${words#*|}'" "$words" "${command[@]}"

@@ -49,7 +49,7 @@ std::string utf16(const std::string& text) {
     return bytes;
 }
 
-/** A pipe that nobody writes to: whoever opens it waits for ever. */
+/** A pipe without a writer: opening it for reading blocks for ever. */
 class Pipe {
   public:
     Pipe() : mPath(TempFile("").path()) { EXPECT_EQ(::mkfifo(mPath.c_str(), 0600), 0); }
@@ -63,7 +63,7 @@ class Pipe {
     std::string mPath;
 };
 
-/** Parameter entities, each of which refers ten times to the one before it. */
+/** Parameter entities, each with ten references to the one before it. */
 std::string parameterLevels(const std::string& names) {
     std::string levels;
     for (size_t i = 1; i < names.size(); ++i) {
@@ -73,7 +73,7 @@ std::string parameterLevels(const std::string& names) {
     return levels;
 }
 
-/** Parameter entities e0 and on, each of which refers to the next one. */
+/** Parameter entities e0, e1, ..., each with a reference to the next one. */
 std::string nestedParameters(int count) {
     std::string entities;
     for (int i = 0; i < count; ++i) {
@@ -283,7 +283,7 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
     }
 }
 
-TEST_F(HostileTest, LoadsADocumentWholeOrNotAtAllWhereverItIsCut) {
+TEST_F(HostileTest, LoadsATruncatedDocumentEntirelyOrNotAtAll) {
     const std::string document = "<d>" + kProfile + kTuning + "</d>\n";
     for (size_t length = 0; length <= document.size(); ++length) {
         const bool isWhole = length + 1 >= document.size();
@@ -292,16 +292,16 @@ TEST_F(HostileTest, LoadsADocumentWholeOrNotAtAllWhereverItIsCut) {
     }
 }
 
-// The host's standard library looks at the run-time types of a locale's parts.
+// The host's standard library needs run-time type information for locales.
 #if defined(__GXX_RTTI) || !defined(__GLIBCXX__)
-/** Commas for the decimal point and between thousands. */
+/** Commas as decimal point and thousands separator. */
 class Commas : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return ','; }
     std::string do_grouping() const override { return "\3"; }
 };
 
-TEST_F(HostileTest, ReadsNumbersAlikeInEveryLocale) {
+TEST_F(HostileTest, ReadsNumbersTheSameInEveryLocale) {
     const std::locale before = std::locale::global(std::locale(std::locale(), new Commas));
     load("<d>" + kTuning + "</d>");
     std::locale::global(before);
@@ -327,9 +327,9 @@ TEST_F(HostileTest, AllowsEveryOperationOnEveryThread) {
     for (const std::string& document : documents) {
         mArray.loadSpatializerXMLFile(document);
     }
-    // Messages would make the threads wait for each other.
+    // Logging would make the threads wait for each other.
     __android_log_set_minimum_priority(ANDROID_LOG_FATAL);
-    // The store's isValidTuningDevice() takes no lock, and is not to meet a load.
+    // The store's isValidTuningDevice() takes no lock, and must not run during a load.
     std::shared_mutex loads;
     const auto serve = [&](int id) {
         SpatializerParamCache front;
@@ -340,7 +340,7 @@ TEST_F(HostileTest, AllowsEveryOperationOnEveryThread) {
         const auto setGains = [&](size_t round) {
             EXPECT_EQ(front.setProfileGeqGains(std::vector<int32_t>(round % 40), &effect), 0);
         };
-        // Front operations alone, and often: they meet for moments only.
+        // Many front operations: two rarely run at the same moment.
         for (size_t round = 0; round < 8 * kRounds; ++round) {
             apply(round);
             setGains(round);

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs the tree and tries what comes with the tool: installed_tool.sh BUILD-FOLDER
+# Installs the project and tests the tool's man page and completions: installed_tool.sh BUILD-FOLDER
 set -euo pipefail
 build=$1
 root=$(mktemp -d)
@@ -22,7 +22,7 @@ example=$(find "$root/share/doc" -name tablet-quad.xml)
 ormel-tuning check "$example" || fail 'the installed tool does not work'
 ormel-tuning schema | cmp - "$root/share/xml/ormel-tuning/spatializer-tuning.xsd" || fail schema
 
-# The page and the completions know every command and every option that help does.
+# The man page and the completions have every command and option that help lists.
 page=$(sed 's/\\-/-/g; s/\\f.//g' "$root/share/man/man1/ormel-tuning.1")
 # shellcheck disable=SC1091
 source "$root/share/bash-completion/completions/ormel-tuning"
@@ -46,7 +46,7 @@ for command in ${commands/help/}; do
             fail "completion: $command $option"
     done
 done
-[[ $(completed ormel-tuning pl) == plot ]] || fail 'completes pl otherwise'
+[[ $(completed ormel-tuning pl) == plot ]] || fail 'pl does not complete to plot'
 ! command -v man >/dev/null || man -l --warnings=all "$root/share/man/man1/ormel-tuning.1" 2>&1 >/dev/null |
-    { ! grep .; } || fail 'the man page is faulty'
+    { ! grep .; } || fail 'the man page has warnings'
 ((failures == 0))

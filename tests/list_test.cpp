@@ -1,4 +1,4 @@
-// The two readers of packed lists, which must accept the same bytes, and the built-in lists.
+// The two readers of packed lists, which must accept the same lists, and the built-in lists.
 #include <kivparamstorage/EffectParamParser.h>
 #include <ormel/SpatializerParamArray.h>
 
@@ -39,12 +39,12 @@ const std::string kNoProfile = "begin() failed to extract profile id";
 const std::string kNoCount = "begin() failed to extract number of parameters";
 const std::string kNoHeader = "validate() EFFECT_PARAM_PROFILE header is incorrect.";
 
-// A list cut short in its last entry is valid all the same. A negative count moves backwards,
-// wrapping at 32 bits, even to before the list; a positive one does not wrap.
+// A list with a truncated last entry is still valid. A negative count moves backwards, wrapping at
+// 32 bits, even to before the list; a positive one does not wrap.
 // clang-format off
 const struct {
     Values words;    // profile, number of entries, and each entry's device, code, count and values
-    Values entries;  // those that are read
+    Values entries;  // the entries that are read
     bool isValid;
     std::vector<std::string> errors;
 } kReads[] = {
@@ -59,7 +59,7 @@ const struct {
     {{5, 2, 2, 11, 1, 7, 8, 12},                {2, 11, 1, 7},                  true,  {lacks("number of values", 2)}},
     {{5, 2, 2, 11, 1, 7, 8, 12, 0},             {2, 11, 1, 7, 8, 12, 0},        true,  {}},
     {{0, 3, 2, 11, 0, 8, 12, 2, 5},             {2, 11, 0},                     false, {lacks("2 values", 2), counts(3, 2)}},
-    {{-1, 1, 1, 11, 2, -3, 4, 8, 9},            {1, 11, 2, -3, 4},              true,  {}},  // Words behind the last entry.
+    {{-1, 1, 1, 11, 2, -3, 4, 8, 9},            {1, 11, 2, -3, 4},              true,  {}},  // Words after the last entry.
     {{0, 0},                                    {},                             true,  {}},
     {{0, -1, 2, 11, 0},                         {},                             false, {counts(-1, 0)}},
     {{0, INT32_MAX},                            {},                             false, {lacks("device id", 1), counts(INT32_MAX, 1)}},
@@ -77,9 +77,9 @@ const struct {
 };
 // clang-format on
 
-TYPED_TEST(ListTest, ReadsEntriesUpToTheFirstThatIsCutShort) {
+TYPED_TEST(ListTest, ReadsEntriesUpToATruncatedOne) {
     for (const auto& [words, entries, isValid, errors] : kReads) {
-        // A part of a word behind the list makes no difference. The buffer ends with it.
+        // Part of a word after the list changes nothing. The buffer ends right after it.
         for (size_t bytes = words.size() * 4; bytes < words.size() * 4 + 4; ++bytes) {
             SCOPED_TRACE(::testing::PrintToString(words) + std::to_string(bytes));
             const auto buffer = std::make_unique<char[]>(bytes);
@@ -99,7 +99,7 @@ TYPED_TEST(ListTest, ReadsEntriesUpToTheFirstThatIsCutShort) {
     }
 }
 
-TYPED_TEST(ListTest, LeavesItsFieldsAsFarAsTheyWereRead) {
+TYPED_TEST(ListTest, KeepsTheFieldsReadSoFar) {
     Values words = {6, 3, 2, 11, 0, 8, 12, 1, 5, 3, 13, 9};
     TypeParam parser(words.data(), 48);
     EXPECT_TRUE(parser.begin());
@@ -127,7 +127,7 @@ TYPED_TEST(ListTest, LeavesItsFieldsAsFarAsTheyWereRead) {
     }
 }
 
-TYPED_TEST(ListTest, IsEmptyOfANegativeSizeAndWithoutData) {
+TYPED_TEST(ListTest, IsEmptyForANegativeSizeOrNullData) {
     Values words = {6, 0};
     for (const int size : {-1, INT32_MIN, 99}) {
         TypeParam parser(size == 99 ? nullptr : words.data(), size);
@@ -164,7 +164,7 @@ void expectList(const List& list, const std::string& text) {
     EXPECT_EQ(parser.mOffset, parser.mSize);
 }
 
-TEST(BuiltInLists, AreTheseWordForWord) {
+TEST(BuiltInLists, AreUnchangedWordForWord) {
     using Array = SpatializerParamArray;
     EXPECT_EQ(sizeof(Array::mCommonParams), 1824U);
     EXPECT_EQ(sizeof(Array::mCustomProfileParams), 468U);

@@ -1,4 +1,4 @@
-// The loading of a tuning document into the store.
+// Loading tuning documents into the store.
 #include <sched.h>
 #include <sys/wait.h>
 
@@ -12,7 +12,7 @@
 namespace ormel::test {
 namespace {
 
-/** The lines of a list that begin with a text, and those that have values if that is empty. */
+/** The lines of a list that begin with @p beginning; if that is empty, all with values. */
 std::string entriesIn(const Values& list, const std::string& beginning) {
     std::string found;
     std::istringstream lines(listText(list));
@@ -32,7 +32,7 @@ Values defaultMode() {
     return values;
 }
 
-// The child sees a root folder of its own, so that nothing of the machine's is touched.
+// The child process has its own root folder, so the test does not touch the machine's.
 TEST(DefaultPath, IsLoadedByTheConstructor) {
     constexpr int kForbidden = 77;
     std::string root = ::testing::TempDir() + "ormel-root-XXXXXX";
@@ -52,7 +52,7 @@ TEST(DefaultPath, IsLoadedByTheConstructor) {
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     std::filesystem::remove_all(root);
     if (WIFEXITED(status) && WEXITSTATUS(status) == kForbidden) {
-        GTEST_SKIP() << "the kernel grants no root folder of one's own";
+        GTEST_SKIP() << "the kernel does not allow another root folder";
     }
     EXPECT_EQ(status, 0);
 }
@@ -66,7 +66,7 @@ std::string messagesOf(SpatializerParamArray& array, const std::string& path, Lo
     return text(log.take());
 }
 
-TEST_F(LoadTest, TranslatesAProfileItsEqualizersAndEachEndpointIntoOneList) {
+TEST_F(LoadTest, MakesOneListOfAProfileWithItsEqualizersAndEndpoints) {
     load(document(R"(
 <preset type='ieq' id='2'> <data> <b> <band_ieq frequency='500' target='9'/></b></data></preset>
 <preset type='geq' id='1'> <data> <b> <band frequency='32' gain='10'/></b></data></preset>
@@ -79,7 +79,7 @@ TEST_F(LoadTest, TranslatesAProfileItsEqualizersAndEachEndpointIntoOneList) {
   <endpoint_type id='speaker'> <include ieq_preset='2'/><dialog-enhancer-amount value='14'/>
     <virtualizer-enable value='true'/><virtual-bass-process-enable value='true'/></endpoint_type>
 </profile>)"));
-    // The profile's 12 entries, its equalizers, and four devices with 28 and the preset's 2.
+    // The profile's 12 entries, its 2 equalizers, and for each of 4 devices 28 and the preset's 2.
     std::string expected = entry(kAll, "list", {12 + 2 + 4 * (28 + 2)}) + R"(all:drcm 1 2
 all:hvm 2
 all:gebs 1 32 10
@@ -97,7 +97,7 @@ all:gebs 1 99 -3
     EXPECT_EQ(mArray.getTuningCount(), 0);
 }
 
-TEST_F(LoadTest, KeepsTheFirstProfileAndPresetWithAnId) {
+TEST_F(LoadTest, KeepsTheFirstOfProfilesOrPresetsWithOneId) {
     mArray.setProfileGeqGains(0, {42});
     load(document(R"(
 <preset type='ieq' id='2'> <data> <b> <band_ieq frequency='200' target='2'/></b></data></preset>
@@ -113,15 +113,15 @@ TEST_F(LoadTest, KeepsTheFirstProfileAndPresetWithAnId) {
     const Values& list = mArray.getXMLProfileParams(1);
     EXPECT_EQ(entriesIn(list, "all:hvm"), "all:hvm 2\n");
     EXPECT_EQ(entriesIn(list, "2:iebs"), "2:iebs 1 200 2\n2:iebs 1 200 2\n");
-    // Endpoints belong to the id, so the first profile's list has the second one's as well.
+    // Endpoints belong to the id, so the first profile's list has the second one's endpoints too.
     EXPECT_EQ(entriesIn(list, "2:plb"), "2:plb\n2:plb 6\n");
     EXPECT_EQ(mArray.getTuningProfileCount(), 3);
     EXPECT_EQ(mArray.getProfileGeqGains(0), Values{42});
     EXPECT_EQ(mArray.getProfileGeqGains(1), Values{2});
 }
 
-// An endpoint whose preset is missing uses the one before it, even of another profile.
-TEST_F(LoadTest, KeepsTheLastPresetWhereAnEndpointsOwnIsMissing) {
+// That may be a preset of another profile.
+TEST_F(LoadTest, UsesThePresetSelectedBeforeIfAnEndpointsIsMissing) {
     const TempFile file(document(R"(
 <preset type='ieq' id='1'> <data> <b> <band_ieq frequency='100' target='1'/></b></data></preset>
 <preset type='ieq' id='2'> <data> <b> <band_ieq frequency='200' target='2'/></b></data></preset>
@@ -139,26 +139,26 @@ TEST_F(LoadTest, KeepsTheLastPresetWhereAnEndpointsOwnIsMissing) {
             counts.push_back(std::stoi(line.substr(line.find('=') + 1)));
         }
     }
-    // An endpoint makes 28 entries for each of its devices, and its preset 2.
+    // For each of its devices, an endpoint gives 28 entries, and its preset 2 more.
     const Values lists[] = {mArray.getXMLProfileParams(0), mArray.getXMLProfileParams(1),
                             mArray.getXMLProfileParams(3)};
     EXPECT_EQ(entriesIn(lists[0], "all:list"), entry(kAll, "list", {12 + 4 * 28 + 2}));
     EXPECT_EQ(entriesIn(lists[1], "all:list"), entry(kAll, "list", {12 + 4 * (28 + 2)}));
     EXPECT_EQ(entriesIn(lists[2], "all:list"), entry(kAll, "list", {12 + 28 + 2}));
-    // A profile that repeats is counted with the presets that are selected by then: three devices
-    // of profile 0 had none at first.
+    // The list of a repeated profile uses the presets selected by then: three devices of profile 0
+    // had none at first.
     const int first = lists[0][1], second = lists[1][1], last = lists[2][1];
     EXPECT_EQ(counts, (Values{first, second, first + 6, second, first + 6, last}));
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(0), "8:ie"), "8:ieon\n8:iea\n");
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(0), "2:iebs"), "2:iebs 1 200 2\n");
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(1), "2:iebs"), "2:iebs 1 200 2\n");
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(1), "8:iebs"), "8:iebs 1 100 1\n");
-    // The preset selected last is that of profile 0, which was repeated last.
+    // Profile 0 was repeated last, so its preset is the one selected last.
     EXPECT_EQ(entriesIn(mArray.getXMLProfileParams(3), "2:iebs"), "2:iebs 1 200 2\n");
     EXPECT_EQ(mArray.getTuningProfileCount(), 6);
 }
 
-TEST_F(LoadTest, TakesMixMatrixAndBassModeOfProfilesFromTheInternalSpeakersTuning) {
+TEST_F(LoadTest, TakesMixMatrixAndBassModeFromTheInternalSpeakersTuning) {
     const std::string own = "default_internal_speaker";
     const std::string mode = "<data> <virtual-bass-mode value='2'/></data>";
     const std::string four = tuning("name='a' output_channels='4'", own, mixMatrix("7, 8"));
@@ -168,7 +168,7 @@ TEST_F(LoadTest, TakesMixMatrixAndBassModeOfProfilesFromTheInternalSpeakersTunin
     const std::string lost = tuning("name='b'", own, "");
     const std::string none = entry(2, "dom", defaultMode());
     const std::string matrix = "2:dom 1 0 1 7 8\n";
-    // The stored list is recognized by its stress amounts, which begin with the channels.
+    // Stress amounts start with the number of channels, which tells which tuning was stored.
     // clang-format off
     const struct { std::string tunings, outputMode, bassMode; int32_t channels, tuningCount; std::string stored; } cases[] = {
         {"",            none,   "2:vbm 3\n", 2, 0, ""},
@@ -227,7 +227,7 @@ TEST_F(LoadTest, AddsASecondDocumentToTheFirst) {
     EXPECT_EQ(mArray.getAvailableTuningDevices(5), "");
 }
 
-TEST_F(LoadTest, TranslatesADeviceTuningForTheDeviceOfItsPort) {
+TEST_F(LoadTest, AddressesATuningToTheDeviceOfItsPort) {
     // clang-format off
     const struct { std::string name; int32_t device; std::string endpoint; } ports[] = {
         {"internal_speaker", 2,      "0"},
@@ -250,7 +250,7 @@ TEST_F(LoadTest, TranslatesADeviceTuningForTheDeviceOfItsPort) {
     const std::string said = messagesOf(mArray, file.path(), log);
     for (const auto& [name, device, endpoint] : ports) {
         SCOPED_TRACE(name);
-        // Without channels there are no optimizer bands, and two stress amounts.
+        // Without output channels, no optimizer bands and two stress amounts are sent.
         EXPECT_EQ(entriesIn(mArray.getXMLTuningParams(name), ""),
                   "all:list 36\n" + entry(device, "beb", {7}) + entry(device, "arsa", {0, 5, 6}) +
                           entry(device, "arbs", {0}));
@@ -263,7 +263,7 @@ TEST_F(LoadTest, TranslatesADeviceTuningForTheDeviceOfItsPort) {
     for (int port = 0; port < 7; ++port) {
         EXPECT_EQ(mArray.getAvailableTuningDevices(port), kPortNames[port]);
     }
-    // The lookups leave entries for the names that they did not find.
+    // The lookups added the names that they did not find.
     EXPECT_EQ(kPortNameToEndpoint.count("nowhere"), 1U);
     EXPECT_EQ(kPortNameToAndroidDevice.count("hdmi"), 1U);
 }
@@ -303,7 +303,7 @@ E Array: loadSpatializerXMLFile() default tuningDevice default_usb )"
     EXPECT_EQ(mArray.getSelectedTuningDevice(5), "default_usb");
 }
 
-/** What a load can change of the first profiles, the ports and their selected devices. */
+/** The state that a load can change: the first profiles, the ports, their selected devices. */
 std::string stateOf(SpatializerParamArray& array) {
     std::string state;
     const auto put = [&state](const Values& values) { state += entry(0, "", values); };
@@ -321,7 +321,7 @@ std::string stateOf(SpatializerParamArray& array) {
     return state;
 }
 
-TEST_F(LoadTest, ChangesNothingWhenItFails) {
+TEST_F(LoadTest, ChangesNothingIfItFails) {
     SpatializerParamArray fresh;
     mArray.loadSpatializerXMLFile(ORMEL_EXAMPLES "/tablet-quad.xml");
     const std::pair<SpatializerParamArray*, std::string> arrays[] = {{&fresh, stateOf(fresh)},
@@ -341,7 +341,7 @@ TEST_F(LoadTest, ChangesNothingWhenItFails) {
     }
 }
 
-TEST_F(LoadTest, TextsLoadIntoStoresOfOnesOwn) {
+TEST_F(LoadTest, LoadsTextsIntoACallersOwnStore) {
     using Outcome = SpatializerParamArray::LoadOutcome;
     SpatializerParamArray store{SpatializerParamArray::Empty()};
     EXPECT_TRUE(log.take().empty());
@@ -364,7 +364,7 @@ TEST_F(LoadTest, TextsLoadIntoStoresOfOnesOwn) {
     EXPECT_FALSE(mArray.isXMLProfileValid(7));
 }
 
-TEST_F(LoadTest, MakesTheSameListsWhateverTheHeapLooksLike) {
+TEST_F(LoadTest, MakesTheSameListsForAnyHeapLayout) {
     const std::string path = ORMEL_EXAMPLES "/phone-multi-tuning.xml";
     mArray.loadSpatializerXMLFile(path);
     const std::string expected = stateOf(mArray);
@@ -372,7 +372,7 @@ TEST_F(LoadTest, MakesTheSameListsWhateverTheHeapLooksLike) {
     std::vector<std::unique_ptr<char[]>> blocks(20000);
     uint32_t random = 1;
     for (int round = 0; round < 8; ++round) {
-        // Holes of all sizes, at other places in each round.
+        // Holes of many sizes, at different places in each round.
         for (size_t i = 0; i < 3 * blocks.size(); ++i) {
             random = random * 1664525 + 1013904223;
             auto& block = blocks[(random >> 8) % blocks.size()];

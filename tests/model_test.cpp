@@ -15,11 +15,11 @@ using ::testing::Pair;
 TEST(Parameter, FirstNamesAreInAlphabeticalOrder) {
     for (int32_t param = 1; param < kFirstParameterCount; ++param) {
         const std::string_view before = parameterName(param - 1);
-        // One is out of order, and callers know it by its number.
+        // One name is out of order, but callers rely on its number.
         const bool isAscending = param != VIRTUAL_BASS_MIX_FREQ_HIGH;
         EXPECT_EQ(before < parameterName(param), isAscending)
-                << parameterName(param) << ": append new parameters; callers know the others by "
-                << "number";
+                << parameterName(param) << ": append new parameters; callers use the others' "
+                << "numbers";
     }
     EXPECT_STREQ(parameterName(0), "advanced_headphone_virtualizer_lr_angle");
     EXPECT_STREQ(parameterName(42), "ieq_id");
@@ -27,7 +27,7 @@ TEST(Parameter, FirstNamesAreInAlphabeticalOrder) {
     EXPECT_STREQ(parameterName(105), "volume_modeler_enable");
 }
 
-TEST(Parameter, OtherNumbersHaveNoName) {
+TEST(Parameter, OutOfRangeNumbersHaveNoName) {
     EXPECT_STREQ(parameterName(-1), "");
     EXPECT_STREQ(parameterName(static_cast<int32_t>(kParameterCount)), "");
 }
@@ -55,7 +55,7 @@ TEST(Parameter, IsAcceptedByAtMostOneClass) {
     EXPECT_EQ(owners.substr(0, first.size()), first);
 }
 
-TEST(Port, HasANameAnEndpointAndMaybeAnAndroidDevice) {
+TEST(Port, HasANameAndAnEndpointAndSomeAnAndroidDevice) {
     EXPECT_THAT(kPortNames, ElementsAre("internal_speaker", "hdmi", "miracast", "headphone",
                                         "bluetooth", "usb", "other"));
     EXPECT_THAT(Tuning::kEndpNameToEndpoint,
@@ -67,7 +67,7 @@ TEST(Port, HasANameAnEndpointAndMaybeAnAndroidDevice) {
     EXPECT_THAT(kPortNameToAndroidDevice,
                 ElementsAre(Pair("bluetooth", 128), Pair("headphone", 8),
                             Pair("internal_speaker", 2), Pair("usb", 16384)));
-    // A lookup by subscript, as loads do, leaves an entry behind.
+    // Loads look up by subscript, which adds an entry.
     EXPECT_EQ(kPortNameToAndroidDevice["hdmi"], 0);
     EXPECT_EQ(kPortNameToAndroidDevice.erase("hdmi"), 1U);
 }
@@ -87,7 +87,7 @@ TEST(TuningObject, DumpsItsValuesInOrder) {
     EXPECT_EQ(DeviceTuning("d", "usb", "t").toString(), "id=-1\ndevice=d\nport=usb\ntuning=t");
 }
 
-// A dump lists every parameter of the class, and leaves an empty list for each in the object.
+// A dump lists every parameter of the class, and adds an empty list for each to the object.
 template <typename Object>
 void expectFullDump(Object object, std::string expected) {
     for (const Parameter param : object.getValidParams()) {
@@ -117,9 +117,9 @@ bool marksDirty(Object object, Operation operation, Arguments... arguments) {
     return object.isDirty();
 }
 
-TEST(TuningObject, StartsDirtyUnlessItIsRestored) {
+TEST(TuningObject, StartsDirtyUnlessRestored) {
     EXPECT_TRUE(IeqPreset(1, "a").isDirty());
-    EXPECT_TRUE(IeqPreset(8LL, 1, "a").isDirty());  // It sets its id as a value.
+    EXPECT_TRUE(IeqPreset(8LL, 1, "a").isDirty());  // The constructor sets the id as a value.
     EXPECT_TRUE(GeqPreset(1).isDirty());
     EXPECT_FALSE(GeqPreset(8LL, 1).isDirty());
     EXPECT_TRUE(Profile(1, "", false).isDirty());
@@ -155,7 +155,7 @@ Object with(Object object, Parameter param, const std::vector<int>& values) {
     return object;
 }
 
-TEST(TuningObject, EqualsByItsKeyAndItsValues) {
+TEST(TuningObject, ComparesKeyAndValues) {
     const GeqPreset geq(1);
     EXPECT_TRUE(geq.equals(GeqPreset(8LL, 1)));
     EXPECT_FALSE(geq.equals(GeqPreset(2)));
@@ -174,7 +174,7 @@ TEST(TuningObject, EqualsByItsKeyAndItsValues) {
     EXPECT_FALSE(endpoint.equals(with(endpoint, IEQ_ENABLE, {0})));
 }
 
-TEST(DeviceData, ValidationSelectsNoPresetWhereTheEqualizerIsOff) {
+TEST(DeviceData, ValidationSelectsPreset0IfTheEqualizerIsOff) {
     const struct {
         std::vector<int> ieqEnable;
         int selectedPreset;

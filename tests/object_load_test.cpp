@@ -1,4 +1,4 @@
-// A load of objects that no document gives in this way.
+// Loads objects that no document can describe.
 #include <gtest/gtest.h>
 #include <store/DocumentLoad.h>
 
@@ -7,8 +7,8 @@
 namespace ormel::test {
 namespace {
 
-// In a document only the last tuning can be missing, and nothing is read behind it.
-TEST(ObjectLoad, TakesTheInternalSpeakersFirstTuningEvenIfItIsMissing) {
+// In a document only the last tuning can be missing, since nothing is read after it.
+TEST(ObjectLoad, UsesOnlyTheInternalSpeakersFirstTuningEvenIfMissing) {
     const std::string own = "default_internal_speaker";
     const std::array<std::string, 2> names = {"missing", "four"};
     for (const bool missingFirst : {true, false}) {

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Opens pages of `ormel-tuning report` in a browser: page_test.py FOLDER PAGE...
 
-Each page is opened on a narrow and a wide screen, light and dark, and held to what a reader relies
-on. Leaves a screenshot of each, PAGE-WIDTH-SCHEME.png, and the page as printed, in FOLDER.
+Opens each page on a narrow and a wide screen, light and dark, and checks its layout, links, contrast
+and keyboard use. Leaves screenshots, PAGE-WIDTH-SCHEME.png, and the printed page, in FOLDER.
 """
 import base64
 import pathlib
@@ -79,7 +79,7 @@ def browser():
 
 
 def contrasts(driver):
-    """Pairs of colours that stand on each other with too little between them."""
+    """Text and background colours with too little contrast."""
     return driver.execute_script(r"""
 const channel = value => (value /= 255) <= .04045 ? value / 12.92 : ((value + .055) / 1.055) ** 2.4;
 const numbers = colour => colour.match(/[\d.]+/g).map(Number);
@@ -105,7 +105,7 @@ return [...poor];""")
 
 
 def follow_finding(driver):
-    """Goes to a finding's line as one does, and says what is wrong with where that leads."""
+    """Follows a finding's link with the keyboard; returns complaints if its line is not visible."""
     links = driver.find_elements("css selector", ".finding h3 a")
     if not links:
         return []
@@ -113,7 +113,7 @@ def follow_finding(driver):
     seen = driver.execute_script(r"""
 const place = document.querySelector(location.hash).getBoundingClientRect();
 return place.top >= 0 && place.bottom <= innerHeight && place.height > 0;""")
-    return [] if seen else ["a finding's line does not come into view"]
+    return [] if seen else ["a finding's line is not visible after following its link"]
 
 
 def check(driver, page, width, scheme, folder):
@@ -125,7 +125,7 @@ def check(driver, page, width, scheme, folder):
     wrong = driver.execute_script(CHECKS) + contrasts(driver)
     driver.switch_to.active_element.send_keys(Keys.TAB)
     if driver.switch_to.active_element.get_attribute("class") != "skip":
-        wrong.append("the first stop of the keyboard does not skip to the review")
+        wrong.append("the first keyboard stop is not the link that skips to the review")
     driver.execute_script("document.activeElement.blur(); scrollTo(0, 0)")
     picture = driver.execute_cdp_cmd("Page.captureScreenshot", {
         "captureBeyondViewport": True,

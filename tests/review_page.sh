@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Does what docs/review.md says: review_page.sh ORMEL-TUNING FOLDER
+# Runs the commands in docs/review.md and compares their output: review_page.sh ORMEL-TUNING FOLDER
 set -euo pipefail
 tool=$1
 root=$2
@@ -13,7 +13,7 @@ fail() {
     failed=1
 }
 
-# The lines below a command are what it prints, "..." standing for some that are left out.
+# The lines below a command are its output; "..." means lines left out.
 shown_of() {
     awk -v command="    \$ $1" '
         shown && !/^    / { exit }
@@ -31,7 +31,7 @@ while IFS= read -r command; do
     done <"$work/shown"
 done < <(sed -n 's/^    \$ //p' "$page")
 
-# git takes the recipe as it stands.
+# Runs the page's git settings unchanged.
 export PATH=$work/bin:$PATH GIT_CONFIG_GLOBAL=/dev/null GIT_CONFIG_SYSTEM=/dev/null
 mkdir "$work/bin" "$work/clone"
 printf '#!/bin/sh\nexec "%s" "$@"\n' "$tool" >"$work/bin/ormel-tuning"

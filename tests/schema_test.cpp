@@ -1,5 +1,5 @@
-// The schema of tuning documents: what it takes and rejects, and that it knows what the library
-// knows, no more and no less.
+// The schema of tuning documents: what it accepts and rejects, and that it has exactly the
+// library's parameters.
 #include <gmock/gmock.h>
 #include <libxml/xmlschemas.h>
 #include <libxml/xpath.h>
@@ -59,7 +59,7 @@ std::vector<std::filesystem::path> documentsIn(const std::string& folder) {
 
 class SchemaTest : public StoreTest {
   protected:
-    /** What is wrong with a document: "LINE: MESSAGE" each. */
+    /** A document's errors, each as "LINE: MESSAGE". */
     std::vector<std::string> validate(const std::string& path) {
         const Owned<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt> context(
                 ::xmlSchemaNewValidCtxt(mCompiled.get()));
@@ -74,7 +74,7 @@ class SchemaTest : public StoreTest {
         return errors;
     }
 
-    /** The texts of the schema's nodes at an XPath, blanks joined. */
+    /** The texts of the schema's nodes at an XPath, with whitespace normalised. */
     std::vector<std::string> query(const std::string& path) {
         const Owned<xmlXPathContext, xmlXPathFreeContext> context(
                 ::xmlXPathNewContext(mSource.get()));
@@ -89,7 +89,7 @@ class SchemaTest : public StoreTest {
         return texts;
     }
 
-    /** Where the schema has a parameter, or every parameter. */
+    /** The XPath of a parameter in the schema, or of all parameters. */
     static std::string parameterPath(const std::string& name = "") {
         return "//xs:group[contains(@name, 'Parameters')]/*/xs:element" +
                (name.empty() ? "" : "[@name = '" + name + "']");
@@ -101,7 +101,7 @@ class SchemaTest : public StoreTest {
     Owned<xmlSchema, xmlSchemaFree> mCompiled{::xmlSchemaParse(mParser.get())};
 };
 
-TEST_F(SchemaTest, TakesWhatIsReadWhole) {
+TEST_F(SchemaTest, AcceptsDocumentsThatAreReadEntirely) {
     for (const std::string folder : {ORMEL_EXAMPLES, ORMEL_SCHEMA_DOCUMENTS "/accept"}) {
         for (const auto& path : documentsIn(folder)) {
             EXPECT_THAT(validate(path), IsEmpty()) << path;
@@ -110,8 +110,8 @@ TEST_F(SchemaTest, TakesWhatIsReadWhole) {
     EXPECT_THAT(validate(ORMEL_EXAMPLES "/" + kFaulty), Not(IsEmpty()));
 }
 
-// The comment that heads each document names the line of its fault and what is said of it.
-TEST_F(SchemaTest, RejectsOneFaultOfEachKind) {
+// Each document's first comment has the line of its fault and part of the expected message.
+TEST_F(SchemaTest, RejectsEachKindOfFault) {
     const auto paths = documentsIn(ORMEL_SCHEMA_DOCUMENTS "/reject");
     EXPECT_THAT(paths, Not(IsEmpty()));
     for (const auto& path : paths) {
@@ -127,7 +127,7 @@ TEST_F(SchemaTest, RejectsOneFaultOfEachKind) {
     }
 }
 
-TEST_F(SchemaTest, HasTheParametersOfTheLibrary) {
+TEST_F(SchemaTest, HasTheLibrarysParameters) {
     const std::pair<const char*, ParameterOwner> sections[] = {
             {"profileParameters", ParameterOwner::PROFILE},
             {"endpointParameters", ParameterOwner::PROFILE_ENDPOINT},
@@ -145,7 +145,7 @@ TEST_F(SchemaTest, HasTheParametersOfTheLibrary) {
     }
 }
 
-/** What a setter makes of an element that could be a row, a number or none of both. */
+/** The values that a setter reads from an element that could be a row, a number or neither. */
 std::vector<int> readOf(ValueSetter& setter) {
     TagIterator iterator;
     iterator.init("<r> <" + setter.getNodeName() + " value='1,2' b='3'/></r>", true);
@@ -155,7 +155,7 @@ std::vector<int> readOf(ValueSetter& setter) {
     return values.getValues()[setter.getParams().front()];
 }
 
-TEST_F(SchemaTest, HasTheFormsOfTheLibrary) {
+TEST_F(SchemaTest, HasTheLibrarysForms) {
     const auto expectAttributes = [this](const std::string& type, const auto& names) {
         EXPECT_THAT(query("//xs:complexType[@name = '" + type +
                           "']//xs:attribute[@type != "
@@ -187,7 +187,7 @@ TEST_F(SchemaTest, HasTheFormsOfTheLibrary) {
     }
 }
 
-/** Flips every flag and raises every number of an element and of all below it. */
+/** Flips every flag and raises every number in an element and all its descendants. */
 void alter(xmlNode* element) {
     static const std::regex number("-?\\d+");
     for (xmlAttr* attribute = element->properties; attribute != nullptr;
@@ -216,7 +216,7 @@ void alterAll(xmlNode* parent, const std::string& name) {
     }
 }
 
-/** An entry of a list: list, device and code, and the values. */
+/** A list entry: list, device and code; values. */
 using Entry = std::pair<std::array<std::string, 3>, std::vector<int32_t>>;
 
 std::set<Entry> entriesOf(xmlDoc* document) {
@@ -241,7 +241,7 @@ std::set<Entry> entriesOf(xmlDoc* document) {
     return entries;
 }
 
-/** The codes of the entries that change once an example's elements of a name say something else. */
+/** The codes of the entries that change if an example's elements with this name change. */
 Names codesOf(const std::string& name, const std::string& example) {
     const Xml document = parse(example);
     const std::set<Entry> before = entriesOf(document.get());
@@ -257,7 +257,7 @@ Names codesOf(const std::string& name, const std::string& example) {
     return codes;
 }
 
-TEST_F(SchemaTest, SaysWhatEachParameterBecomes) {
+TEST_F(SchemaTest, NamesTheEffectParametersOfEachElement) {
     for (const std::string& name : query(parameterPath() + "/@name")) {
         SCOPED_TRACE(name);
         const auto effect = query(parameterPath(name) + "//xs:documentation[@source = 'effect']");

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Holds the scripts to what they have in common: scripts.sh FOLDER
+# Checks that every script answers --help and refuses unknown arguments: scripts.sh FOLDER
 set -euo pipefail
 failed=0
 
@@ -13,7 +13,7 @@ for script in "$1"/*; do
     help=$("$script" --help)
     [[ -n $help && $(sed -n 2p "$script") == "# ${help%%$'\n'*}" ]] ||
         fail "$script --help prints '$help'"
-    [[ $help == *"script/${script##*/}"* ]] || fail "$script --help lacks how to call it"
+    [[ $help == *"script/${script##*/}"* ]] || fail "$script --help does not show how to call it"
     status=0
     complaint=$("$script" --no-such-option 2>&1) || status=$?
     [[ $status == 2 && $complaint == *"'--no-such-option'"* ]] ||

@@ -1,4 +1,4 @@
-// The readers of parameter elements, and their registry.
+// The value setters and their registry.
 #include <ormel/GeqPreset.h>
 #include <ormel/TuningFileParser.h>
 
@@ -9,7 +9,7 @@
 namespace ormel::test {
 namespace {
 
-// What the first element's setter stores. A blank stands before it, as before any element.
+// What the first element's setter stores. The blank is the first child, which the reader skips.
 GeqPreset read(const std::string& elements) {
     GeqPreset values(0);
     TagIterator iterator;
@@ -21,7 +21,7 @@ GeqPreset read(const std::string& elements) {
     return values;
 }
 
-// The dump of that, on one line.
+// The dump of the stored values, on one line.
 std::string textOf(const std::string& elements) {
     std::string text = read(elements).valuesToString();
     std::replace(text.begin(), text.end(), '\n', ' ');
@@ -60,7 +60,7 @@ TEST(ValueSetter, StoresTheValuesOfItsElement) {
              "audio_optimizer_frequency=100,0, audio_optimizer_gain_l=1,-5, "
              "audio_optimizer_gain_ls=3,0, audio_optimizer_gain_r=2,0, "
              "audio_optimizer_gain_rs=4,0, "},
-            // An element without children reads itself and those that follow as bands.
+            // If an element has no children, it and its following siblings are read as bands.
             {"<regulator-tuning frequency='7' isolated_band='True'/> <b isolated_band='1'/>"
              "<b frequency='1' threshold_low='-2' threshold_high='3' isolated_band='true'/>",
              "regulator_frequency=7,0,1, regulator_isolated_band=0,0,1, "
@@ -77,7 +77,7 @@ TEST(ValueSetter, StoresTheValuesOfItsElement) {
     EXPECT_TRUE(log.take().empty());
 }
 
-TEST(ValueSetter, StopsAtTheFirstElementThatIsNoIeqBand) {
+TEST(ValueSetter, StopsAtTheFirstElementOtherThanAnIeqBand) {
     LogCapture log;
     EXPECT_EQ(textOf("<ieq> <d> <b> <band_ieq frequency='1' target='2'/> <stop/> "
                      "<band_ieq frequency='3' target='4'/> <stop/></b></d></ieq>"),
@@ -86,7 +86,7 @@ TEST(ValueSetter, StopsAtTheFirstElementThatIsNoIeqBand) {
                 ::testing::ElementsAre(info("ValueSetter", "No attribute band_ieq was found!")));
 }
 
-/** An iterator that finds the same texts whatever it is asked for. */
+/** An iterator that returns the same texts for any names. */
 class FixedTexts : public TagIterator {
   public:
     void parseNodeWithName(const std::vector<std::string>&,
@@ -129,7 +129,7 @@ void expectStored(const std::string& element) {
     EXPECT_EQ(values.getValues().count(PEAK_VALUE), 0U) << element;
 }
 
-TEST(ValueSetter, StoresNoMoreParametersThanItHasAttributes) {
+TEST(ValueSetter, StoresAtMostOneParameterPerAttribute) {
     expectStored<VirtualBassValueSetter>("<a frequency_low='1' frequency_high='2'/>");
     expectStored<IeqValueSetter>("<a> <b> <c> <band_ieq frequency='1' target='2'/></c></b></a>");
     expectStored<GeqValueSetter>("<a> <b> <c> <d frequency='1' gain='2'/></c></b></a>");
@@ -137,7 +137,7 @@ TEST(ValueSetter, StoresNoMoreParametersThanItHasAttributes) {
     expectStored<RegulatorTuningValueSetter>("<a> <b frequency='1' threshold_low='2'/></a>");
 }
 
-/** A setter of another library's, whose operations are not const. */
+/** A setter defined by another library; its operations are not const. */
 class OutsideSetter : public SimpleValueSetter {
   public:
     OutsideSetter() : SimpleValueSetter("outside", PEAK_VALUE) {}
@@ -160,7 +160,7 @@ TEST(ValueSetter, CanBeDerivedFrom) {
     EXPECT_EQ(values.valuesToString(), "geq_gain=5,\npeak_value=5,\n");
 }
 
-TEST(SetterCollection, HasOneSetterForEveryParameterThatElementsCarry) {
+TEST(SetterCollection, HasOneSetterForEachParameterWithAnElement) {
     SetterCollection collection;
     std::multiset<int> stored = {IEQ_ID, ORIENTATION, OUTPUT_CHANNELS, VIRTUAL_BASS_TYPE};
     for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
@@ -177,8 +177,8 @@ TEST(SetterCollection, HasOneSetterForEveryParameterThatElementsCarry) {
     }
 }
 
-TEST(SetterCollection, NamesElementsAfterTheirParameterAndReadsItsKindOfValue) {
-    // Elements of one parameter: those with another name, and those that hold more than a number.
+TEST(SetterCollection, NamesAndReadsElementsByTheirParameter) {
+    // Elements with one parameter: those named differently, and those with more than a number.
     std::string renamed, rows, others;
     for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
         const std::string name = setter->getNodeName();

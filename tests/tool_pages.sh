@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Holds what the pages show of the tool to what the tool prints: tool_pages.sh ORMEL-TUNING FOLDER
+# Compares the tool's output on the pages with what it prints: tool_pages.sh ORMEL-TUNING FOLDER
 #
-# docs/ormel-tuning.md has blocks whose first line is "$ ormel-tuning ...", with "..." for what is left
-# out. Pictures are not drawn again. docs/check-rules.md has the list of rules.
+# docs/ormel-tuning.md has blocks whose first line is "$ ormel-tuning ..."; "..." means omitted lines.
+# Commands that write pictures or pages are skipped. docs/check-rules.md has the list of rules.
 set -euo pipefail
 
 tool=$1
@@ -15,12 +15,12 @@ fail() {
     failed=1
 }
 
-# Compares a command's output with the lines that are shown of it.
+# Compares a command's output with the lines on the page.
 compare() {
     local command=$1 line any=
     shift
     local -a actual
-    # The command is the page's, words without quotes. Findings are no failure.
+    # The page's commands have no quoted words. Findings are no failure.
     # shellcheck disable=SC2086
     mapfile -t actual < <("$tool" ${command#ormel-tuning } 2>&1 || true)
     for line in "$@"; do
@@ -38,7 +38,7 @@ compare() {
         fi
         actual=("${actual[@]:1}")
     done
-    [[ -n $any || ${#actual[@]} -eq 0 ]] || fail "'$command' goes on with '${actual[0]}'"
+    [[ -n $any || ${#actual[@]} -eq 0 ]] || fail "'$command' also prints '${actual[0]}'"
 }
 
 blocks=0
@@ -60,9 +60,9 @@ while IFS= read -r line; do
         finish
     fi
 done <$page
-((blocks > 0)) || fail 'shows nothing'
+((blocks > 0)) || fail 'has no commands'
 
 page=docs/check-rules.md
 diff <(sed -n '/<!-- rules -->/,/<!-- \/rules -->/p' $page | grep '^- ') <("$tool" check --rules) ||
-    fail 'has other rules than the tool; script/document-rules writes them'
+    fail 'is out of date; run script/document-rules'
 exit $failed

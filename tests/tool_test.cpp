@@ -20,11 +20,11 @@ using ::testing::HasSubstr;
 
 const std::string kTabletFile = "apply " ORMEL_EXAMPLES "/tablet-quad.xml ";
 const std::string kTablet = kTabletFile + "--profile movie ";
-/** Of version 3.2.2; the other one differs from it in what is read and in what is not. */
+/** A document of format 3.2.2. kChanged differs from it in content that is read and that is not. */
 const std::string kSmall = ORMEL_EXAMPLES "/../tests/tools/small.xml";
 const std::string kChanged = ORMEL_EXAMPLES "/../tests/tools/changed.xml";
 
-/** Runs the tool. Its exit status, and what it writes to stdout and stderr. */
+/** Runs the tool. Returns its exit status and its output on stdout and stderr. */
 std::pair<int, std::string> run(const std::string& arguments) {
     FILE* const pipe = ::popen((ORMEL_TUNING " 2>&1 " + arguments).c_str(), "r");
     std::string output;
@@ -57,7 +57,7 @@ setProfile(movie, isOrmelContent=true)
     EXPECT_THAT(output, EndsWith("\n  commit all devices\n  returned 0\n"));
 }
 
-TEST(ApplyTest, SaysWhatItCannotDo) {
+TEST(ApplyTest, ReportsErrors) {
     const std::pair<std::string, std::string> failures[] = {
             {"apply", "ormel-tuning: FILE is required; see --help"},
             {"apply x", "ormel-tuning: one of --profile and --script is needed"},
@@ -91,7 +91,7 @@ TEST(ApplyTest, SaysWhatItCannotDo) {
     }
 }
 
-TEST(ApplyTest, RunsOneOperationAfterAnother) {
+TEST(ApplyTest, RunsAScriptOfOperations) {
     const auto [status, output] = run(kTabletFile + R"(--script - <<'END'
 device-proc deon
 geq 5, -3
@@ -107,7 +107,7 @@ END)");
     EXPECT_THAT(ofDocument, ::testing::Not(HasSubstr(" ded ")));
 }
 
-TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
+TEST(ShowTest, ListsValuesTheirLinesAndReasons) {
     const std::string speaker = kSmall + " --profile 1 --device speaker";
     const std::string wide = kSmall + " --device default_internal_speaker";
     const std::pair<std::string, std::string> cases[] = {
@@ -180,8 +180,8 @@ TEST(ShowTest, TellsWhatBecomesOfADocumentAndWhy) {
     }
 }
 
-TEST(DiffTest, ComparesWhatTheEffectGetsOrWhatTheDocumentsSay) {
-    // The effect gets no graphic equalizer that is not 20 bands, and cares for no order.
+TEST(DiffTest, ComparesListsOrDocuments) {
+    // Only a graphic equalizer with 20 bands is sent, and order makes no difference.
     const std::tuple<std::string, int, std::string> cases[] = {
             {kSmall + ' ' + kSmall, 0, "no differences\n"},
             {kSmall + ' ' + kChanged, 1, R"(profile 1
@@ -217,7 +217,7 @@ tuning wide 'n' low
 
 using Json = nlohmann::json;
 
-/** What the tool answers --json with; discarded if that is no JSON. */
+/** The tool's JSON output; a discarded value if it is not JSON. */
 Json jsonOf(const std::string& arguments) {
     return Json::parse(run("2>/dev/null " + arguments).second, nullptr, false);
 }
@@ -230,7 +230,7 @@ END)";
 const std::string kCheck =
         "check --json " + kSmall + " " ORMEL_EXAMPLES "/../tests/check/misspelt-boolean.xml";
 
-TEST(JsonTest, SaysWhatIsInTheDocuments) {
+TEST(JsonTest, PrintsEachCommandsData) {
     const std::tuple<std::string, std::string, Json> cases[] = {
             {"diff --json --document " + kChanged + ' ' + kSmall, "/differences", R"([
     {"in": "geq preset of profile 1", "parameter": "geq_gain", "a": [9], "b": [8],
@@ -258,7 +258,7 @@ TEST(JsonTest, SaysWhatIsInTheDocuments) {
             {kScript, "/operations/1/operation",
              "setSelectedTuningDevice(internal_speaker, internal_speaker_night)"},
             {kScript, "/operations/1/returned", 0},
-            // Nothing is set yet that could be read; -2 is ENOENT.
+            // Nothing is set yet, so the read fails; -2 is ENOENT.
             {kScript, "/operations/1/calls/0", R"(
     {"call": "read", "device": "speaker", "deviceId": 2, "code": "dom",
      "meaning": "output mode: virtualizer enable, endpoint, orientation, mix matrix",
@@ -291,7 +291,7 @@ TEST(JsonTest, SaysWhatIsInTheDocuments) {
     }
 }
 
-TEST(JsonTest, HasTheRulesThatTheTextHas) {
+TEST(JsonTest, ListsTheSameRulesAsTheText) {
     std::string text;
     for (const Json& rule : jsonOf("check --rules --json")) {
         EXPECT_EQ(rule.size(), 4U);
@@ -301,12 +301,12 @@ TEST(JsonTest, HasTheRulesThatTheTextHas) {
     EXPECT_EQ(run("check --rules"), std::make_pair(0, text));
 }
 
-TEST(PlotTest, HasTheCurvesDrawn) {
+TEST(PlotTest, DrawsTheCurves) {
     const std::string directory = ::testing::TempDir() + "ormel-plot";
     std::filesystem::create_directory(directory);
     const std::string picture = directory + "/curves.svg";
     const std::string program = directory + "/gnuplot";
-    // Draws what it is told, word for word.
+    // A stand-in for gnuplot that copies its input to the picture.
     std::ofstream(program) << "#!/bin/sh\nexec /bin/cat\n";
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     ::setenv("PATH", directory.c_str(), 1);
@@ -333,7 +333,7 @@ TEST(PlotTest, HasTheCurvesDrawn) {
          }) {
         EXPECT_THAT(drawn, HasSubstr(text));
     }
-    // Without a threshold there is no picture of any.
+    // Without thresholds, there is no picture of them.
     EXPECT_THAT(drawn, ::testing::Not(HasSubstr("regulator")));
 
     EXPECT_EQ(run("plot --same-scale " + kSmall + " --against " + kChanged + " -o " + picture),
@@ -343,7 +343,7 @@ TEST(PlotTest, HasTheCurvesDrawn) {
     for (const char* const text : {
                  "; thin lines, old: changed.xml' noenhanced\n",
                  "$curve1 << EOD\n100 -16\n1000 48\nEOD\n",
-                 // From -16 to 48, and a twentieth of that and one more on either side.
+                 // From -16 to 48, plus a twentieth of that range and 1 on each side.
                  "set yrange [-20:52]\n",
                  "with lines linecolor rgb '#8c8c8c' dashtype 1 linewidth 1 title 'speaker, old, "
                  "off'\n",
@@ -364,7 +364,7 @@ TEST(PlotTest, HasTheCurvesDrawn) {
                                             "installed; Debian has it in gnuplot-nox\n")));
 }
 
-TEST(ReportTest, ShowsAReviewerWhatThereIsToKnow) {
+TEST(ReportTest, HasVerdictChangesFindingsAndValues) {
     const std::string page = ::testing::TempDir() + "ormel-report.html";
     const auto pageOf = [&page](const std::string& arguments) {
         EXPECT_EQ(run("report " + arguments + " -o " + page), std::make_pair(0, std::string()));

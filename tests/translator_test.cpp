@@ -1,4 +1,4 @@
-// The translation of tuning parameters into effect parameters.
+// Translating tuning parameters into effect parameters.
 #include <ormel/DeviceData.h>
 #include <ormel/Translator.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 using ValueMap = std::map<Parameter, Values>;
 
-// The lists of "name=value,value name= ...".
+// Parses "name=value,value name= ..." into lists.
 ValueMap valuesOf(const std::string& text) {
     ValueMap map;
     std::istringstream words(text);
@@ -41,8 +41,8 @@ std::string textOf(const SetParamCommand& command) {
 }
 
 // clang-format off
-// The translators in the order in which they run: their sources, and what they write when those
-// are empty.
+// The translators in the order in which they run: their sources, and the entries that they write if
+// those are empty.
 const struct {
     std::vector<Parameter> sources;
     const char* written;
@@ -132,7 +132,7 @@ const struct {
 };
 // clang-format on
 
-TEST(Registry, HoldsTheTranslatorsInOrder) {
+TEST(Registry, HasTheTranslatorsInOrder) {
     const TranslatorCollection& registry = *ParameterTranslator::sTranslatorCollection;
     std::vector<Translator*> translators;
     for (Translator* const translator : TranslatorCollection::kAllTranslators) {
@@ -155,7 +155,7 @@ TEST(Registry, HoldsTheTranslatorsInOrder) {
     }
 }
 
-TEST(Registry, HasNoTranslatorOfOtherParameters) {
+TEST(Registry, HasNoTranslatorForOtherParameters) {
     const TranslatorCollection& registry = *ParameterTranslator::sTranslatorCollection;
     for (const auto param :
          {BASS_EXTRACTION_CUTOFF_FREQUENCY, BASS_EXTRACTION_ENABLE, OUTPUT_CHANNELS,
@@ -168,7 +168,7 @@ struct TranslationCase {
     Parameter changed;
     std::string source;   // the lists that the source has
     std::string written;  // the entries
-    std::string left;  // what changes in the source; reading a list that is absent leaves it empty
+    std::string left;     // changes to the source; reading an absent list adds an empty one
 };
 
 void expectTranslations(const std::vector<TranslationCase>& cases,
@@ -191,7 +191,7 @@ void expectTranslations(const std::vector<TranslationCase>& cases,
 }
 
 // clang-format off
-TEST(Translation, OfOneParameter) {
+TEST(Translation, CopiesSingleParameters) {
     expectTranslations({
         {PEAK_VALUE,             "peak_value=7,-8",              "dplp 7 -8", ""},
         {PEAK_VALUE,             "",                             "dplp",      "peak_value="},
@@ -203,7 +203,7 @@ TEST(Translation, OfOneParameter) {
     });
 }
 
-TEST(Translation, OfEqualizersCountsTheFrequencies) {
+TEST(Translation, StartsEqualizersWithTheirBandCount) {
     expectTranslations({
         {GEQ_GAIN,   "geq_frequency=32,64 geq_gain=10,-20",     "gebs 2 32 64 10 -20",   ""},
         {GEQ_GAIN,   "geq_frequency=32,64 geq_gain=1,2,3",      "gebs 2 32 64 1 2 3",    ""},
@@ -213,7 +213,7 @@ TEST(Translation, OfEqualizersCountsTheFrequencies) {
     });
 }
 
-TEST(Translation, OfBassGoesByItsSwitches) {
+TEST(Translation, SendsBassByItsSwitches) {
     expectTranslations({
         {VIRTUAL_BASS_TYPE,         "virtual_bass_enable=-1,0 virtual_bass_mode=3,4 virtual_bass_type=1", "vbm 3 4; vbon 1", ""},
         {VIRTUAL_BASS_TYPE,         "virtual_bass_enable=0,1 virtual_bass_mode=3 virtual_bass_type=1",    "vbm 0; vbon 1",   ""},
@@ -226,9 +226,9 @@ TEST(Translation, OfBassGoesByItsSwitches) {
     });
 }
 
-// Left, right, then the surrounds; only for two or four channels. The equalizer gives the number of
-// channels first, the optimizer that of bands.
-TEST(Translation, OfListsByChannel) {
+// Left, right, then the surrounds; only for two or four channels. The equalizer starts with the
+// number of channels, the optimizer with that of bands.
+TEST(Translation, SendsListsByChannel) {
     const std::string equalizer =
             " complex_equalizer_tuning_left=1,2 complex_equalizer_tuning_left_surround=3,4,5"
             " complex_equalizer_tuning_right=6 complex_equalizer_tuning_right_surround=7,8";
@@ -250,8 +250,8 @@ TEST(Translation, OfListsByChannel) {
     });
 }
 
-// For up to two channels, the stress amounts are resized to two, also in the source.
-TEST(Translation, OfTheRegulator) {
+// For up to two channels, the stress amounts are resized to two, in the source too.
+TEST(Translation, SendsTheRegulator) {
     const std::string bands =
             " regulator_frequency=100,200 regulator_threshold_low=1,2 regulator_threshold_high=3,4 regulator_isolated_band=0,1"
             " regulator_sibilance_suppress_amounts_left=5,6 regulator_sibilance_suppress_amounts_left_surround=7"
@@ -270,14 +270,14 @@ TEST(Translation, OfTheRegulator) {
     });
 }
 
-TEST(Translation, OfTheOutputModeGoesByTheEndpoint) {
+TEST(Translation, SendsTheOutputModeByEndpoint) {
     const std::string full = "virtualizer_enable=1 orientation=3 output_mix_matrix=7,8";
     expectTranslations({
         {ORIENTATION, full, "dom 1 0 3 7 8", ""},
         {ORIENTATION, "",   "dom 0",         "virtualizer_enable= orientation= output_mix_matrix="},
     });
     expectTranslations({{ORIENTATION, full, "dom 1 1 3", ""}}, ENDPOINT_HEADPHONE);
-    // Mono turns a speaker's virtualizer off, also in the source.
+    // Mono turns a speaker's virtualizer off, in the source too.
     expectTranslations({
         {ORIENTATION, full, "dom 0 0 1 7 8", "virtualizer_enable=0 orientation=1"},
         {ORIENTATION, "",   "dom 0 0 1",     "virtualizer_enable=0 orientation=1 output_mix_matrix="},
@@ -293,8 +293,8 @@ TEST(ParameterTranslator, RunsEachPendingTranslatorOnceInTableOrder) {
     SetParamCommand command(0);
     ParameterTranslator translator;
     translator.setSource(&preset, ENDPOINT_SPEAKER, false);
-    // OUTPUT_CHANNELS and VIRTUAL_BASS_MODE call for no translator, and a tuning, which accepts no
-    // virtualizer switch, gives no output mode.
+    // OUTPUT_CHANNELS and VIRTUAL_BASS_MODE have no translator. A tuning does not accept the
+    // virtualizer switch, so it gives no output mode.
     for (const Parameter changed :
          {VOLMAX_BOOST, GEQ_GAIN, GEQ_FREQUENCY, GRAPHIC_EQUALIZER_ENABLE, OUTPUT_CHANNELS,
           VIRTUAL_BASS_MODE, BASS_MBDRC_ENABLE, ORIENTATION}) {
@@ -312,14 +312,14 @@ TEST(ParameterTranslator, TranslatesAllParametersOfTheSourcesClass) {
     SetParamCommand command(0);
     ParameterTranslator translator;
     translator.onParameterChanged(IEQ_ENABLE);
-    translator.translatePending(command);  // Without a source, so what is pending is dropped.
+    translator.translatePending(command);  // No source, so pending ones are dropped.
     translator.setSource(&preset, ENDPOINT_OTHER, false);
     translator.translateAll(command);
     translator.translateAll(command);
     EXPECT_EQ(textOf(command), "ieid 6; iebs 0; ieid 6; iebs 0");
 }
 
-// What a layout says that an entry holds, of lists of one value and four channels.
+// The entry that a layout describes, for lists of one value and four channels.
 Values lay(const EntryLayout& layout, const ValueMap& values) {
     Values laid;
     for (const ParameterList* const lists : {&layout.lists, &layout.channelLists}) {
@@ -349,7 +349,7 @@ Values lay(const EntryLayout& layout, const ValueMap& values) {
     return laid;
 }
 
-TEST(EntryLayout, IsWhatTranslatorsWrite) {
+TEST(EntryLayout, MatchesWhatTranslatorsWrite) {
     ValueMap values;
     for (int32_t param = 0; param < static_cast<int32_t>(kParameterCount); ++param) {
         values[Parameter{param}] = {1000 + param};
@@ -382,7 +382,7 @@ TEST(EntryLayout, IsWhatTranslatorsWrite) {
     EXPECT_EQ(ParameterTranslator::sTranslatorCollection->getLayout(VOL).lists.size(), 0U);
 }
 
-/** A translator of another library's, whose operations are not const. */
+/** A translator defined by another library; its operations are not const. */
 class OutsideTranslator : public SimpleTranslator {
   public:
     OutsideTranslator() : SimpleTranslator(VMB, VOLMAX_BOOST) {}

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Checks the XML of a document for people: tuning_document.sh ORMEL-TUNING DOCUMENT
+# Checks the XML examples on a page: tuning_document.sh ORMEL-TUNING PAGE
 #
-# An example that is no whole document is some of the sections of one, of format 3.4.0 unless the
-# line that opens it says "format=...", and is checked with the others that a document needs. It
-# must be sound, or else raise what the line says in "finding=ID".
+# An example without an XML declaration has only some sections; the script adds the others that a
+# document needs. Its format is 3.4.0, or as in "format=..." on its opening line. It must have no
+# findings, or if the opening line has "finding=ID", that one.
 set -euo pipefail
 
 tool=$1
@@ -16,7 +16,7 @@ awk -v work="$work" '
     /^```/ { file = "" }
     file { print >(file ".part") }' "$document"
 
-# Puts the sections around an example that it does not have itself.
+# Adds the sections that an example lacks.
 complete() {
     local part=$1 format=$2 name
     local -a version

@@ -1,5 +1,5 @@
-// Uses what a caller gets at link time and at run time only: the library's own store and shared
-// store, not copies of them, and its classes as bases.
+// Checks what shows only when a caller is linked and run: caller and library share one store and
+// one shared store, and the caller can derive from the library's classes.
 #include <kivparamstorage/KivParamStore.h>
 #include <ormel/KivEffect.h>
 #include <ormel/SetParamCommand.h>

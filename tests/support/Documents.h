@@ -1,4 +1,4 @@
-// Small tuning documents, and packed lists, calls and messages as texts, a line each.
+// Small tuning documents; packed lists, calls and messages as text, one line each.
 #pragma once
 
 #include <ormel/Translator.h>
@@ -14,12 +14,12 @@ namespace ormel::test {
 using Values = std::vector<int32_t>;
 constexpr int32_t kAll = 0x40000000;
 
-/** A whole document. Its elements must have a blank in front of their first child element. */
+/** A whole document. Its elements need a blank before their first child element. */
 inline std::string document(const std::string& children) {
     return "<d> <format_version major='3' minor='4' maintenance='0'/>" + children + "</d>";
 }
 
-/** A tuning with one device, which is the internal speaker's. */
+/** A tuning with one device, on the internal speaker port. */
 inline std::string tuning(const std::string& attributes, const std::string& device,
                           const std::string& data) {
     return "<tuning " + attributes + "> <device_id id='" + device +
@@ -30,11 +30,11 @@ inline std::string mixMatrix(const std::string& row) {
     return "<data> <output-mode> <m> <r v='" + row + "'/></m></output-mode></data>";
 }
 
-/** Tests name these parameters. What they become must not depend on those added behind them. */
+/** Tests use these parameters. Their entries must not depend on parameters added after them. */
 constexpr int32_t kFirstParameterCount = 106;
 constexpr int32_t kFirstKivParameterCount = 90;
 
-/** Whether a code is written by the translator of a parameter that was added. */
+/** Whether a code belongs to a parameter that was added later. */
 inline bool isAddedCode(int32_t code) {
     Tuning source("", ENDPOINT_OTHER, false);
     SetParamCommand command(0);
@@ -72,8 +72,8 @@ inline std::string text(const std::vector<Call>& calls) {
 }
 
 /**
- * A list's header, as if it were an entry named "list", and its entries. Entries of parameters that
- * were added behind the first ones are left out, and not counted.
+ * A list's header, as an entry named "list", and its entries. Entries of parameters added later are
+ * left out and not counted.
  */
 template <typename List>
 std::string listText(const List& words) {
@@ -89,7 +89,7 @@ std::string listText(const List& words) {
     return entry(words.at(0), "list", {count}) + lines;
 }
 
-/** Messages with priority and tag, such as "D Array: load()" of OrmSpatializerParamArray. */
+/** Messages with priority and short tag, such as "D Array: load()" for OrmSpatializerParamArray. */
 inline std::string text(const std::vector<LogLine>& messages) {
     constexpr char kPrefix[] = "OrmSpatializerParam";
     std::string lines;

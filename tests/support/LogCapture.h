@@ -1,4 +1,4 @@
-// What the library logs, for tests of messages.
+// Captures what the library logs.
 #pragma once
 
 #include <android/log.h>
@@ -15,7 +15,7 @@ namespace ormel::test {
 /** Priority (3 debug to 6 error), tag, text. */
 using LogLine = std::tuple<int, std::string, std::string>;
 
-/** Keeps every message, debug ones included, while it lives. One at a time. */
+/** Keeps every message, including debug ones, while it exists. At most one may exist. */
 class LogCapture {
   public:
     LogCapture() {

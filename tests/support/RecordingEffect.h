@@ -1,4 +1,4 @@
-// An effect that records what it is told.
+// An effect that records its calls.
 #pragma once
 
 #include <ormel/IEffectOrm.h>
@@ -33,7 +33,7 @@ inline std::string lettersOf(int32_t code) {
     return letters;
 }
 
-/** Keeps all calls in order, and answers reads from @ref answers. */
+/** Records all calls in order, and answers reads from @ref answers. */
 class RecordingEffect : public IEffectOrm {
   public:
     int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
@@ -55,7 +55,7 @@ class RecordingEffect : public IEffectOrm {
         return commitStatus;
     }
 
-    /** The values that a device was sent of a parameter, in the order of the calls. */
+    /** The values of a parameter that were sent for a device, in call order. */
     std::vector<std::vector<int32_t>> valuesOf(int32_t device, const std::string& code) const {
         std::vector<std::vector<int32_t>> found;
         for (const Call& call : calls) {

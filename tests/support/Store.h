@@ -1,4 +1,4 @@
-// The process's store, fresh for each test, and documents to load into it.
+// Tests that use the process's store, and temporary files to load into it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 
 namespace ormel::test {
 
-/** A file of its own, gone with the object. */
+/** A temporary file, deleted with the object. */
 class TempFile {
   public:
     explicit TempFile(const std::string& content) {
@@ -34,7 +34,7 @@ class TempFile {
     std::string mPath;
 };
 
-/** Tests that work on the process's store, each on one as the process first makes it. */
+/** Tests that use the process's store, reset to its initial state before each. */
 class StoreTest : public ::testing::Test {
   protected:
     StoreTest() {
@@ -43,7 +43,7 @@ class StoreTest : public ::testing::Test {
         log.take();
     }
 
-    /** Loads a document and forgets what was logged on the way. */
+    /** Loads a document and drops the messages of the load. */
     void load(const std::string& document) {
         mArray.loadSpatializerXMLFile(TempFile(document).path());
         log.take();

@@ -1,5 +1,5 @@
-// Writes what a tuning document becomes, byte by byte, to standard output, so that the results of
-// two processors can be compared: dump_lists FILE.
+// Writes a tuning document's lists, byte for byte, to standard output, so that the results of two
+// processors can be compared: dump_lists FILE.
 #include <ormel/SpatializerParamArray.h>
 
 #include <cstdio>
