@@ -1,16 +1,16 @@
-// Counts what is allocated.
+// Counts allocated bytes.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-/** The sanitizers' own; null in builds without one, where nothing is counted. */
+/** The sanitizers' hooks; null in builds without a sanitizer, where nothing is counted. */
 extern "C" __attribute__((weak)) int __sanitizer_install_malloc_and_free_hooks(
         void (*onMalloc)(const volatile void*, size_t), void (*onFree)(const volatile void*));
 
 namespace ormel::fuzz {
 
-/** Adds up the bytes of all blocks that this thread allocates while it lives, freed ones too. */
+/** Adds up the bytes of all blocks, freed ones too, that this thread allocates while it exists. */
 class AllocatedBytes {
   public:
     AllocatedBytes() {
@@ -25,7 +25,7 @@ class AllocatedBytes {
 
     uint64_t get() const { return sBytes; }
 
-    /** Leaves out what a target allocates for itself meanwhile. */
+    /** Excludes what the fuzz target itself allocates. */
     class Pause {
       public:
         Pause() : mWasCounting(sIsCounting) { sIsCounting = false; }
@@ -51,7 +51,7 @@ class AllocatedBytes {
     static inline thread_local uint64_t sBytes = 0;
 };
 
-/** The bytes that an operation allocates; 0 in builds that count nothing. */
+/** The bytes that an operation allocates; 0 in builds that do not count. */
 template <typename Operation>
 uint64_t bytesAllocatedBy(Operation operation) {
     const AllocatedBytes allocated;

@@ -1,4 +1,4 @@
-// What a document may cost whoever reads it.
+// What reading a document may cost.
 #pragma once
 
 #include <ormel/DocumentBudget.h>
@@ -23,11 +23,11 @@ inline size_t countOf(const std::string& part, std::string text) {
 }
 
 /**
- * The work that was entered into an account keeps to the document's size. An accepted document has
- * kept to the bound. A refused one may have gone over it by the last thing that was done before
- * somebody looked: the lists of one object for three devices, whose numbers had been paid for once
- * when they were read; or an element's attributes, whose price is looked at each time that the room
- * for them doubles, and is four times as high then.
+ * Requires that the charged work is in proportion to the document's size. An accepted document is
+ * within the bound. A refused one may exceed it by the last step before the check: the lists of one
+ * object for three devices, whose numbers were charged once already when they were read; or an
+ * element's attributes, whose cost is checked each time that their array doubles, and is then four
+ * times as high.
  */
 inline void requireLittleWork(const std::string& text, const DocumentBudget& budget,
                               bool isAccepted) {
@@ -39,20 +39,22 @@ inline void requireLittleWork(const std::string& text, const DocumentBudget& bud
 }
 
 /**
- * The bytes that were allocated keep to the document's size and to what was paid for.
+ * Requires that the allocated bytes are in proportion to the document's size and the charged cost.
+ * Each of these may allocate a fixed number of bytes:
  *
- * - A byte of the document. The dearest are `<a:b/>` and `&e;x` behind a DOCTYPE. Two bytes of the
- *   latter make a node of libxml2's tree, of 120 bytes, and one of the block, whose 24 bytes come
- *   four times, since an array that doubles has all its earlier sizes besides and room to spare.
- *   Six of the former make a node of each too, and libxml2 writes a message of 600 bytes.
- * - A unit of work, and a byte of payload. A number costs 4 of either, and its 4 bytes are copied
- *   from a row to an object and from there to a list, all of which grow by doubling. What else is
- *   paid for takes less, but for one thing: parameter entities' text is read again at each
- *   reference, so that a byte of it, which costs 1, is as dear as one of the document.
- * - A declared entity: libxml2 makes a parser when it is first referred to. A loop of entities ends
+ * - A byte of the document. The costliest texts are `<a:b/>` and `&e;x` after a DOCTYPE. Two bytes
+ *   of the latter make a node of 120 bytes in libxml2's tree and one of 24 bytes in the block. The
+ *   24 bytes count four times, because a doubling array also allocated all its earlier sizes and
+ *   has spare capacity. Six bytes of the former make both nodes too, and a message of 600 bytes by
+ *   libxml2.
+ * - A unit of work, and a byte of payload. A number costs 4 of each, and its 4 bytes are copied
+ *   from a row to an object and from there to a list, all of which grow by doubling. Everything
+ *   else that is charged takes less, except the text of parameter entities: it is read again at
+ *   each reference, so a byte of it, which costs 1, takes as much as one of the document.
+ * - A declared entity: libxml2 makes a parser at the first reference to it. A loop of entities ends
  *   at a depth of 40.
- * - Two parsers and two blocks with room for a usual document, one each where there is no DOCTYPE,
- *   and what libxml2 converts an encoding with, as often.
+ * - The document itself: two parsers, two blocks with room for a usual document, and libxml2's
+ *   encoding converters, twice too. Once each without a DOCTYPE.
  */
 inline void requireLittleMemory(const std::string& text, const DocumentBudget& budget,
                                 uint64_t allocatedBytes) {

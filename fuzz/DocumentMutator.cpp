@@ -33,7 +33,7 @@ std::string toString(const xmlChar* text) {
     return text == nullptr ? "" : reinterpret_cast<const char*>(text);
 }
 
-/** What can be read of a document; null for nothing. */
+/** The part of a document that can be read; null if there is none. */
 Document read(const std::string& text) {
     if (text.size() > static_cast<size_t>(std::numeric_limits<int>::max())) {
         return nullptr;
@@ -44,7 +44,7 @@ Document read(const std::string& text) {
             xmlReadMemory(text.data(), static_cast<int>(text.size()), "", nullptr, kOptions));
 }
 
-/** Choices, the same for the same seed on every platform. */
+/** Random numbers that are the same on every platform for the same seed. */
 class Random {
   public:
     explicit Random(uint32_t seed) : mState(seed) {}
@@ -69,8 +69,7 @@ class Random {
     uint64_t mState;
 };
 
-// What elements and attributes are named and what they hold. Where '#' stands in a construct, a
-// value is put.
+// Names and values of elements and attributes. In a construct, '#' is replaced by a value.
 
 constexpr const char* kSectionNames[] = {
         "format_version", "tool_version", "authorized_technologies",
@@ -110,7 +109,7 @@ constexpr const char* kPlainValues[] = {
         "-",           "007",     "",     "true",   "false", "mobility",   "ieq",
         "geq",         "default", "a b",  "&#233;", "&#38;", "&lt;",       "3.4.0"};
 
-/** Names that an entity or a processing instruction can have: some are those of elements. */
+/** Names for entities and processing instructions; some are names of elements. */
 constexpr const char* kOtherNames[] = {"e",
                                        "f",
                                        "profile",
@@ -168,7 +167,7 @@ std::string bandOf(const char* element, const Names& names) {
     return band + "/>";
 }
 
-/** Every parameter's element, and the elements below those. */
+/** Every parameter's element, and its child elements. */
 const std::vector<std::string>& parameterConstructs() {
     static const auto& constructs = *new std::vector<std::string>([] {
         std::vector<std::string> all(std::begin(kParts), std::end(kParts));
@@ -202,7 +201,7 @@ std::string longRow(Random& random) {
     return row;
 }
 
-/** Text of an attribute, with references escaped as in a document. */
+/** An attribute value, escaped as in a document. */
 std::string value(Random& random) {
     switch (random.below(8)) {
         case 0:
@@ -239,7 +238,7 @@ bool isBlank(const xmlNode* node) {
     return node->type == XML_TEXT_NODE && xmlIsBlankNode(node) == 1;
 }
 
-/** Whether @p node is @p other or stands in it. */
+/** Whether @p node is @p other or inside it. */
 bool isWithin(const xmlNode* node, const xmlNode* other) {
     while (node != nullptr && node != other) {
         node = node->parent;
@@ -247,7 +246,7 @@ bool isWithin(const xmlNode* node, const xmlNode* other) {
     return node != nullptr;
 }
 
-/** A document that is being changed. It has a root. */
+/** Changes a document that has a root. */
 class Editor {
   public:
     Editor(Document document, uint32_t seed)
@@ -255,13 +254,13 @@ class Editor {
           mRoot(xmlDocGetRootElement(mDocument.get())),
           mRandom(seed) {}
 
-    /** Makes one edit, or none where the one that was chosen does not apply. */
+    /** Makes one edit, or none if the chosen one does not apply. */
     void edit();
 
-    /** Makes an edit that leaves less. */
+    /** Makes an edit that shortens the document. */
     void shorten() { remove(); }
 
-    /** Puts a copy of an element of @p other into the document. */
+    /** Inserts a copy of an element of @p other. */
     void splice(xmlDoc& other) {
         if (const xmlNode* const root = xmlDocGetRootElement(&other); root != nullptr) {
             insert(xmlDocCopyNode(anyOf(elementsOf(const_cast<xmlNode*>(root))), mDocument.get(),
@@ -287,7 +286,7 @@ class Editor {
     }
 
   private:
-    /** The node behind @p node in document order, within the root. */
+    /** The node after @p node in document order, within the root. */
     static xmlNode* following(xmlNode* node, const xmlNode* root) {
         if (isElement(node) && node->children != nullptr) {
             return node->children;
@@ -318,20 +317,20 @@ class Editor {
 
     xmlNode* anyElement() { return anyOf(elementsOf(mRoot)); }
 
-    /** Any node but the root; null when there is none. */
+    /** Any node but the root; null if there is none. */
     xmlNode* anyBelow() {
         std::vector<xmlNode*> nodes = nodesOf(mRoot);
         nodes.erase(nodes.begin());
         return nodes.empty() ? nullptr : anyOf(nodes);
     }
 
-    /** As anyBelow(), but mostly an element. */
+    /** Like anyBelow(), but mostly an element. */
     xmlNode* anyPart() {
         xmlNode* const element = anyElement();
         return element == mRoot || mRandom.oneIn(4) ? anyBelow() : element;
     }
 
-    /** An attribute of an element; null when the element has none. */
+    /** An attribute of an element; null if a few tries find none. */
     xmlAttr* anyAttribute() {
         const std::vector<xmlNode*> elements = elementsOf(mRoot);
         std::vector<xmlAttr*> attributes;
@@ -356,13 +355,13 @@ class Editor {
         }
     }
 
-    /** A value, or references to entities that are declared. */
+    /** A value, or one with a reference to a declared entity. */
     std::string valueOrReference() {
         const bool refers = mDocument->intSubset != nullptr && mRandom.oneIn(3);
         return refers ? value(mRandom) + "&" + declaredName() + ";" : value(mRandom);
     }
 
-    /** The name of an entity of the document; of none only when there is none. */
+    /** The name of one of the document's entities; another name only if it has none. */
     std::string declaredName() {
         std::vector<std::string> names;
         for (const xmlNode* node = mDocument->intSubset->children; node != nullptr;
@@ -374,7 +373,7 @@ class Editor {
         return names.empty() ? mRandom.oneOf(kOtherNames) : mRandom.oneOf(names);
     }
 
-    /** Puts a node that is nowhere in front of @p place or, if that is null, last in the root. */
+    /** Inserts an unlinked node before @p place or, if that is null, at the end of the root. */
     void put(xmlNode* node, xmlNode* place) {
         if (node == nullptr) {
             return;
@@ -386,7 +385,7 @@ class Editor {
         }
     }
 
-    /** Puts a node that is nowhere to any place. */
+    /** Inserts an unlinked node anywhere. */
     void insert(xmlNode* node) {
         if (mRandom.oneIn(3)) {
             put(node, anyBelow());
@@ -395,7 +394,7 @@ class Editor {
         }
     }
 
-    /** Puts the nodes of a construct into @p parent, mostly with a line end ahead. */
+    /** Adds the nodes of a construct to @p parent, mostly after a line break. */
     void insertConstruct(const std::string& construct, xmlNode* parent) {
         const Document made = read("<d>" + withValues(construct, mRandom) + "</d>");
         xmlNode* const root = xmlDocGetRootElement(made.get());
@@ -408,7 +407,7 @@ class Editor {
         xmlAddChildList(parent, xmlDocCopyNodeList(mDocument.get(), root->children));
     }
 
-    /** Gives an element that came from elsewhere namespaces that live as long as it does. */
+    /** Gives an element of another document namespaces that live as long as it does. */
     void declareNamespaces(xmlNode* node) {
         if (isElement(node)) {
             xmlReconciliateNs(mDocument.get(), node);
@@ -468,7 +467,7 @@ class Editor {
 
     void addParameter() { insertConstruct(mRandom.oneOf(parameterConstructs()), anyElement()); }
 
-    /** Puts a parameter where a reader asks for one, if there is such a place. */
+    /** Adds a parameter to a section that can have one, if there is any. */
     void addParameterToSection() {
         std::vector<xmlNode*> sections = elementsOf(mRoot);
         const auto takesNone = [](const xmlNode* element) {
@@ -499,7 +498,7 @@ class Editor {
         xmlNodeSetContent(reinterpret_cast<xmlNode*>(attr), toXml(valueOrReference()));
     }
 
-    /** Adds an attribute whose local name another one may have. */
+    /** Adds an attribute whose local name may equal that of another one. */
     void addPrefixedAttribute() {
         xmlNode* const element = anyElement();
         const std::string prefix = "p" + std::to_string(mRandom.below(3));

@@ -1,5 +1,5 @@
-// Changes tuning documents as documents: what comes out is mostly well-formed, and made of what the
-// library reads.
+// Mutates the structure of tuning documents. The results are mostly well-formed, and consist of
+// what the library reads.
 #pragma once
 
 #include <cstddef>
@@ -10,20 +10,20 @@
 namespace ormel::fuzz {
 
 /**
- * Changes a document by a few edits: moves, copies and removes nodes, adds sections, parameters,
- * attributes, comments, references and declarations, changes names and values, adds or removes the
+ * Makes a few edits to a document: moves, copies and removes nodes; adds sections, parameters,
+ * attributes, comments, references and declarations; changes names and values; adds or removes
  * blanks between elements.
  *
- * A malformed document is changed as far as it can be read.
+ * Of a malformed document, only the part that can be read is kept.
  *
  * @param text    document
- * @param maxSize bytes that the result may have
- * @param seed    decides what is changed
- * @return the changed document; none when nothing of @p text can be read or no change fits
+ * @param maxSize largest size of the result, in bytes
+ * @param seed    selects the edits
+ * @return the changed document; nothing if @p text cannot be read or no change fits
  */
 std::optional<std::string> mutateDocument(const std::string& text, size_t maxSize, uint32_t seed);
 
-/** As mutateDocument(), but one of the edits puts an element of @p other into the document. */
+/** Like mutateDocument(), but one edit copies an element of @p other into the document. */
 std::optional<std::string> crossDocuments(const std::string& text, const std::string& other,
                                           size_t maxSize, uint32_t seed);
 

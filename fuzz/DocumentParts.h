@@ -1,4 +1,4 @@
-// Looks at all parts of a document that callers can, and compares them with a plain reading.
+// Checks all parts of a document that callers can see against a plain reading.
 #pragma once
 
 #include <ormel/EntryLayout.h>
@@ -26,7 +26,7 @@
 
 namespace ormel::fuzz {
 
-/** Describes every object of one kind, and compares with those of a plain reading. */
+/** Compares the dumps of all objects of one kind with those of a plain reading. */
 template <typename Objects, typename PlainObjects>
 void requireSameObjects(const Objects& objects, PlainObjects& plainObjects) {
     require(objects.size() == plainObjects.size());
@@ -51,7 +51,7 @@ inline void requireSameDocument(const DeviceData& data, PlainDocument& plain) {
     requireSameObjects(data.getDeviceTunings(), plain.deviceTunings);
 }
 
-/** Objects of one kind that can be compared are equal to themselves, and to others both ways. */
+/** equals() must hold for an object and itself, and be symmetric. */
 template <typename Object>
 void compareAll(const std::set<Object*>& objects) {
     for (const Object* const object : objects) {
@@ -60,7 +60,7 @@ void compareAll(const std::set<Object*>& objects) {
     }
 }
 
-/** Which translator a parameter calls for, and which parameters call for it. */
+/** The translator of a parameter must have that parameter among its sources. */
 inline void requireTranslators(const ParameterValues& object) {
     const TranslatorCollection collection;
     require(SimpleTranslator(VOL, VOLMAX_BOOST).getSrcParams().front() == VOLMAX_BOOST);
@@ -72,7 +72,7 @@ inline void requireTranslators(const ParameterValues& object) {
     }
 }
 
-/** What the format version gives an object, the object has. */
+/** An object must have the values that the format version sets. */
 inline void requireVersionRules(const std::string& version, const ParameterValues& object) {
     for (const Parameter param : object.getValidParams()) {
         const VersionRule* const rule = findVersionRule(version, kParameterOwners[param], param);
@@ -82,7 +82,7 @@ inline void requireVersionRules(const std::string& version, const ParameterValue
     }
 }
 
-/** Number of values that an entry has by its layout, once its source was translated. */
+/** Number of values in an entry according to its layout, after its source was translated. */
 inline size_t valuesByLayout(const EntryLayout& layout, ParameterValues& source,
                              Endpoint endpoint) {
     const auto sizeOf = [&](Parameter param) { return source.getValues()[param].size(); };
@@ -115,7 +115,7 @@ inline size_t valuesByLayout(const EntryLayout& layout, ParameterValues& source,
     return count;
 }
 
-/** Every entry of a list has as many values as its layout says. */
+/** Every entry of a list must have as many values as in its layout. */
 inline void requireLayouts(std::vector<int32_t>& list, ParameterValues& source, Endpoint endpoint) {
     SpatializerParamParser entry(list.data(), static_cast<int>(list.size() * sizeof(int32_t)));
     require(entry.begin());
@@ -128,7 +128,7 @@ inline void requireLayouts(std::vector<int32_t>& list, ParameterValues& source, 
     }
 }
 
-/** Translates every object, also as for a mono speaker, which no load asks for. */
+/** Translates every object, also as for a mono speaker, which no load does. */
 template <typename Object>
 void translateAll(const std::string& version, const std::set<Object*>& objects, bool mono) {
     constexpr int32_t kDevice = 2;
@@ -153,7 +153,7 @@ void translateAll(const std::string& version, const std::set<Object*>& objects, 
     }
 }
 
-/** Sets what can be set of an object to what it is already. */
+/** Sets every value of an object to its present value. */
 inline void setAll(ParameterValues& object) {
     object.setDirty(object.getId() != -1);
     const ParameterValues& same = object;
@@ -195,7 +195,7 @@ inline void setAll(DeviceData& data) {
     require(data.getSignature() == signature);
 }
 
-/** Endpoints whose intelligent equalizer is off select preset 0. */
+/** Endpoints whose intelligent equalizer is off must select preset 0. */
 inline void validate(DeviceData& data) {
     data.validateData();
     for (ProfileEndpoint* const endpoint : data.getProfileEndpoints()) {
@@ -204,7 +204,7 @@ inline void validate(DeviceData& data) {
     }
 }
 
-/** Holds the reader to what it says of the places of objects. */
+/** Checks the positions of objects that the reader reports. */
 class PlaceObserver : public TuningFileObserver {
   public:
     void onSection(const DocumentSection& section) override {
@@ -220,7 +220,7 @@ class PlaceObserver : public TuningFileObserver {
         mDropped += reason == Reason::NO_DATA ? 1 : 0;
     }
 
-    /** Of a document that was read. */
+    /** Call after the document was read. */
     void requireAll(const DeviceData& data) {
         require(mCounts[DocumentElement::PROFILE] == data.getProfiles().size());
         require(mCounts[DocumentElement::ENDPOINT_TYPE] == data.getProfileEndpoints().size());
@@ -233,7 +233,7 @@ class PlaceObserver : public TuningFileObserver {
     size_t mDropped = 0;
 };
 
-/** Reads a document from memory, as callers of the parser do, and looks at all of it. */
+/** Reads a document from memory with the parser, and checks all of it. */
 inline void inspect(const std::string& text, bool mono) {
     TuningFileParser parser;
     TuningFileParser observed;
@@ -246,8 +246,8 @@ inline void inspect(const std::string& text, bool mono) {
     if (data == nullptr) {
         return;
     }
-    PlainStore said;
-    PlainDocument plain = PlainReading(readTree(text), said).read();
+    PlainStore log;
+    PlainDocument plain = PlainReading(readTree(text), log).read();
     require(parser.getNumOfProfiles() == static_cast<int>(plain.profiles.size()));
     for (const Profile& profile : plain.profiles) {
         const std::string name = parser.getProfileName(profile.getProfileId());
@@ -270,7 +270,7 @@ inline void inspect(const std::string& text, bool mono) {
     validate(*data);
 }
 
-/** A setter of the caller's own does what the library's of the same class does. */
+/** A setter made by the caller must work like the library's setter of the same class. */
 template <typename Setter>
 void compareSetter(ValueSetter& setter, TagIterator& cursor) {
     if (typeid(setter) != typeid(Setter)) {
@@ -291,7 +291,7 @@ void compareSetter(ValueSetter& setter, TagIterator& cursor) {
     require(values.equals(ownValues));
 }
 
-/** Lets every setter read at the cursor, whether it stands on an element of its own or not. */
+/** Runs every setter at the cursor, whether or not it is on an element of that setter. */
 inline void readParameters(TagIterator& cursor) {
     for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
         compareSetter<SimpleValueSetter>(*setter, cursor);

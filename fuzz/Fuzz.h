@@ -1,4 +1,4 @@
-// What the fuzz targets share.
+// Shared by the fuzz targets.
 #pragma once
 
 #include <android/log.h>
@@ -23,7 +23,7 @@
 
 namespace ormel::fuzz {
 
-/** Ends the process where something that must hold does not. */
+/** Aborts the process unless @p condition holds. */
 inline void require(bool condition) {
     if (!condition) {
         std::abort();
@@ -35,31 +35,31 @@ inline void require(bool condition) {
 inline void ignoreXmlError(void* /* context */, const char* /* format */, ...) {}
 
 /**
- * Takes the library's messages, formatting included, and drops them, as well as libxml2's. A cursor
- * that stays keeps libxml2 set up from one input to the next, which is most of the time otherwise.
+ * Formats the library's messages and drops them, as well as libxml2's. Keeps a cursor so that
+ * libxml2 stays set up from one input to the next; setting it up would take most of the time.
  */
 inline void setUp() {
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
     __android_log_set_logger([](const __android_logger_data*, const char*) {});
-    // The first one to go tears libxml2 down once.
+    // Its destructor cleans up libxml2 once.
     TagIterator{};
     static const auto& cursor = *new TagIterator;
     static_cast<void>(cursor);
     xmlSetGenericErrorFunc(nullptr, ignoreXmlError);
 }
 
-/** The messages that keepMessages() kept. */
+/** The messages kept since keepMessages(). */
 inline std::vector<std::string>& keptMessages() {
     static auto& messages = *new std::vector<std::string>;
     return messages;
 }
 
-/** The messages since the last call, each behind the digit of its priority. */
+/** The messages since the last call, each after the digit of its priority. */
 inline std::vector<std::string> takeMessages() {
     return std::exchange(keptMessages(), {});
 }
 
-/** From now on keeps what the store, its front and the reading of a document say. */
+/** From now on keeps the messages of the store, its front and the reader. */
 inline void keepMessages() {
     __android_log_set_logger([](const __android_logger_data* data, const char* message) {
         const AllocatedBytes::Pause pause;
@@ -72,7 +72,7 @@ inline void keepMessages() {
     });
 }
 
-/** Numbers and flags from the front of a fuzzer's bytes; 0 when they are used up. */
+/** Reads numbers and flags from a fuzzer's bytes; 0 after their end. */
 class Input {
   public:
     Input(const uint8_t* data, size_t size) : mData(data), mSize(size) {}
@@ -95,7 +95,7 @@ class Input {
         return static_cast<int32_t>(word);
     }
 
-    /** So many bytes, or all that are left. */
+    /** The next @p count bytes, or all that are left. */
     std::string bytes(size_t count) {
         const size_t size = std::min(count, mSize);
         const std::string taken(reinterpret_cast<const char*>(mData), size);
@@ -111,7 +111,7 @@ class Input {
     size_t mSize;
 };
 
-/** A file in memory that has a path. */
+/** A file in memory, with a path. */
 class MemoryFile {
   public:
     MemoryFile() : mFd(::memfd_create("fuzz", 0)) { require(mFd >= 0); }
@@ -134,7 +134,7 @@ class MemoryFile {
     std::string mContent;
 };
 
-/** An effect that touches every value that it is handed, and answers what it is told to. */
+/** An effect that reads every value that it gets, and gives the answers that were set. */
 class TouchingEffect : public IEffectOrm {
   public:
     int32_t setEffectParam(int32_t, int32_t, const int32_t* values, int32_t count) override {
@@ -162,7 +162,7 @@ class TouchingEffect : public IEffectOrm {
     int32_t answerCount = 0;
 
   private:
-    // Written for the reads' sake, which must not be optimised away.
+    // Keeps the reads from being optimised away.
     volatile uint32_t mTouched = 0;
 };
 
@@ -179,7 +179,7 @@ struct Call {
     }
 };
 
-/** Keeps all calls in order, and answers them as it is told to. */
+/** Records all calls in order, and gives the answers that were set. */
 class RecordingEffect : public TouchingEffect {
   public:
     int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
@@ -192,7 +192,7 @@ class RecordingEffect : public TouchingEffect {
         const int32_t room = *count;
         calls.push_back({Call::GET, device, code, room, {}});
         const int32_t status = TouchingEffect::getEffectParam(device, code, values, count);
-        // Different values show when one ends up in the wrong place.
+        // Different values, so that one in the wrong place shows.
         for (int32_t i = 0; i < room; ++i) {
             values[i] ^= i;
         }
@@ -207,7 +207,7 @@ class RecordingEffect : public TouchingEffect {
     std::vector<Call> calls;
 };
 
-/** The process's store as it is when first made. */
+/** The process's store, reset to its initial state. */
 inline SpatializerParamArray& freshStore() {
     auto& array = SpatializerParamArray::getInstance();
     array.~SpatializerParamArray();

@@ -10,31 +10,31 @@ namespace {
 constexpr Part::Kind PROFILE = Part::Kind::PROFILE;
 constexpr Part::Kind TUNING = Part::Kind::TUNING;
 
-// A program that has no memory for these may end as it likes.
+// If these cannot be allocated, the program may end.
 // NOLINTBEGIN(cert-err58-cpp)
 const std::string kRoot = "<d>\n";
 const std::string kEnd = "</d>";
 
-/** A document whose DTD declares one entity, the entity's text to follow. */
+/** A document whose DTD declares one entity, up to the entity's text. */
 const std::string kEntity = "<!DOCTYPE d [<!ENTITY e '";
 const std::string kEntityEnd = "'>]><d>\n";
 
-/** A tuning with one device, up to its data section, and what closes it and the document. */
+/** A tuning with one device, up to its data; and the end of the tuning and the document. */
 const std::string kTuning = "<tuning name='t'>\n<device_id id='d' endpoint_port='usb'/>\n<data>\n";
 const std::string kTuningEnd = "</data>\n</tuning>\n</d>";
 
-/** A tuning up to its devices, a device of a number of its own, and no data behind devices. */
+/** A tuning up to its devices; a numbered device; the end of a tuning with empty data. */
 const std::string kDevices = "<d>\n<tuning name='t'>\n";
 const std::string kDevice = "<device_id id='@' endpoint_port='usb'/>\n";
 const std::string kNoData = "<data>\n</data>\n</tuning>\n";
 
 const std::string kHeadphone = "<endpoint_type id='headphone'>\n";
 
-/** The beginnings of documents in formats that name presets. */
+/** The starts of documents in formats that name presets. */
 const std::string k320 = "<d>\n<format_version major='3' minor='2' maintenance='0'/>\n";
 const std::string k330 = "<d>\n<format_version major='3' minor='3' maintenance='0'/>\n";
 
-/** Ahead of nested references: the parser takes them only where much else has been read. */
+/** Goes before nested references: the parser accepts them only after enough other text. */
 const std::string kComment = "<!-- blank -->\n";
 // NOLINTEND(cert-err58-cpp)
 
@@ -64,7 +64,7 @@ std::string numbered(size_t count, const std::string& text) {
     return all;
 }
 
-/** Declares entities e0 to e@p last, each but the first of @p fanout references to the one before.
+/** Declares entities e0 to e@p last. Each but the first has @p fanout references to the one before.
  */
 std::string levels(size_t last, size_t fanout, const std::string& leaf) {
     std::string declarations = "<!ENTITY e0 '" + leaf + "'>";
@@ -75,7 +75,7 @@ std::string levels(size_t last, size_t fanout, const std::string& leaf) {
     return declarations;
 }
 
-/** The same for parameter entities, named p0 to p@p last. */
+/** The same for parameter entities p0 to p@p last. */
 std::string parameterLevels(size_t last, size_t fanout, const std::string& leaf) {
     std::string declarations = "<!ENTITY % p0 '" + leaf + "'>";
     for (size_t i = 1; i <= last; ++i) {
@@ -95,7 +95,7 @@ std::string withoutLastByte(const std::string& text) {
 
 // clang-format off
 
-/** Long or nested entities, and what else a DTD can put into a document. */
+/** Long or nested entities, and other content that a DTD can add. */
 std::vector<HostileShape> entityShapes() {
     return {
         {"matrix rows that each name one long entity", {
@@ -216,7 +216,7 @@ std::vector<HostileShape> entityShapes() {
         {"wide levels of parameter entities", {
             {"<!DOCTYPE d [" + parameterLevels(4, 10, "<!---->")}, {"<!---->", 100},
             {"%p4;]><d>\n</d>"}}},
-        // Where little else has been read, libxml2 sees too many references, and never ends.
+        // After little other text, libxml2 reports too many references, and never ends.
         {"wide levels of parameter entities ahead of all else", {
             {"<!DOCTYPE d [" + parameterLevels(4, 10, "<!---->") + "%p4;]><d>"}, {"\n", 100},
             {kEnd}}},
@@ -230,8 +230,8 @@ std::vector<HostileShape> entityShapes() {
 }
 
 /**
- * Elements without children, which are read on from through their siblings, and other nodes that
- * are taken for such elements.
+ * Elements without children, for which the reader reads their siblings, and other nodes that it
+ * reads like such elements.
  */
 std::vector<HostileShape> siblingShapes() {
     return {
@@ -326,7 +326,7 @@ std::vector<HostileShape> siblingShapes() {
     };
 }
 
-/** What many objects share, or what comes again. */
+/** Values shared by many objects, and repeated elements. */
 std::vector<HostileShape> sharingShapes() {
     return {
         {"one long matrix for many devices", {
@@ -401,7 +401,7 @@ std::vector<HostileShape> sharingShapes() {
     };
 }
 
-/** Much of one thing. */
+/** Very many of one item. */
 std::vector<HostileShape> massShapes() {
     return {
         {"many profiles", {{kRoot}, {"<profile id='@'>\n</profile>\n", 100, PROFILE}, {kEnd}}},
@@ -559,7 +559,7 @@ std::vector<HostileShape> massShapes() {
     };
 }
 
-/** Other encodings, and text that is no document after all. */
+/** Other encodings, and texts that are no documents. */
 std::vector<HostileShape> encodingShapes() {
     return {
         {"profiles in UTF-16", {

@@ -1,4 +1,4 @@
-// Documents that were made to cost their reader much.
+// Documents made to be costly to read.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 
 namespace ormel::fuzz {
 
-/** What a right reading of a document adds to the store. */
+/** What a correct load of a document adds to the store. */
 struct Reading {
     int profiles = 0;
     int tunings = 0;
@@ -17,9 +17,9 @@ struct Reading {
 struct Part {
     enum class Kind { OTHER, PROFILE, TUNING };
 
-    /** In each copy, '@' stands for the copy's number. */
+    /** '@' is replaced by the number of the copy. */
     std::string text;
-    /** Copies fill so many hundredths of the document; with 0 the part stands once. */
+    /** Percentage of the document that copies fill; 0 for a single copy. */
     int percent = 0;
     /** Whether each copy is a profile, or a device tuning that the store keeps. */
     Kind kind = Kind::OTHER;
@@ -29,7 +29,7 @@ struct Part {
 struct HostileShape {
     std::string name;
     std::vector<Part> parts;
-    /** What becomes of the text at last; null for nothing. */
+    /** Applied to the finished text; may be null. */
     std::string (*encode)(const std::string& text) = nullptr;
 };
 
@@ -38,10 +38,10 @@ struct HostileDocument {
     Reading reading;
 };
 
-/** All shapes, each under a name of its own. */
+/** All shapes, with unique names. */
 std::vector<HostileShape> hostileShapes();
 
-/** A document of about @p size bytes, or of the shape's least size. */
+/** A document of about @p size bytes, or of the shape's minimum size. */
 HostileDocument makeHostile(const HostileShape& shape, size_t size);
 
 std::string utf16(const std::string& text);

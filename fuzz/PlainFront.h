@@ -1,5 +1,5 @@
-// Plain versions of the front's operations. The fuzz targets compare the calls, results and
-// messages of the library's with theirs.
+// Plain versions of the front's operations. The fuzz targets compare their calls, results and
+// messages with the library's.
 #pragma once
 
 #include <kivparamstorage/KivParamStore.h>
@@ -16,8 +16,8 @@
 namespace ormel::fuzz {
 
 /**
- * Does with a plain store what SpatializerParamCache does with the process's. Where there is no
- * effect, its first use ends the operation with -22.
+ * Works on a plain store like SpatializerParamCache on the process's. Without an effect, the first
+ * use of the effect ends the operation with -22.
  */
 class PlainFront {
   public:
@@ -70,15 +70,15 @@ class PlainFront {
     }
 
     int32_t applyProfile(int32_t profile, bool isOrmelContent) {
-        mStore.say(3, "setProfile(profile=" + std::to_string(profile) +
+        mStore.log(3, "setProfile(profile=" + std::to_string(profile) +
                               ", isOrmelContent=" + (isOrmelContent ? "1)" : "0)"));
         mStore.currentProfile = profile;
         int32_t result = 0;
         if (mStore.profileLists.count(profile) != 0) {
-            mStore.say(3, "getXMLProfileParams(profile = " + std::to_string(profile) + ")");
+            mStore.log(3, "getXMLProfileParams(profile = " + std::to_string(profile) + ")");
             PlainReader reader(mStore.profileLists[profile]);
             if (!reader.validate()) {
-                mStore.say(6, "setProfile() Invalid data for setting parameter values.");
+                mStore.log(6, "setProfile() Invalid data for setting parameter values.");
                 return -EINVAL;
             }
             PlainEntry entry;
@@ -96,10 +96,10 @@ class PlainFront {
     }
 
     void applyBuiltIn(int32_t profile) {
-        mStore.say(3, "getProfileParams(profile = " + std::to_string(profile) + ")");
+        mStore.log(3, "getProfileParams(profile = " + std::to_string(profile) + ")");
         PlainReader reader(builtInList(profile));
         if (!reader.validate()) {
-            mStore.say(6, "setOrmelContentProfile() Invalid data for profile parameter values.");
+            mStore.log(6, "setOrmelContentProfile() Invalid data for profile parameter values.");
             return;
         }
         PlainEntry entry;
@@ -109,7 +109,7 @@ class PlainFront {
                 push(entry);
                 continue;
             }
-            mStore.say(3, "setOrmelContentProfile(): Hardcoded dom parameter values skipped");
+            mStore.log(3, "setOrmelContentProfile(): Hardcoded dom parameter values skipped");
             Words buffer(kDomRoom);
             int32_t count = kDomRoom;
             if (read(kSpeaker, kDom, buffer, count) && buffer[0] == 0) {
@@ -121,7 +121,7 @@ class PlainFront {
     }
 
     int32_t applyTunings() {
-        mStore.say(3, "loadTuning");
+        mStore.log(3, "loadTuning");
         int32_t result = 0;
         for (const int32_t port : {0, 3, 4, 5}) {
             result = applyTuning(mStore.selectedDevices[port]);
@@ -130,11 +130,11 @@ class PlainFront {
     }
 
     int32_t applyTuning(const std::string& device) {
-        mStore.say(3, "loadTuningDevice(" + device + ")");
+        mStore.log(3, "loadTuningDevice(" + device + ")");
         if (mStore.tuningLists.count(device) == 0) {
             return -EINVAL;
         }
-        mStore.say(3, "getXMLTuningParams(device = " + device + ")");
+        mStore.log(3, "getXMLTuningParams(device = " + device + ")");
         PlainReader reader(mStore.tuningLists[device]);
         if (!reader.validate()) {
             return -EINVAL;
@@ -154,14 +154,14 @@ class PlainFront {
         }
         const std::string message =
                 std::string("setSelectedTuningDevice(port=") + name + ", device=" + device + ")";
-        mStore.say(3, message);
+        mStore.log(3, message);
         if (mStore.selectedDevices[port] == device) {
             return 0;
         }
-        mStore.say(3, message);
+        mStore.log(3, message);
         const auto available = mStore.availableDevices.find(device);
         if (available == mStore.availableDevices.end() || available->second != name) {
-            mStore.say(6, "setSelectedTuningDevice(): tuningDevice " + device +
+            mStore.log(6, "setSelectedTuningDevice(): tuningDevice " + device +
                                   " is not available for port " + name + ".");
             return -EINVAL;
         }
@@ -177,7 +177,7 @@ class PlainFront {
         Words buffer(kGeqWords);
         int32_t count = kGeqWords;
         if (!read(kAllDevices, kGebs, buffer, count) || count != kGeqWords) {
-            mStore.say(6, "setProfileGeqGains(): could not get proper GEQ parameters!");
+            mStore.log(6, "setProfileGeqGains(): could not get proper GEQ parameters!");
             return -EINVAL;
         }
         putGains(buffer);
@@ -190,7 +190,7 @@ class PlainFront {
     static constexpr int32_t kVbon = 0x6e6f6276;
     static constexpr int32_t kGebs = 0x73626567;
     static constexpr int32_t kDom = 0x006d6f64;
-    /** A band count, frequencies and gains of 20 bands. */
+    /** Size of the band count, frequencies and gains of 20 bands. */
     static constexpr int32_t kGeqWords = 41;
     static constexpr int32_t kGeqFirstGain = 21;
     static constexpr int32_t kDomRoom = 61;
@@ -221,7 +221,7 @@ class PlainFront {
         effect().setEffectParam(entry.device, entry.code, entry.values.data(), entry.count);
     }
 
-    /** Reads from the effect; false if it fails or gives a count that is out of range. */
+    /** Reads from the effect; false if that fails or the count is out of range. */
     bool read(int32_t device, int32_t code, Words& buffer, int32_t& count) {
         const int32_t room = count;
         return effect().getEffectParam(device, code, buffer.data(), &count) == 0 && count >= 0 &&
@@ -260,7 +260,7 @@ class PlainFront {
         static const Words none;
         const auto found = mStore.mixMatrices.find(device);
         if (found == mStore.mixMatrices.end()) {
-            mStore.say(5,
+            mStore.log(5,
                        "getXMLTuningMixMatrix(): no mix matrix found with tuning device " + device);
             return none;
         }
@@ -290,7 +290,7 @@ class PlainFront {
         if (matrix.empty()) {
             return;
         }
-        mStore.say(3, "setSelectedTuningDevice(): Update the mix matrix with tuning " + device);
+        mStore.log(3, "setSelectedTuningDevice(): Update the mix matrix with tuning " + device);
         buffer.resize(1);
         buffer.insert(buffer.end(), matrix.begin(), matrix.end());
         effect().setEffectParam(kSpeaker, kDom, buffer.data(), static_cast<int32_t>(buffer.size()));

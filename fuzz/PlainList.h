@@ -1,4 +1,4 @@
-// Packed parameter lists, written and read plainly.
+// Plain writing and reading of packed parameter lists.
 #pragma once
 
 #include <algorithm>
@@ -18,7 +18,7 @@ class PlainList {
 
     int32_t count() const { return words[1]; }
 
-    /** Appends an entry with the values of all parts, one part after another. */
+    /** Appends an entry with the values of all parts in order. */
     void add(const char* code, std::initializer_list<Words> parts) {
         words.insert(words.end(), {device, codeOf(code), 0});
         const size_t count = words.size() - 1;
@@ -29,7 +29,7 @@ class PlainList {
         ++words[1];
     }
 
-    /** The letters from the least significant byte up. */
+    /** The letters, the first in the least significant byte. */
     static int32_t codeOf(const char* letters) {
         int32_t code = 0;
         for (int shift = 0; *letters != '\0'; ++letters, shift += 8) {
@@ -83,15 +83,15 @@ class PlainReader {
         }
         PlainEntry entry;
         while (next(entry)) {
-            if (goesInCircles()) {
+            if (isLooping()) {
                 return true;
             }
         }
         return mIndex == mCount;
     }
 
-    /** Whether some entry was read twice. Then it goes on like that until the announced count. */
-    bool goesInCircles() const { return mIndex > sizeInWords(); }
+    /** Whether an entry was read twice. Reading then repeats up to the announced count. */
+    bool isLooping() const { return mIndex > sizeInWords(); }
 
     int32_t sizeInWords() const { return static_cast<int32_t>(mWords.size()); }
 

@@ -1,5 +1,5 @@
-// A plain reading of a tuning document's objects from libxml2's tree. The fuzz targets load what it
-// gives, so it takes no shortcuts and shares only the model's classes.
+// Plain reading of a tuning document's objects from libxml2's tree. The fuzz targets load its
+// result, so it takes no shortcuts and shares only the model's classes.
 #pragma once
 
 #include <ormel/DeviceTuning.h>
@@ -27,7 +27,7 @@ namespace ormel::fuzz {
 
 using Texts = std::vector<std::string>;
 
-/** What a document says, kind by kind in document order. */
+/** A document's content: the objects of each kind in document order. */
 struct PlainDocument {
     std::string formatVersion;
     std::string toolVersion;
@@ -50,14 +50,14 @@ inline std::istringstream streamOf(const std::string& text) {
     return stream;
 }
 
-/** The number at the beginning, or 0, or the nearest limit. */
+/** The number at the start of the text; 0 if there is none, the nearest limit if out of range. */
 inline int32_t plainNumber(const std::string& text) {
     int32_t number = 0;
     streamOf(text) >> number;
     return number;
 }
 
-/** The numbers up to the first that fails. Behind each one comma or blank is passed over. */
+/** The numbers up to the first that fails. After each, one comma or blank is skipped. */
 inline Words plainRow(const std::string& text) {
     Words row;
     std::istringstream stream = streamOf(text);
@@ -70,7 +70,7 @@ inline Words plainRow(const std::string& text) {
     return row;
 }
 
-/** A place among the nodes of a tree; copies move on their own. */
+/** A position in a tree; copies move independently. */
 class PlainCursor {
   public:
     explicit PlainCursor(const xmlNode* node) : mNode(node) {}
@@ -82,7 +82,7 @@ class PlainCursor {
 
     void next() { mNode = isValid() ? mNode->next : nullptr; }
 
-    /** To the second child; nowhere from a leaf. */
+    /** Moves to the second child; stays on a leaf. */
     void descend() {
         if (!isLeaf()) {
             mNode = mNode->children->next;
@@ -107,7 +107,7 @@ class PlainCursor {
         return all;
     }
 
-    /** The texts of these attributes, empty ones for those that are missing. */
+    /** The texts of these attributes; empty for missing ones. */
     Texts texts(const Texts& names) const {
         Texts found(names.size());
         for (const auto& [name, text] : attributes()) {
@@ -137,12 +137,12 @@ inline int32_t plainValue(const PlainCursor& at) {
     return text == "true" ? 1 : plainNumber(text);
 }
 
-/** Which element gives which parameters, and how. */
+/** The parameters that each element gives, and how. */
 class PlainParameters {
   public:
     explicit PlainParameters(PlainStore& store) : mStore(store) {}
 
-    /** Reads the element into the object, if it is a parameter's. */
+    /** Reads the element into the object if it is a parameter element. */
     void read(const std::string& name, const PlainCursor& at, ParameterValues& object) {
         if (name == "ieq") {
             readPreset(at, {"frequency", "target"}, true, {IEQ_FREQUENCY, IEQ_TARGET}, object);
@@ -197,7 +197,7 @@ class PlainParameters {
                 continue;
             }
             if (isNamed && at.name() != "band_ieq") {
-                mStore.say(4, "No attribute band_ieq was found!");
+                mStore.log(4, "No attribute band_ieq was found!");
                 break;
             }
             const Texts texts = at.texts(names);
@@ -210,7 +210,7 @@ class PlainParameters {
         putAll(params, numbers, object);
     }
 
-    /** Bands one level below; every attribute is one number, or whether a band is isolated. */
+    /** Bands one level below; each attribute is a number, or tells whether the band is isolated. */
     static void readBands(const PlainCursor& element, const Texts& names,
                           const std::vector<Parameter>& params, ParameterValues& object) {
         std::vector<Words> columns(names.size());
@@ -253,7 +253,7 @@ class PlainParameters {
         return all;
     }
 
-    /** The elements that hold a row of numbers. */
+    /** The elements with a row of numbers. */
     static const ByName& rows() {
         static const auto& all = *new ByName{
                 {"advanced-headphone-virtualizer-rendering-config",
@@ -282,7 +282,7 @@ class PlainParameters {
         return all;
     }
 
-    /** The elements that hold one value, which but for one are named like their parameters. */
+    /** The elements with one value. All but one are named like their parameters. */
     static const ByName& values() {
         static const auto& all = *new ByName([] {
             ByName names = {{"virtual-bass-process-enable", VIRTUAL_BASS_ENABLE}};
@@ -330,7 +330,7 @@ class PlainParameters {
     PlainStore& mStore;
 };
 
-/** Reads one document, and says in a store what the library's parser says. */
+/** Reads one document, and logs to a store what the library's parser logs. */
 class PlainReading {
   public:
     PlainReading(const Tree& tree, PlainStore& store)
@@ -372,7 +372,7 @@ class PlainReading {
             readSettings(at);
         } else if (at.name() == "format_version") {
             mDocument.formatVersion = version(at);
-            mStore.say(3, "xml version: " + mDocument.formatVersion);
+            mStore.log(3, "xml version: " + mDocument.formatVersion);
         }
     }
 
@@ -393,14 +393,14 @@ class PlainReading {
             const int32_t number = plainNumber(text);
             if (name == "device_name") {
                 mDocument.deviceName = text;
-                mStore.say(3, "parseAuthorizedTechnologies, mDeviceName = " + text);
+                mStore.log(3, "parseAuthorizedTechnologies, mDeviceName = " + text);
             } else if (name == "device_index") {
                 mDocument.deviceIndex = number;
-                mStore.say(3,
+                mStore.log(3,
                            "parseAuthorizedTechnologies, mDeviceIndex = " + std::to_string(number));
             } else if (name == "tuning_version") {
                 mDocument.tuningVersion = number;
-                mStore.say(3, "parseAuthorizedTechnologies, mTuningVersion = " +
+                mStore.log(3, "parseAuthorizedTechnologies, mTuningVersion = " +
                                       std::to_string(number));
             } else if (name == "virtual_bass_process") {
                 mDocument.virtualBassProcess = number;
@@ -416,7 +416,7 @@ class PlainReading {
                 return id;
             }
         }
-        mStore.say(6, "name is invalid, 313");
+        mStore.log(6, "name is invalid, 313");
         return 0;
     }
 
@@ -435,9 +435,9 @@ class PlainReading {
         }
     }
 
-    /** The preset that a profile of the formats 3.2. names in its fourth node. */
+    /** The preset named in the fourth node of a profile, in formats 3.2. */
     int32_t presetOfProfile(const PlainCursor& profile) {
-        mStore.say(3, "parseProfile(): parse the ieq preset");
+        mStore.log(3, "parseProfile(): parse the ieq preset");
         PlainCursor at = profile.below();
         at.next();
         at.next();
@@ -475,7 +475,7 @@ class PlainReading {
                       int32_t preset) {
         const std::string id = element.text("id");
         if (!isVersion("3.2.")) {
-            mStore.say(3, "parseProfileEndpoint(): " + id + ", parse the include ieq preset");
+            mStore.log(3, "parseProfileEndpoint(): " + id + ", parse the include ieq preset");
             if (const PlainCursor at = element.below(); at.name() == "include") {
                 preset = isVersion("3.3.0") ? presetOfName(at.text("preset"))
                                             : plainNumber(at.text("ieq_preset"));
@@ -506,7 +506,7 @@ class PlainReading {
         mDocument.profileEndpoints.push_back(endpoint);
     }
 
-    /** @return false when the tuning has no data, which ends the document */
+    /** @return false if the tuning has no data, which ends the reading */
     bool readTuning(const PlainCursor& element) {
         const std::string name = element.text("name");
         const std::string type = element.text("endpoint_type");
@@ -523,7 +523,7 @@ class PlainReading {
             }
         }
         if (!at.isValid()) {
-            mStore.say(6, "There is no <data> in Tuning section");
+            mStore.log(6, "There is no <data> in Tuning section");
             return false;
         }
         for (at.descend(); at.isValid(); at.next()) {

@@ -1,4 +1,4 @@
-// The state of a store in plain maps. The fuzz targets work out what it must be, step by step, and
+// A store's state in plain maps. The fuzz targets compute the expected state step by step, and
 // compare the library's store with it.
 #pragma once
 
@@ -32,30 +32,30 @@ struct PlainStore {
                                                       {5, "default_usb"}};
     std::map<int32_t, Words> gains;
 
-    /** The messages that are due, each behind the digit of its priority. */
+    /** The expected messages, each after the digit of its priority. */
     std::vector<std::string> messages;
 
-    void say(int priority, const std::string& text) {
+    void log(int priority, const std::string& text) {
         messages.push_back(std::to_string(priority) + text.substr(0, kMaxMessage));
     }
 
-    /** A message that may end in any way. */
-    void sayBeginning(int priority, const std::string& text) {
-        say(priority, text);
+    /** Logs the start of a message; any text may follow. */
+    void logBeginning(int priority, const std::string& text) {
+        log(priority, text);
         messages.back() += kAnyRest;
     }
 
-    /** Android's log cuts longer ones. */
+    /** Android's log truncates longer messages. */
     static constexpr size_t kMaxMessage = 1023;
-    /** Stands for any text at the end of a message. No XML character, so no name has it. */
+    /** Matches any text at the end of a message. Not an XML character, so no name has it. */
     static constexpr char kAnyRest = '\x01';
 };
 
-inline bool messageMatches(const std::string& said, const std::string& expected) {
+inline bool messageMatches(const std::string& actual, const std::string& expected) {
     if (!expected.empty() && expected.back() == PlainStore::kAnyRest) {
-        return said.compare(0, expected.size() - 1, expected, 0, expected.size() - 1) == 0;
+        return actual.compare(0, expected.size() - 1, expected, 0, expected.size() - 1) == 0;
     }
-    return said == expected;
+    return actual == expected;
 }
 
 inline void print(const char* title, const std::vector<std::string>& messages) {
@@ -64,13 +64,13 @@ inline void print(const char* title, const std::vector<std::string>& messages) {
     }
 }
 
-/** Compares what was said with what was due, and forgets both. */
+/** Compares the actual with the expected messages, and clears both. */
 inline void requireSameMessages(PlainStore& plain) {
-    const std::vector<std::string> said = takeMessages();
-    const bool isSame = std::equal(said.begin(), said.end(), plain.messages.begin(),
+    const std::vector<std::string> actual = takeMessages();
+    const bool isSame = std::equal(actual.begin(), actual.end(), plain.messages.begin(),
                                    plain.messages.end(), messageMatches);
     if (!isSame) {
-        print("said", said);
+        print("actual", actual);
         print("expected", plain.messages);
     }
     require(isSame);
@@ -104,7 +104,7 @@ inline void requireSameDevices(SpatializerParamArray& array, const PlainStore& p
     }
 }
 
-/** Changes nothing, but adds gains that only @p plain has, as an empty list, to @p array. */
+/** Changes nothing, except that @p array gets an empty list for gains that only @p plain has. */
 inline void requireSame(SpatializerParamArray& array, const PlainStore& plain) {
     require(array.getCurrentProfile() == plain.currentProfile);
     require(array.getTuningProfileCount() == plain.profileCount);

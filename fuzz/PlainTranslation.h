@@ -1,4 +1,4 @@
-// A plain load of a tuning document's objects into a store.
+// Plain loading of a tuning document's objects into a store.
 #pragma once
 
 #include <cstdint>
@@ -12,12 +12,12 @@
 
 namespace ormel::fuzz {
 
-/** Does with the objects of one document what the library's load does. */
+/** Loads the objects of one document like the library. */
 class PlainLoad {
   public:
     PlainLoad(PlainDocument& document, PlainStore& store) : mDocument(document), mStore(store) {}
 
-    /** @return false, with part of the work done, when there is too much of it */
+    /** @return false, with part of the work done, if there is too much */
     bool run() {
         takeInternalSpeaker();
         for (Profile& profile : mDocument.profiles) {
@@ -40,7 +40,7 @@ class PlainLoad {
         return nullptr;
     }
 
-    /** The tuning of the first binding of the internal speaker's selected device. */
+    /** The tuning of the first device tuning of the internal speaker's selected device. */
     Tuning* findInternalSpeaker() const {
         for (const DeviceTuning& binding : mDocument.deviceTunings) {
             if (binding.getDevice() == mStore.selectedDevices[0]) {
@@ -57,7 +57,7 @@ class PlainLoad {
             mStore.outputChannels = tuning->getValues()[OUTPUT_CHANNELS].at(0);
         }
         if (mMixMatrix.empty()) {
-            mStore.say(3, "use the default mix matrix");
+            mStore.log(3, "use the default mix matrix");
             mMixMatrix = {15,    24,    16384, 0,     0,     16384, 11583, 11583, 8192,  8192,
                           16384, 0,     0,     16384, 16384, 0,     0,     16384, 16384, 0,
                           0,     16384, 16384, 0,     0,     16384, 11,    16,    16384, 0,
@@ -66,7 +66,7 @@ class PlainLoad {
                           11583, 11583, 8192,  8192,  16384, 0,     0,     16384};
         }
         if (mVirtualBassMode.empty()) {
-            mStore.say(3, "use the default vb mode");
+            mStore.log(3, "use the default vb mode");
             mVirtualBassMode = {3};
         }
     }
@@ -95,7 +95,7 @@ class PlainLoad {
                 addEndpoint(list, endpoint);
             }
         }
-        mStore.say(3, "Profile " + std::to_string(id) +
+        mStore.log(3, "Profile " + std::to_string(id) +
                               ", numParameters = " + std::to_string(list.count()));
         mStore.profileLists.emplace(id, list.words);
         ++mStore.profileCount;
@@ -117,7 +117,7 @@ class PlainLoad {
         }
     }
 
-    /** Keeps the preset selected before when there is none with this id. */
+    /** Keeps the preset selected before if no preset has this id. */
     void selectPreset(int32_t id) {
         for (IeqPreset& preset : mDocument.ieqPresets) {
             if (preset.getPresetId() == id) {
@@ -139,20 +139,20 @@ class PlainLoad {
         const std::string device = binding.getDevice();
         Tuning* const tuning = findTuning(binding.getTuning());
         if (tuning == nullptr) {
-            mStore.sayBeginning(5, "");
+            mStore.logBeginning(5, "");
             return;
         }
         PlainList list;
         list.device = deviceOfPort(binding.getPort());
-        // The endpoint counts for the output mode only, which no tuning has.
+        // The endpoint affects only the output mode, which no tuning has.
         add(list, *tuning, 2);
-        mStore.say(3, "Tuning id(" + device + "), tuningName(" + binding.getTuning() +
+        mStore.log(3, "Tuning id(" + device + "), tuningName(" + binding.getTuning() +
                               ") numParameters = " + std::to_string(list.count()));
         mStore.tuningLists[device] = list.words;
         ++mStore.tuningCount;
         mStore.availableDevices[device] = binding.getPort();
         mStore.mixMatrices[device] = tuning->getValues()[OUTPUT_MIX_MATRIX];
-        mStore.sayBeginning(3, "Tuning id(" + device + "): endpoint ");
+        mStore.logBeginning(3, "Tuning id(" + device + "): endpoint ");
     }
 
     static int32_t deviceOfPort(const std::string& port) {
@@ -169,13 +169,13 @@ class PlainLoad {
             const std::string& device = mStore.selectedDevices[port];
             const auto found = mStore.availableDevices.find(device);
             if (found == mStore.availableDevices.end() || found->second != kPortNames[port]) {
-                mStore.say(6, "loadSpatializerXMLFile() default tuningDevice " + device +
+                mStore.log(6, "loadSpatializerXMLFile() default tuningDevice " + device +
                                       " is not available for port " + kPortNames[port] + ".");
             }
         }
     }
 
-    /** A short document that repeats its profiles can come to any length. */
+    /** A short document with repeated profiles can give very long lists. */
     static constexpr size_t kMaxWords = size_t{4} << 20;
 
     PlainDocument& mDocument;
@@ -187,12 +187,12 @@ class PlainLoad {
 };
 
 /**
- * Loads a document that the library accepted.
+ * Loads a document that the library has accepted.
  *
- * @return false, with part of the document in @p store, when it is too long to be translated here
+ * @return false, with part of the document in @p store, if it is too long to translate here
  */
 inline bool loadPlainly(const MemoryFile& file, PlainStore& store) {
-    store.say(3, "loadSpatializerXMLFile(" + file.path() + ")");
+    store.log(3, "loadSpatializerXMLFile(" + file.path() + ")");
     const Tree tree = readTree(file.content());
     require(rootOf(tree) != nullptr);
     PlainDocument document = PlainReading(tree, store).read();

@@ -1,4 +1,4 @@
-// A plain translation of a tuning object's values into entries of a packed list. The fuzz targets
+// Plain translation of a tuning object's values into entries of a packed list. The fuzz targets
 // compare the library's lists with it, so it takes no shortcuts and shares only the model's
 // classes.
 #pragma once
@@ -145,7 +145,7 @@ inline void addDrc(PlainList& list, Source& v) {
     list.add("drcm", {v[CUSTOM_DRC_METADATA]});
 }
 
-/** Passes one parameter on unchanged under a code, or calls a function for several. */
+/** Copies one parameter to an entry with a code, or calls a function for several parameters. */
 struct Row {
     using Function = void (*)(PlainList&, Source&);
 
@@ -289,7 +289,7 @@ inline const std::vector<Row>& rows() {
     return all;
 }
 
-/** Adds the entries of every row with a source that the object accepts. */
+/** Adds the entries of every row that has a source accepted by the object. */
 inline void translate(PlainList& list, ParameterValues& object, int32_t endpoint,
                       bool mono = false) {
     Source source{object, endpoint, mono};

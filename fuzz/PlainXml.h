@@ -1,4 +1,4 @@
-// libxml2's tree of a document, as the fuzz targets look at it.
+// libxml2's tree of a document, for the fuzz targets.
 #pragma once
 
 #include <libxml/parser.h>
@@ -16,13 +16,13 @@ struct XmlDeleter {
 };
 using Tree = std::unique_ptr<xmlDoc, XmlDeleter>;
 
-/** The tree of a document's text; null for a malformed one. */
+/** The tree of a document; null if it is malformed. */
 inline Tree readTree(const std::string& text) {
     return Tree(
             xmlReadMemory(text.data(), static_cast<int>(text.size()), "noname.xml", nullptr, 0));
 }
 
-/** The root element; null for no tree or none with a root. */
+/** The root element; null if there is no tree or no root. */
 inline const xmlNode* rootOf(const Tree& tree) {
     return tree == nullptr ? nullptr : xmlDocGetRootElement(tree.get());
 }
@@ -31,12 +31,12 @@ inline std::string_view toText(const xmlChar* characters) {
     return characters == nullptr ? "" : reinterpret_cast<const char*>(characters);
 }
 
-/** Whether a cursor finds children: those of a reference are the entity's. */
+/** Whether a cursor finds children. A reference has none: they belong to the entity. */
 inline bool hasChildren(const xmlNode* node) {
     return node->type == XML_ELEMENT_NODE && node->children != nullptr;
 }
 
-/** The text that an attribute's name gives, which is that of the first one of this local name. */
+/** The text for an attribute's name: that of the first attribute with this local name. */
 inline std::string textOf(const xmlNode* element, const xmlAttr* attr) {
     const std::unique_ptr<xmlChar, XmlDeleter> text(xmlGetProp(element, attr->name));
     return std::string(toText(text.get()));

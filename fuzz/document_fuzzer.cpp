@@ -1,5 +1,5 @@
-// Tuning documents. The store must hold what a plain reading of the document gives, whatever the
-// heap is like, and the front must work on it like the plain one. Refused documents change nothing.
+// Fuzzes tuning documents. For any state of the heap, the store must equal the plain reading of the
+// document, and the front must work like the plain front. Refused documents must change nothing.
 #include <ormel/StoreFront.h>
 #include <ormel/TuningFileParser.h>
 
@@ -20,7 +20,7 @@ namespace ormel::fuzz {
 
 namespace {
 
-/** Moves a cursor as no reader would, a move for every byte, and reads wherever it comes to. */
+/** Moves a cursor arbitrarily, one move per byte, and reads at each place. */
 void walk(const std::string& moves, const std::string& text) {
     TagIterator cursor;
     cursor.init(text, true);
@@ -51,7 +51,7 @@ void walk(const std::string& moves, const std::string& text) {
     readParameters(cursor);
 }
 
-/** Bytes of a walk. */
+/** Number of moves, one byte each. */
 constexpr size_t kMoves = 32;
 
 /** Loaded before the input in some runs. */
@@ -79,7 +79,7 @@ constexpr char kEarlierDocument[] = R"(<d>
 </d>
 )";
 
-/** Prints which bounds make loads refuse their documents, each once and when it is met. */
+/** Prints a bound the first time that it refuses a document. */
 void reportBound(const std::string& error) {
     static auto& reported = *new std::set<std::string>;
     for (const char* const bound : {"too m", "a text of", "larger than"}) {
@@ -90,7 +90,7 @@ void reportBound(const std::string& error) {
     }
 }
 
-/** Loads a document and says whether it was accepted. The messages are those of this load. */
+/** @return whether the document was accepted. Drops the messages logged before this load. */
 bool loads(SpatializerParamArray& array, const MemoryFile& file, bool fromText) {
     takeMessages();
     const uint64_t bytes = bytesAllocatedBy([&] {
@@ -110,7 +110,7 @@ bool loads(SpatializerParamArray& array, const MemoryFile& file, bool fromText) 
     return isLoaded;
 }
 
-/** A store with the earlier document in it or with none, and the same plainly. */
+/** A store, and its plain version, with the earlier document or with none. */
 class StartingStore {
   public:
     explicit StartingStore(bool hasEarlier) : mHasEarlier(hasEarlier) {
@@ -121,7 +121,7 @@ class StartingStore {
         }
     }
 
-    /** A new store, or the present one while only refused documents came since it was made. */
+    /** The store; a new one after drop(). */
     SpatializerParamArray& get() {
         if (mArray == nullptr) {
             mArray = std::make_unique<SpatializerParamArray>(SpatializerParamArray::Empty());
@@ -130,7 +130,7 @@ class StartingStore {
         return *mArray;
     }
 
-    /** To be called once the store has changed. */
+    /** Call after the store has changed. */
     void drop() { mArray.reset(); }
 
     const PlainStore& plain() const { return mPlain; }
@@ -142,7 +142,7 @@ class StartingStore {
     std::unique_ptr<SpatializerParamArray> mArray;
 };
 
-/** Runs the front's operations on the store and plainly, and compares. */
+/** Runs the front's operations on the store and on the plain one, and compares. */
 void runFronts(SpatializerParamArray& array, PlainStore& plain, RecordingEffect& effect) {
     RecordingEffect plainEffect = effect;
     StoreFront own(array);
@@ -165,7 +165,7 @@ void runFronts(SpatializerParamArray& array, PlainStore& plain, RecordingEffect&
     requireSameMessages(plain);
 }
 
-/** Loads a document into the store and plainly, and compares; twice if it is accepted. */
+/** Loads a document into both stores and compares; twice if it is accepted. */
 void compareWithPlain(const MemoryFile& file, StartingStore& start, size_t displacement,
                       RecordingEffect& effect) {
     PlainStore plain = start.plain();

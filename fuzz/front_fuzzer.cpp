@@ -1,5 +1,5 @@
-// Sequences of front operations against effects that answer anything. The plain front does the same
-// and must make the same calls, give the same results and messages, and leave the same state.
+// Fuzzes sequences of front operations, with effects that give any answers. The plain front runs
+// the same operations, and must have the same calls, results, messages and final state.
 #include <ormel/SpatializerParamCache.h>
 
 #include <cerrno>
@@ -15,7 +15,7 @@ namespace ormel::fuzz {
 
 namespace {
 
-/** Names that documents have, and some that they lack. */
+/** Names in the documents, and some that are in none. */
 const std::string& nameOf(uint8_t number) {
     static const auto& names = *new std::vector<std::string>{"default_internal_speaker",
                                                              "default_headphone",
@@ -29,19 +29,19 @@ const std::string& nameOf(uint8_t number) {
     return names[number % names.size()];
 }
 
-/** Small ports and profiles, which exist, most of the time. */
+/** A number of a port or profile; mostly small, so that it exists. */
 int32_t number(Input& input) {
     const uint8_t small = input.byte();
     return small == 0xff ? input.word() : small % 9 - 1;
 }
 
-/** A small value, or any. */
+/** Mostly a small value. */
 int32_t value(Input& input) {
     const uint8_t small = input.byte();
     return small == 0xff ? input.word() : small;
 }
 
-/** @return whether there is an effect */
+/** Sets the effect's answers. @return whether there is an effect */
 bool readAnswer(Input& input, TouchingEffect& effect) {
     const uint8_t settings = input.byte();
     effect.readStatus = (settings & 1) != 0 ? -5 : 0;
@@ -59,7 +59,7 @@ Words gains(Input& input) {
     return values;
 }
 
-/** Leaves anything in a list, as callers who hold references may. */
+/** Changes a list arbitrarily, as callers that hold references can. */
 void edit(Input& input, Words& list, Words& plainList) {
     const uint8_t cut = input.byte();
     const uint8_t place = input.byte();
@@ -145,7 +145,7 @@ constexpr char kSurround[] = R"(
  </tuning>
 )";
 
-/** Shares names and ids with the other, but not their values. */
+/** Has the same names and ids as the other document, with other values. */
 constexpr char kStereo[] = R"(
  <profile id="1" name="movie">
   <volume-modeler-enable value="1"/>
@@ -171,7 +171,7 @@ constexpr char kStereo[] = R"(
 
 constexpr char kEnd[] = "</d>\n";
 
-/** Profiles with the right number of graphic-equalizer bands, with more, and with fewer. */
+/** Profiles with 20 graphic-equalizer bands, with more and with fewer. */
 std::string surroundDocument() {
     return std::string(kBegin) + kSurround + geqPreset(1, 20) + geqPreset(2, 21) +
            geqPreset(0, 19) + kEnd;
@@ -191,7 +191,7 @@ bool haveSameKeys(const Map& left, const Map& right) {
                       [](const auto& one, const auto& other) { return one.first == other.first; });
 }
 
-/** The process's store and a plain one in the same state. */
+/** The process's store and a plain one with the same state. */
 class Stores {
   public:
     Stores() {
@@ -209,7 +209,7 @@ class Stores {
 
     SpatializerParamArray& array() { return SpatializerParamArray::getInstance(); }
 
-    /** Puts both in the state after the first document's load. */
+    /** Resets both to the state after loading the first document. */
     void restore() {
         if (!restoreInPlace()) {
             freshStore().loadSpatializerXMLFile(mDocument.path());
@@ -221,20 +221,20 @@ class Stores {
         takeMessages();
     }
 
-    /** Puts both in the state without a document. */
+    /** Resets both to the state without a document. */
     void clear() {
         freshStore();
         plain = PlainStore();
         takeMessages();
     }
 
-    /** Loads a further document into both, or one that cannot be read. */
+    /** Loads another document into both, or one that cannot be read. */
     void load(uint8_t number) {
         if (number % 4 > 1) {
             const std::string path = number % 4 == 2 ? "/" : "/proc/self/mem";
             array().loadSpatializerXMLFile(path);
-            plain.say(3, "loadSpatializerXMLFile(" + path + ")");
-            plain.say(6, "Spatializer Tuning XML parses error!");
+            plain.log(3, "loadSpatializerXMLFile(" + path + ")");
+            plain.log(6, "Spatializer Tuning XML parses error!");
             requireSameMessages(plain);
             return;
         }
@@ -245,7 +245,7 @@ class Stores {
     }
 
   private:
-    /** Possible only where no entry was added, since nothing removes one. */
+    /** @return false if entries were added, since nothing can remove them */
     bool restoreInPlace() {
         if (plain.profileCount != mLoaded.profileCount ||
             !haveSameKeys(plain.profileLists, mLoaded.profileLists) ||
@@ -328,7 +328,7 @@ void runFrontOperation(uint8_t operation, Input& input, PlainStore& plain) {
     requireSameMessages(plain);
 }
 
-/** Seldom true. For operations that need a load, now or before the next input. */
+/** Rarely true. For operations that need a load, now or before the next input. */
 bool mayTakeLong(Input& input) {
     return input.byte() % 64 == 1;
 }
@@ -408,7 +408,7 @@ void runStoreOperation(uint8_t operation, Input& input, Stores& stores) {
     takeMessages();
 }
 
-/** Dumps from inside a load, which holds the lock, and so gets no more than that. */
+/** Dumps during loads. The load holds the lock, so the dump has nothing more than that. */
 void dumpDuringLoad() {
     static auto& array = SpatializerParamArray::getInstance();
     static auto& text = *new std::string;

@@ -1,12 +1,12 @@
-// Loads documents that were made to cost much, and compares what each takes with libxml2's parsing
-// of it: hostile [TEXT], for the documents with TEXT in their names; --save FOLDER ahead of it
-// writes these documents into a folder instead.
+// Loads documents made to be costly, and compares the cost of each load with libxml2's parsing:
+// hostile [TEXT], for documents with TEXT in their names; hostile --save FOLDER [TEXT] writes these
+// documents to a folder instead.
 //
-// Each load and each parse has a process of its own, which says how much processor time it took and
-// by how much its memory grew at the most. A load may take kTimes times as long as the parse and
-// kSeconds besides, and kMemoryTimes times its memory and kMemory besides. It must not end the
-// process, must be refused when the parse is, changes nothing when it is refused, and otherwise
-// adds as many profiles and tunings as there are.
+// Each load and each parse runs in its own process, which reports its processor time and the
+// largest growth of its memory. A load may take kTimes times as long as the parse plus kSeconds,
+// and kMemoryTimes times its memory plus kMemory. It must not end the process; it must be refused
+// if the parse fails. A refused load must change nothing, and any other must add all of the
+// document's profiles and tunings.
 #include <libxml/parser.h>
 #include <ormel/Parameter.h>
 #include <sys/resource.h>
@@ -35,23 +35,23 @@ constexpr double kSeconds = 0.1;
 constexpr double kMemoryTimes = 3;
 constexpr double kMemory = 96;
 
-/** What a process may take before it is ended: seconds, and bytes of addresses. */
+/** Limits of a process: processor time in seconds, and address space in bytes. */
 constexpr double kMaxSeconds = 20;
 constexpr rlim_t kMaxBytes = rlim_t{4} << 30;
-/** For those that wait instead of working. */
+/** Limit in seconds for processes that wait instead of working. */
 constexpr unsigned kMaxWait = 300;
 
 constexpr size_t kSizes[] = {100'000, 1'000'000};
-/** The largest document that is read. */
+/** Size of the largest document that is read. */
 constexpr size_t kLargest = size_t{16} << 20;
 
 constexpr char kExamples[] = ORMEL_EXAMPLES;
 
-/** A row of the table to be. */
+/** A row of the table before its measurement. */
 struct Trial {
     std::string name;
     std::function<HostileDocument()> make;
-    /** Whether it is a sound document, which must not be refused. */
+    /** Whether it is a valid tuning document, which must not be refused. */
     bool isSound = false;
 };
 
@@ -66,7 +66,7 @@ struct Report {
     size_t documentBytes;
 };
 
-/** The report that a process writes and its parent reads. */
+/** A report that a child process writes and its parent reads. */
 class SharedReport {
   public:
     SharedReport()
@@ -84,14 +84,14 @@ class SharedReport {
     Report* mReport;
 };
 
-/** Processor time that this process has taken. */
+/** Processor time of this process. */
 double secondsNow() {
     timespec time = {};
     require(::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time) == 0);
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
-/** The most memory that a process has had. */
+/** Peak memory of a process. */
 double megabytesOf(const rusage& usage) {
     return static_cast<double>(usage.ru_maxrss) / 1024;
 }
@@ -110,7 +110,7 @@ void measure(Report& report, const std::function<bool()>& work) {
     report.megabytes = megabytesNow() - megabytes;
 }
 
-/** The same, again and again if it takes so little time that the clock is too coarse for it. */
+/** Like measure(), but repeats work that is too short for the clock. */
 void measureMean(Report& report, const std::function<bool()>& work) {
     constexpr double kEnough = 0.05;
     constexpr int kMaxRuns = 100;
@@ -132,7 +132,7 @@ bool parse(const std::string& path) {
     return document != nullptr;
 }
 
-/** What any of these processes has done before. */
+/** Each process handles this document before it is measured. */
 constexpr char kFirst[] =
         "<d>\n<profile id='1'>\n<volmax-boost value='2'/>\n</profile>\n<preset type='geq' id='1'>\n"
         "</preset>\n<tuning name='first'>\n<device_id id='first' endpoint_port='headphone'/>\n"
@@ -147,14 +147,14 @@ void keepRefusal(const __android_logger_data* data, const char* message) {
     }
 }
 
-/** Whether the store took the document. */
+/** Whether the store accepted the document. */
 bool loadInto(SpatializerParamArray& array, const std::string& path) {
     gRefused = false;
     array.loadSpatializerXMLFile(path);
     return !gRefused;
 }
 
-/** What of the store and of the process a load can change, but for the last document's name. */
+/** The state of store and process that a load can change, except the last document's name. */
 std::string stateOf(SpatializerParamArray& array) {
     std::string state;
     array.dump(state, 0);
@@ -193,10 +193,10 @@ void reportLoad(Report& report, const std::string& path) {
 }
 
 /**
- * Runs @p work in a process of its own.
+ * Runs @p work in its own process.
  *
- * @param maxSeconds processor time after which it is ended
- * @return what it reports, and an account of its end; empty when it came to its end
+ * @param maxSeconds processor time after which the process is ended
+ * @return its report, and how it ended; empty if it finished
  */
 std::pair<Report, std::string> inProcess(const std::function<void(Report&)>& work,
                                          double maxSeconds) {
@@ -243,7 +243,7 @@ int countOf(const std::string& text, std::string_view piece) {
     return count;
 }
 
-/** A document that was made for a device, or grown from such a one. */
+/** A document made for a device, or grown from one. */
 HostileDocument soundDocument(const std::string& text) {
     return {text, {countOf(text, "<profile "), countOf(text, "<device_id ")}};
 }
@@ -253,7 +253,7 @@ HostileDocument grownDocument(size_t size) {
     return soundDocument(bench::growDocument(seed, size));
 }
 
-/** The largest document that is read: blanks make up what it lacks. */
+/** The largest document that is read, padded with blanks. */
 HostileDocument largestDocument() {
     constexpr size_t kRound = 100'000;
     HostileDocument document = grownDocument(kLargest - kRound);
@@ -294,7 +294,7 @@ std::vector<Trial> allTrials() {
     return trials;
 }
 
-/** What is wrong with a load; empty for nothing. */
+/** The faults of a load; empty if there are none. */
 std::string faultOf(const Trial& trial, const Reading& expected, const Report& parsed,
                     const Report& loaded) {
     std::string fault;
@@ -312,10 +312,10 @@ std::string faultOf(const Trial& trial, const Reading& expected, const Report& p
     return fault;
 }
 
-/** Prints the row of a document. @return whether the load keeps to its bounds */
+/** Prints a document's row. @return whether the load is within its bounds */
 bool run(const Trial& trial) {
     MemoryFile file;
-    // Made in a process of its own too, so that no memory is at hand that another one left.
+    // Made in its own process too, so that the measured ones do not reuse its freed memory.
     const auto made = inProcess(
             [&trial, &file](Report& report) {
                 const HostileDocument document = trial.make();
@@ -325,7 +325,7 @@ bool run(const Trial& trial) {
             },
             kMaxSeconds);
     require(made.second.empty());
-    // A parse that takes too long counts with what it had taken when it was ended.
+    // A parse that takes too long counts with its cost up to its end.
     const Report parsed =
             inProcess([&file](Report& report) { reportParse(report, file.path()); }, kMaxSeconds)
                     .first;

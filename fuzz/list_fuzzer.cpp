@@ -1,4 +1,4 @@
-// Both list readers on the same bytes: they must agree on every field and every result.
+// Runs both list readers on the same bytes: all fields and results must be equal.
 #include <kivparamstorage/EffectParamParser.h>
 #include <ormel/KivEffect.h>
 #include <ormel/KivParameter.h>
@@ -15,7 +15,7 @@ namespace ormel::fuzz {
 
 namespace {
 
-/** Backward counts can make a short list take 2^31 steps; so many show all there is to see. */
+/** Negative counts can make a short list take 2^31 steps. This many are enough. */
 constexpr int32_t kMaxEntries = 64;
 
 void requireEqual(const SpatializerParamParser& ours, const EffectParamParser& theirs) {
@@ -25,7 +25,7 @@ void requireEqual(const SpatializerParamParser& ours, const EffectParamParser& t
             ours.mValueCount == theirs.mValueCount && ours.mValues == theirs.mValues);
 }
 
-/** The bytes in words of their own, so that a read beyond them is seen. */
+/** A copy of the bytes as words, so that sanitizers detect reads beyond them. */
 std::vector<int32_t> toWords(const std::string& bytes) {
     std::vector<int32_t> words(bytes.size() / 4 + (bytes.size() % 4 == 0 ? 0 : 1));
     if (!words.empty()) {
@@ -53,7 +53,7 @@ void readList(std::vector<int32_t>& words, int size, IEffectOrm& effect) {
     }
 }
 
-/** The code of a name is the name in lower case, read as a number, if it is short enough. */
+/** The code of a name must be its lower-case letters read as a number, if it is short enough. */
 void requireCode(const std::string& name) {
     int32_t code = 0;
     for (size_t i = 0; name.size() <= 4 && i < name.size(); ++i) {
@@ -64,7 +64,7 @@ void requireCode(const std::string& name) {
     require(kivCodeOfName(name) == code);
 }
 
-/** Hands the shared store the bytes as they are, and then as what a command makes of its words. */
+/** Sends the bytes to the shared store: unchanged, and then as entries that a command adds. */
 void sendToStore(const std::vector<int32_t>& words, size_t size) {
     constexpr size_t kMaxAdded = 8;
     KivEffect shared(0, android::String16());
@@ -101,7 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     requireCode(bytes.substr(0, settings % 8));
     TouchingEffect effect;
     readList(words, static_cast<int>(bytes.size()) - settings % 4, effect);
-    // Seldom, because the shared store keeps whatever it is given.
+    // Rarely, because the shared store keeps everything that it gets.
     if (settings >= 0xfc) {
         sendToStore(words, bytes.size());
     }

@@ -1,4 +1,5 @@
-// Prints the fuzzers' dictionary: whole constructs of tuning documents, from the library's tables.
+// Prints the fuzzers' dictionary: complete constructs of tuning documents, from the library's
+// tables.
 #include <ormel/TuningFileParser.h>
 
 #include <cstdio>

@@ -1,5 +1,5 @@
-// The mutator of the targets whose inputs hold a document behind a byte of settings: the fuzzer's
-// changes to bytes now and then, changes to the document's structure for the rest.
+// The mutator of targets whose input is a byte of settings and then a document. It mostly changes
+// the document's structure, and sometimes lets the fuzzer change bytes.
 #include <algorithm>
 #include <cstdint>
 #include <optional>
@@ -7,7 +7,7 @@
 
 #include "DocumentMutator.h"
 
-/** The fuzzer's own mutator; null without a fuzzer. */
+/** libFuzzer's mutator; null without libFuzzer. */
 extern "C" __attribute__((weak)) size_t LLVMFuzzerMutate(uint8_t* data, size_t size,
                                                          size_t maxSize);
 
@@ -15,12 +15,12 @@ namespace ormel::fuzz {
 
 namespace {
 
-/** One of so many inputs is changed as bytes. */
+/** One in this many inputs is changed as bytes. */
 constexpr unsigned kBytesShare = 8;
 
 /**
- * Bytes ahead of the document's text: one of settings, and where these ask for them the moves of a
- * cursor. A target without a cursor has its text right behind the settings.
+ * Number of bytes before the document's text: one of settings, and the moves of a cursor if the
+ * settings ask for them. In targets without a cursor, the text directly follows the settings.
  */
 size_t textBegin(const uint8_t* data, size_t size) {
     constexpr uint8_t kAsksForMoves = 8;

@@ -1,4 +1,4 @@
-// Runs a fuzz target on every file of the folders that are named, without a fuzzer.
+// Runs a fuzz target on every file in the given folders, without libFuzzer.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>

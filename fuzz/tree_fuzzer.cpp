@@ -1,4 +1,4 @@
-// The block that a document is read into, held against libxml2's own tree, node by node.
+// Compares the library's Document with libxml2's tree, node by node.
 #include <map>
 #include <memory>
 #include <string_view>
@@ -13,7 +13,7 @@ namespace ormel::fuzz {
 
 namespace {
 
-/** The nodes of a tree in document order, the children of references left out. */
+/** The nodes of a tree in document order, without the children of references. */
 std::vector<const xmlNode*> nodesOf(const xmlNode* root) {
     std::vector<const xmlNode*> nodes;
     for (const xmlNode* node = root; node != nullptr;) {
@@ -66,7 +66,7 @@ void compare(const Document& document, const xmlNode* root) {
     require(document.getNodeCount() == nodes.size());
 }
 
-/** Whether libxml2 puts a text together that is longer than a document may have. */
+/** Whether libxml2 assembles a text longer than the limit. */
 bool hasLongText(const xmlNode* root) {
     const std::vector<const xmlNode*> nodes = nodesOf(root);
     return std::any_of(nodes.begin(), nodes.end(), [](const xmlNode* node) {
@@ -86,7 +86,7 @@ extern "C" int LLVMFuzzerInitialize(int* /* argc */, char*** /* argv */) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace ormel;
     fuzz::Input input(data, size);
-    // Inputs are those of the document target, which begin with a byte of settings.
+    // Inputs are the document target's, which start with a byte of settings.
     input.byte();
     const std::string text = input.rest();
     DocumentBudget budget;

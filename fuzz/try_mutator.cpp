@@ -1,5 +1,5 @@
-// Changes the inputs in a folder as the document fuzzer does, each one's outcome again and again,
-// and prints how many of the documents stay well-formed: try_mutator FOLDER [COUNT].
+// Mutates the inputs in a folder like the document fuzzer, each several times in a row, and prints
+// how many documents stay well-formed: try_mutator FOLDER [COUNT].
 #include <libxml/parser.h>
 
 #include <algorithm>
@@ -21,9 +21,9 @@ namespace ormel::fuzz {
 
 namespace {
 
-/** As script/fuzz has it. */
+/** The same as in script/fuzz. */
 constexpr size_t kMaxSize = 1500;
-/** Changes to one input before the next one's turn. */
+/** Mutations in a row of one input. */
 constexpr unsigned kInARow = 5;
 
 using Bytes = std::vector<uint8_t>;
@@ -43,7 +43,7 @@ std::vector<Bytes> readInputs(const std::filesystem::path& folder) {
     return inputs;
 }
 
-/** Whether what stands behind the input's first @p begin bytes is a document. */
+/** Whether the bytes from @p begin on are a well-formed document. */
 bool isWellFormed(const Bytes& input, size_t begin) {
     if (begin >= input.size()) {
         return false;
@@ -54,7 +54,7 @@ bool isWellFormed(const Bytes& input, size_t begin) {
     return document != nullptr;
 }
 
-/** Ahead of the text stands one byte, or with it the moves of a cursor. */
+/** The text starts after one byte, or after the moves of a cursor too. */
 bool isWellFormed(const Bytes& input) {
     return isWellFormed(input, 1) || isWellFormed(input, 33);
 }
@@ -93,7 +93,7 @@ int main(int argc, char* argv[]) {
         if (i % kInARow == 0) {
             input = inputs.at(i / kInARow % inputs.size());
         }
-        // Seeds that are no multiples of 8 stand for changes to the structure.
+        // Seeds that are not multiples of 8 change the structure.
         const unsigned seed = i * 8 + 1;
         Bytes changed = mutated(input, seed);
         require(changed.size() <= kMaxSize && changed == mutated(input, seed));
