@@ -14,7 +14,7 @@ namespace {
 bool gCounting = false;
 ormel::bench::HeapUse gUse = {};
 
-/** What the allocator really gave. */
+/** The size that the allocator really gave. */
 ptrdiff_t sizeOf(void* block) {
     return static_cast<ptrdiff_t>(malloc_usable_size(block));
 }

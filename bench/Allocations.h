@@ -1,4 +1,4 @@
-// Counts what is allocated on the heap, by C++ and by libxml2.
+// Counts heap allocations by C++ and by libxml2.
 #pragma once
 
 #include <cstddef>
@@ -8,18 +8,18 @@ namespace ormel::bench {
 
 struct HeapUse {
     size_t allocations;
-    /** Blocks still in use at the end. Like the bytes, negative when more was freed. */
+    /** Blocks still in use at the end. Like the bytes, negative if more were freed. */
     ptrdiff_t blocks;
     ptrdiff_t bytes;
     ptrdiff_t peakBytes;
 };
 
-/** Routes libxml2's memory through the count. Call before anything of libxml2's. */
+/** Counts libxml2's allocations too. Call before any libxml2 function. */
 void countXmlMemory();
 
 /**
- * What @p run allocates, what of it is still in use at its end and what was at the most. Outside of
- * this nothing is counted, so that what is timed does not count.
+ * What @p run allocates, what of that is in use at its end, and the peak. Nothing is counted
+ * outside of this call, so counting does not slow down timed work.
  */
 HeapUse heapUseOf(const std::function<void()>& run);
 

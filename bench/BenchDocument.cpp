@@ -21,7 +21,7 @@ void renew(std::string& text, std::string_view marker, int offset) {
     }
 }
 
-/** Erases from @p at on whatever begins with @p marker, to the end of its closing tag. */
+/** Erases every section from @p at on that starts with @p marker, up to its closing tag. */
 void eraseSections(std::string& text, const std::string& marker, const std::string& closing,
                    size_t at) {
     for (at = text.find(marker, at); at != std::string::npos; at = text.find(marker, at)) {

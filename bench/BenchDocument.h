@@ -7,12 +7,12 @@
 namespace ormel::bench {
 
 /**
- * A document of about @p size bytes: the profiles, presets and tunings of @p seed, a tuning
- * document of four profiles, again and again under new ids and names.
+ * A document of about @p size bytes: the profiles, presets and tunings of @p seed, repeated under
+ * new ids and names. @p seed is a tuning document with four profiles.
  */
 std::string growDocument(const std::string& seed, size_t size);
 
-/** A small document: the presets and the profile of id 0, and the first tuning of @p seed. */
+/** A small document: the presets and profile with id 0, and the first tuning, of @p seed. */
 std::string shrinkDocument(const std::string& seed);
 
 }  // namespace ormel::bench

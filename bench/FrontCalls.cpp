@@ -17,8 +17,8 @@ constexpr size_t kCallHeaderWords = 3;
 
 using List = std::vector<int32_t>;
 
-/** Writes down the calls that a floor repeats. */
-class WritingEffect : public KeepingEffect {
+/** Records the calls that a floor repeats. */
+class RecordingEffect : public KeepingEffect {
   public:
     int32_t setEffectParam(int32_t device, int32_t code, const int32_t* values,
                            int32_t count) override {
@@ -35,7 +35,7 @@ class WritingEffect : public KeepingEffect {
     List words;
 };
 
-/** Calls @p run as often as one time of a comparison takes. */
+/** Calls @p run as often as needed for one measured time. */
 double secondsOfRuns(const std::function<void()>& run) {
     return secondsOf([&] {
         for (int i = 0; i < kNullEffectRuns; ++i) {
@@ -63,7 +63,7 @@ std::vector<List> selectedTunings() {
     return lists;
 }
 
-/** The codes in a list that the front does not decide on by itself. */
+/** The codes in a list for which the front asks the shared store. */
 List questionsOn(const List& list) {
     List codes;
     for (size_t at = 2; at < list.size();
@@ -77,14 +77,14 @@ List questionsOn(const List& list) {
     return codes;
 }
 
-/** @param lists what the operation reads */
+/** @param lists the lists that the operation reads */
 FrontCall makeFrontCall(std::string name, const std::vector<List>& lists, List questions,
                         std::function<void(IEffectOrm*)> run) {
     int32_t entries = 0;
     for (const List& list : lists) {
         entries += list.at(1);
     }
-    WritingEffect effect;
+    RecordingEffect effect;
     run(&effect);
     check(effect.calls > 20, "calls of a front operation");
     return {std::move(name), std::move(run), entries, std::move(questions), effect.words};

@@ -1,4 +1,4 @@
-// The front's operations, each with the floor of making its calls.
+// The front's operations. The floor of each is making its calls.
 #pragma once
 
 #include <ormel/IEffectOrm.h>
@@ -25,8 +25,8 @@ class NullEffect : public IEffectOrm {
 };
 
 /**
- * Keeps its parameters' values by device and code, and locks them, as an effect must that is told
- * on one thread and processes on another.
+ * Keeps its parameters' values by device and code, under a lock, like an effect that gets them on
+ * one thread and processes audio on another.
  */
 class KeepingEffect : public IEffectOrm {
   public:
@@ -65,25 +65,25 @@ struct FrontCall {
     std::function<void(IEffectOrm*)> run;
     /** Number of entries in the lists that it reads. */
     int32_t entries;
-    /** The parameters that it asks the shared store about. */
+    /** Codes of the parameters that it asks the shared store about. */
     std::vector<int32_t> questions;
     /** The calls that it makes, in the layout of a packed list; commits have a negative count. */
     std::vector<int32_t> calls;
 };
 
-/** Operations on the store as it is now, with the profile movie. */
+/** Operations on the present state of the store, with the profile movie. */
 std::vector<FrontCall> makeFrontCalls();
 
-/** Makes an operation's calls and nothing else: its floor. */
+/** Makes only an operation's calls: its floor. */
 void repeatCalls(const FrontCall& call, IEffectOrm* effect);
 
-/** Compares an operation with its calls alone, each on a KeepingEffect of its own. */
+/** Compares an operation with its calls alone, on separate KeepingEffects. */
 Comparison compareOnKeepingEffect(const FrontCall& call);
 
 /** Compares an operation with a bare loop over its calls, both on a NullEffect. */
 Comparison compareOnNullEffect(const FrontCall& call);
 
-/** How often the comparison on a NullEffect runs each for one time: once is too short. */
+/** Runs per measured time in the comparison on a NullEffect: a single run is too short. */
 constexpr int kNullEffectRuns = 100;
 
 }  // namespace ormel::bench

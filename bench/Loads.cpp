@@ -15,15 +15,15 @@
 #include "Allocations.h"
 #include "BenchDocument.h"
 
-// libxml2 seeds the hashes of its dictionaries by the time of day, through this. With one seed,
-// what is counted is the same in every run.
+// libxml2 uses this to seed the hashes of its dictionaries with the time of day. With a fixed seed,
+// the counts are the same in every run.
 extern "C" int rand_r(unsigned* /* seed */) noexcept {
     return 1;
 }
 
 namespace ormel::bench {
 
-/** A file in the folder for temporary ones, gone with the object. */
+/** A temporary file, deleted with the object. */
 class TempFile {
   public:
     explicit TempFile(const std::string& content) {
@@ -73,8 +73,8 @@ void checkLoaded(SpatializerParamArray& array, const Document& document) {
 }
 
 /**
- * Has what was freed merged, which malloc puts off until somebody asks for a large block: who frees
- * is to have it in his own time, and not in another's.
+ * Makes malloc merge freed blocks, which it otherwise delays until the next large allocation. So
+ * the time for that counts for the code that freed them.
  */
 void settleHeap() {
     std::vector<char> large(size_t{4} << 10);
@@ -100,7 +100,7 @@ double parseOnce(const Document& document) {
     });
 }
 
-/** Number of words in the lists and matrices of a document that was loaded. */
+/** Number of words in the lists and matrices of a loaded document. */
 size_t countWords(SpatializerParamArray& array, const Document& document) {
     size_t words = 0;
     for (int profile = 0; profile < static_cast<int>(document.profiles); ++profile) {

@@ -1,4 +1,4 @@
-// Loads of documents of several sizes, each with the floor of libxml2's parsing of the same file.
+// Loads of documents of several sizes. The floor of each is libxml2's parsing of the same file.
 #pragma once
 
 #include <cstddef>
@@ -15,23 +15,23 @@ constexpr char kPhone[] = ORMEL_EXAMPLES "/phone-stereo.xml";
 
 class TempFile;
 
-/** A tuning document in a file, and what it must become. */
+/** A tuning document in a file, and the expected result of its load. */
 struct Document {
     std::string name;
     std::string path;
     size_t size;
     size_t profiles;
-    /** Null for a document that is always there. */
+    /** Owner of a temporary file; null for an existing file. */
     std::shared_ptr<const TempFile> file;
 };
 
-/** Documents of up to 10 MB, the smallest first. */
+/** Documents of up to 10 MB, smallest first. */
 std::vector<Document> makeDocuments();
 
-/** The floor: the parse into a tree, and its freeing. */
+/** The floor: parsing into a tree, and freeing it. */
 void parseOnly(const std::string& path);
 
-/** Loads a document into the process's store, which forgets all others. */
+/** Loads a document into the process's store, which drops all others. */
 void loadIntoStore(const std::string& path);
 
 /** Compares a load with the parse. */

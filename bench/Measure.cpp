@@ -54,7 +54,7 @@ double Comparison::floor() const {
 }
 
 void registerAll([[maybe_unused]] std::vector<Comparison>& comparisons) {
-    // The analyzer takes what the benchmark library keeps for a leak.
+    // The analyzer reports objects that the benchmark library keeps as leaks.
 #ifndef __clang_analyzer__
     for (Comparison& comparison : comparisons) {
         const auto run = [&comparison](benchmark::State& state) { comparison.run(state); };

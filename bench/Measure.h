@@ -1,4 +1,4 @@
-// What all measurements share: checks that the work was done, and times taken in turns.
+// Shared by all measurements: checks that the work was done, and timing of work and floor in turns.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -9,17 +9,17 @@
 
 namespace ormel::bench {
 
-/** Ends the program with @p what. */
+/** Prints @p what and ends the program. */
 [[noreturn]] void fail(const std::string& what);
 
-/** Ends the program unless @p condition holds: a time of work that was not done is none. */
+/** Ends the program unless @p condition holds: a time is valid only if the work was done. */
 void check(bool condition, const char* what);
 
 double secondsOf(const std::function<void()>& run);
 
 /**
- * Some work and its floor, each a function that does it once and returns the seconds. The two take
- * turns, so that a machine that is not equally fast all the time is so to both.
+ * Some work and its floor, each a function that does it once and returns the seconds. The two run
+ * in turns, so that changes in the machine's speed affect both.
  */
 class Comparison {
   public:
@@ -29,7 +29,7 @@ class Comparison {
     void run(benchmark::State& state);
 
     const std::string& name() const { return mName; }
-    /** False for what was filtered out; the figures below are not numbers then. */
+    /** False if it was filtered out; the figures below are then NaN. */
     bool wasRun() const { return !mWorkTimes.empty(); }
     /** Medians, in seconds. */
     double work() const;
@@ -44,7 +44,7 @@ class Comparison {
     std::vector<double> mFloorTimes;
 };
 
-/** Has the benchmark library run comparisons, which must stay where they are until then. */
+/** Registers comparisons with the benchmark library. They must not move until it has run them. */
 void registerAll(std::vector<Comparison>& comparisons);
 
 }  // namespace ormel::bench

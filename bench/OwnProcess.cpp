@@ -7,10 +7,10 @@
 
 #include "Measure.h"
 
-// Has a name that valgrind can be told.
+// Has a fixed name for valgrind.
 extern "C" [[gnu::noinline]] void ormel_bench_counted(const std::function<void()>& work) {
     work();
-    // Keeps the call above from being the function's last act, and so a jump out of it.
+    // Prevents a tail call above, which would leave the counted function.
     benchmark::ClobberMemory();
 }
 
@@ -25,7 +25,7 @@ std::string commandOf(const std::string& task, const std::string& argument) {
 }  // namespace
 
 std::optional<std::string> outputOf(const std::string& command) {
-    // NOLINTNEXTLINE(cert-env33-c): the commands are made up of this program's own words and paths.
+    // NOLINTNEXTLINE(cert-env33-c): the commands consist of this program's own words and paths.
     std::FILE* const pipe = ::popen(command.c_str(), "r");
     check(pipe != nullptr, "starting a process");
     std::string output;
@@ -37,7 +37,7 @@ std::optional<std::string> outputOf(const std::string& command) {
     return hasFailed ? std::nullopt : std::optional(output);
 }
 
-std::optional<double> numberBehind(const std::string& word, const std::string& text) {
+std::optional<double> numberAfter(const std::string& word, const std::string& text) {
     const size_t at = text.find(word);
     if (at == std::string::npos) {
         return std::nullopt;
@@ -60,7 +60,7 @@ std::optional<double> instructionsOf(const std::string& task, const std::string&
             "valgrind --tool=callgrind --callgrind-out-file=/dev/null"
             " --toggle-collect=ormel_bench_counted ";
     const auto output = outputOf(kCounter + commandOf(task, argument) + " 2>&1");
-    return output.has_value() ? numberBehind("Collected :", *output) : std::nullopt;
+    return output.has_value() ? numberAfter("Collected :", *output) : std::nullopt;
 }
 
 }  // namespace ormel::bench

@@ -1,4 +1,4 @@
-// Work in a process of its own: another one of this program, which does one task.
+// Runs a task in a separate process of this program.
 #pragma once
 
 #include <functional>
@@ -7,22 +7,21 @@
 
 namespace ormel::bench {
 
-/** What the shell's @p command prints; nothing when it fails. */
+/** The output of a shell command; nothing if it fails. */
 std::optional<std::string> outputOf(const std::string& command);
 
-/** The number behind the first @p word of @p text; nothing where there is no such word. */
-std::optional<double> numberBehind(const std::string& word, const std::string& text);
+/** The number after the first @p word in @p text; nothing if the word is missing. */
+std::optional<double> numberAfter(const std::string& word, const std::string& text);
 
-/** Has a fresh process do a task, and returns what it prints. */
+/** Runs a task in a new process, and returns its output. */
 std::string outputOfTask(const std::string& task, const std::string& argument);
 
-/** Does the work of a task whose instructions are to be counted. What is around it is not. */
+/** Does the part of a task whose instructions are counted. */
 void doCounted(const std::function<void()>& work);
 
 /**
- * Has a fresh process do a task and counts the instructions of its doCounted(), those of libraries
- * included. Counts with valgrind, which needs nothing of the kernel; nothing where that is missing
- * or does not work.
+ * Runs a task in a new process and counts the instructions of its doCounted(), including those of
+ * libraries. Uses valgrind, which needs no kernel support; nothing if valgrind is missing or fails.
  */
 std::optional<double> instructionsOf(const std::string& task, const std::string& argument);
 

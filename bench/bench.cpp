@@ -1,4 +1,4 @@
-// What this library adds to what cannot be saved: the XML parser's work, and the effect's calls.
+// Measures what this library adds to its floors: XML parsing, and the calls to the effect.
 #include <android/log.h>
 #include <benchmark/benchmark.h>
 #include <libxml/xmlerror.h>
@@ -29,7 +29,7 @@ namespace ormel::bench {
 
 namespace {
 
-// What a fresh process does.
+// Tasks of separate processes.
 
 void printSeconds(const std::function<void()>& run) {
     std::printf("seconds %.9f\n", secondsOf(run));
@@ -59,7 +59,7 @@ void countedLoad(const std::string& path) {
     check(array.getTuningCount() > 0, "counted load");
 }
 
-/** Does @p run twice, since a function's first call looks for it. */
+/** Runs @p run twice and counts the second: the first call of a function also looks it up. */
 void countSecond(const std::string& number,
                  const std::function<void(const FrontCall&, IEffectOrm*)>& run) {
     loadIntoStore(kTablet);
@@ -77,7 +77,7 @@ void countedLoop(const std::string& number) {
     countSecond(number, repeatCalls);
 }
 
-/** Prints what a load leaves behind that is neither the store's nor libxml2's. */
+/** Prints the heap that a load leaves in use outside of the store and libxml2. */
 void heapOfFirstUse(const std::string& path) {
     countXmlMemory();
     parseOnly(path);
@@ -106,10 +106,10 @@ constexpr Task kTasks[] = {
 // clang-format on
 
 double secondsOfTask(const char* task, const std::string& argument) {
-    return numberBehind("seconds", outputOfTask(task, argument)).value();
+    return numberAfter("seconds", outputOfTask(task, argument)).value();
 }
 
-// What is compared.
+// Comparisons.
 
 Comparison compareFirst(const std::string& path) {
     return {"first load", [path] { return secondsOfTask("--first-load", path); },
@@ -127,17 +127,17 @@ std::vector<Comparison> compareAll(const std::vector<Case>& cases,
     return comparisons;
 }
 
-/** The times are kept where they are taken. */
+/** Prints nothing: Comparison keeps the times. */
 class SilentReporter : public benchmark::BenchmarkReporter {
   public:
     bool ReportContext(const Context&) override { return true; }
     void ReportRuns(const std::vector<Run>&) override {}
 };
 
-// What is printed.
+// Output.
 
 void printRow(const std::string& what, double figure, double reach) {
-    // Benchmarks that were filtered out leave nothing to compare.
+    // Benchmarks that were filtered out have no figure.
     if (std::isfinite(figure)) {
         std::printf("%-68s %8.2f %8.2f  %s\n", what.c_str(), figure, reach,
                     figure <= reach ? "met" : "MISSED");
@@ -178,7 +178,7 @@ void printAllocationRow(const std::string& what, const FrontCall& call, double r
 
 void printAllocationRows(const std::vector<FrontCall>& calls) {
     for (const FrontCall& call : calls) {
-        // None per entry: what there is are device names, and a buffer a list or a mix matrix.
+        // None per entry: only device names, and one buffer for a list or a mix matrix.
         printAllocationRow(call.name + ", four speakers", call, 5);
     }
     loadIntoStore(kPhone);
@@ -189,7 +189,7 @@ void printAllocationRows(const std::vector<FrontCall>& calls) {
     }
 }
 
-/** A count, or that there is none. */
+/** A count as text, or "not counted". */
 std::string textOf(std::optional<double> count, int digits) {
     if (!count.has_value()) {
         return "not counted";
@@ -199,14 +199,14 @@ std::string textOf(std::optional<double> count, int digits) {
     return text.data();
 }
 
-/** What work takes more than its floor, per unit of @p size. */
+/** How much more work takes than its floor, per unit of @p size. */
 std::optional<double> added(std::optional<double> work, std::optional<double> floor, double size) {
     return work && floor ? std::optional((*work - *floor) / size) : std::nullopt;
 }
 
 /**
- * Instructions, since the difference of two times is mostly their noise, and a long work is
- * interrupted more often than a short one.
+ * In instructions, because the difference of two times is mostly noise, and long work is
+ * interrupted more often than short work.
  */
 void printAddedPerByte(const std::vector<Document>& documents,
                        const std::vector<Comparison>& loads) {
@@ -254,8 +254,8 @@ void printAddedPerEntry(const std::vector<FrontCall>& calls, const std::vector<C
 
 /** @param output lines of names and numbers */
 void printTableRow(const char* what, const std::string& output) {
-    std::printf("%-44s %12.0f %12.0f\n", what, numberBehind("allocations", output).value(),
-                numberBehind("bytes", output).value());
+    std::printf("%-44s %12.0f %12.0f\n", what, numberAfter("allocations", output).value(),
+                numberAfter("bytes", output).value());
 }
 
 void printTableRows() {
@@ -273,7 +273,7 @@ void ignoreXmlError(void*, const char*, ...) {}
 
 void run() {
     xmlSetGenericErrorFunc(nullptr, ignoreXmlError);
-    // While an iterator lives, libxml2 stays set up, for the parse as for the load.
+    // While an iterator exists, libxml2 stays set up, for parses and loads alike.
     const TagIterator keepsXmlAlive;
     const std::vector<Document> documents = makeDocuments();
     loadIntoStore(kTablet);
@@ -302,7 +302,7 @@ void run() {
     printTableRows();
 }
 
-/** Does the task of that name, if there is one. */
+/** Runs the task with this name, if there is one. */
 bool doTask(std::string_view name, const std::string& argument) {
     for (const Task& task : kTasks) {
         if (name == task.name) {
@@ -322,7 +322,7 @@ int main(int argc, char** argv) {
     if (argc == 3 && ormel::bench::doTask(argv[1], argv[2])) {
         return 0;
     }
-    // What is freed stays with the process, or the first to touch the pages again would pay.
+    // Freed memory stays with the process; else whatever touches the pages next would take longer.
     constexpr int kLargestMmapThreshold = 32 << 20;
     // NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs yet.
     const bool isSet = mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max()) == 1 &&

@@ -1,6 +1,5 @@
-// Loads a library whose dependencies are loaded already, and prints what that costs, for
-// script/size: load_costs LIBRARY [CYCLES]. Loads it once, or as often as CYCLES says and unloads
-// it each time.
+// Loads a library whose dependencies are already loaded, and prints the cost, for script/size:
+// load_costs LIBRARY [CYCLES]. Loads it once; with CYCLES, loads and unloads it that many times.
 #include <dlfcn.h>
 #include <malloc.h>
 
@@ -9,7 +8,7 @@
 #include <fstream>
 #include <string>
 
-// The C library's own names of what is counted here.
+// The C library's names for the functions counted here.
 extern "C" {
 void* __libc_malloc(size_t size);                 // NOLINT
 void* __libc_calloc(size_t count, size_t size);   // NOLINT
@@ -39,7 +38,7 @@ void* realloc(void* memory, size_t size) {
     return __libc_realloc(memory, size);
 }
 
-/** Has a name that script/size can count the instructions of. */
+/** Has a fixed name, so that script/size can count its instructions. */
 [[gnu::noinline]] void* load_library(const char* path) {
     return ::dlopen(path, RTLD_NOW);
 }
@@ -78,7 +77,7 @@ int fail(const std::string& what) {
 }
 
 int loadOnce(const char* path) {
-    // What measures has to have been used once, so that it does not count itself.
+    // The first measurement allocates too, and must not be counted.
     measure();
     const Memory before = measure();
     if (load_library(path) == nullptr) {
@@ -93,7 +92,7 @@ int loadOnce(const char* path) {
 int loadAndUnload(const char* path, int cycles) {
     long before = 0;
     for (int cycle = 0; cycle <= cycles; ++cycle) {
-        // The first one sets up what the dynamic linker keeps.
+        // The first cycle also allocates what the dynamic linker keeps.
         before = cycle == 1 ? measure().bytes : before;
         void* const library = load_library(path);
         if (library == nullptr) {

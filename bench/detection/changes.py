@@ -1,5 +1,5 @@
-"""What mistakes do to an attribute or an element: edits of the document's text, and the places that
-a finding may name, an offset each.
+"""Mistakes in an attribute or an element: edits of the document's text, and the offsets of the
+places that a finding may name.
 """
 
 from __future__ import annotations
@@ -25,12 +25,12 @@ class Edit:
 class Changed:
     edits: tuple[Edit, ...]
     places: tuple[int, ...] = ()
-    """Offsets into the original, whose lines count as the mistake's beside those of the edits."""
+    """Offsets into the original. Their lines count as the mistake's, like those of the edits."""
     encoding: str = "utf-8"
     begin: bytes = b""
 
     def apply(self, source: Source) -> tuple[bytes, set[int]]:
-        """The changed document, and the lines that the mistake may be named on."""
+        """The changed document, and the lines on which the mistake may be reported."""
         edits = sorted(self.edits, key=lambda edit: (edit.span.begin, edit.span.end))
         text, end, moves = "", 0, []
         for edit in edits:
@@ -61,7 +61,7 @@ TargetChange = Callable[[Random, Source, Target], Optional[Changed]]
 def _with_value(attribute: Attribute, text: Optional[str]) -> Optional[Changed]:
     if text is None or text == attribute.value:
         return None
-    # Of a value on several lines the mistake is on the line where the text begins to differ.
+    # In a value of several lines, the mistake is on the line where the text starts to differ.
     same = len(commonprefix([text, attribute.value]))
     differing = Span(attribute.value_span.begin + same, attribute.value_span.end)
     return Changed((Edit(differing, text[same:]),),
@@ -73,7 +73,7 @@ def value(change: TextChange) -> TargetChange:
 
 
 def sibling_value(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
-    """The value of the attribute in another element of the name and type; both may be named."""
+    """Takes the value from another element of the same name and type; either may be reported."""
     element = attribute.element
     others = [each for each in source.all(element.name) if each is not element
               and each.attribute("type") == element.attribute("type")
@@ -87,7 +87,7 @@ def sibling_value(rng: Random, source: Source, attribute: Attribute) -> Optional
 
 
 def include_of_other_format(rng: Random, source: Source, include: Element) -> Optional[Changed]:
-    """By a name where numbers are read, or by a number where names are."""
+    """An include by name where numbers are read, or by number where names are read."""
     names = ["off", "detailed", "balanced", "warm"]
     if source.names_presets:
         number = names.index(include.attribute("preset"))
@@ -103,8 +103,8 @@ def no_attribute(rng: Random, source: Source, attribute: Attribute) -> Optional[
     return Changed((Edit(Span(begin, attribute.span.end), ""),), (attribute.element.span.begin,))
 
 
-def attribute_ahead(*texts: str) -> TargetChange:
-    """Another attribute ahead of one: of a row the first one is read, whatever its name."""
+def attribute_before(*texts: str) -> TargetChange:
+    """Another attribute before this one. The reader takes a row from the first attribute."""
     return lambda rng, source, attribute: Changed(
         (Edit(Span(attribute.span.begin, attribute.span.begin), rng.choice(texts) + " "),),
         (attribute.element.span.begin,))
@@ -117,7 +117,7 @@ def attribute_twice(rng: Random, source: Source, attribute: Attribute) -> Option
 
 
 def frequency(ascending: bool) -> TargetChange:
-    """A slip in a frequency, by which it stays between its neighbours or does not."""
+    """A wrong digit in a frequency that keeps the bands in ascending order, or does not."""
     def change(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
         slips = [attribute.value[:-1], attribute.value + attribute.value[-1],
                  digits_exchanged(rng, attribute.value), nearby(rng, attribute.value)]
@@ -147,14 +147,14 @@ def repeated_frequency(rng: Random, source: Source, attribute: Attribute) -> Opt
 
 
 def _standing(attribute: Attribute, source: Source) -> list[int]:
-    """What a number can be held against: its column, or the same number elsewhere."""
+    """Numbers to compare a number with: its column, or the same number elsewhere."""
     if attribute.element.name.startswith("band"):
         return column(attribute)
     return [int(each.value) for each in sisters(attribute, source) if is_number(each.value)]
 
 
 def wrong_sign(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
-    """Only where the numbers around it, or the same one elsewhere, show which sign is right."""
+    """Only if the numbers around it, or the same one elsewhere, show which sign is right."""
     number = int(attribute.value)
     if attribute.element.name.startswith("band"):
         shows = all(each * number > 0 and abs(each) >= 20 for each in neighbours(attribute))
@@ -165,7 +165,7 @@ def wrong_sign(rng: Random, source: Source, attribute: Attribute) -> Optional[Ch
 
 
 def out_of_proportion(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
-    """A zero or two too many, where nothing that is like it comes near."""
+    """One or two extra zeros, if no similar number is nearly as large."""
     others = [abs(each) for each in _standing(attribute, source)]
     number = int(attribute.value)
     for factor in (10, 100):
@@ -175,7 +175,7 @@ def out_of_proportion(rng: Random, source: Source, attribute: Attribute) -> Opti
 
 
 def in_row(change: Callable[[int], int], shows: Callable[[int, list[int]], bool]) -> TargetChange:
-    """Changes a number where the rows of other sections show that it is wrong."""
+    """Changes a number if the rows of other sections show that it is wrong."""
     def change_row(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
         matches = list(re.finditer(r"-?\d+", attribute.value))
         rows = [numbers_in(each.value) for each in sisters(attribute, source)]
@@ -209,7 +209,7 @@ def _renamed(element: Element, name: str) -> Changed:
 
 
 def name(change: TextChange) -> TargetChange:
-    """Changes the name of an element or of an attribute."""
+    """Renames an element or an attribute."""
     def rename(rng: Random, source: Source, target: Target) -> Optional[Changed]:
         renamed = change(rng, target.name)
         if not renamed or renamed == target.name:
@@ -222,7 +222,7 @@ def name(change: TextChange) -> TargetChange:
 
 def named_also(change: TargetChange, *elements: Callable[[Source, Element], list[Element]],
                ) -> TargetChange:
-    """Elements that a finding may name as well, since nothing of the mistake's own is left."""
+    """Adds elements that a finding may name instead, if the mistake's own element is gone."""
     def with_others(rng: Random, source: Source, element: Element) -> Optional[Changed]:
         changed = change(rng, source, element)
         others = [each.span.begin for find in elements for each in find(source, element)]
@@ -260,7 +260,7 @@ def commented_out(rng: Random, source: Source, element: Element) -> Optional[Cha
 
 
 def doubled(change: TextChange = lambda rng, text: text) -> TargetChange:
-    """Stands twice, the second time with a number changed."""
+    """Repeats the element, with a number changed in the copy."""
     def double(rng: Random, source: Source, element: Element) -> Optional[Changed]:
         lines = source.lines_of(element.span)
         text = source.of(lines)
@@ -276,7 +276,7 @@ def doubled(change: TextChange = lambda rng, text: text) -> TargetChange:
 
 
 def exchanged(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """Changes places with the next one of its name."""
+    """Swaps the element with the next one of its name."""
     at = element.number_among_siblings
     after = element.siblings[at + 1:at + 2]
     if not after or after[0].name != element.name:
@@ -286,7 +286,7 @@ def exchanged(rng: Random, source: Source, element: Element) -> Optional[Changed
 
 
 def attributes_exchanged(first: str, second: str, whole: bool = False) -> TargetChange:
-    """The values of two attributes change places, or the whole attributes."""
+    """Swaps the values of two attributes, or the whole attributes."""
     def exchange(rng: Random, source: Source, element: Element) -> Optional[Changed]:
         if first not in element.attributes or second not in element.attributes:
             return None
@@ -302,19 +302,19 @@ def attributes_exchanged(first: str, second: str, whole: bool = False) -> Target
 
 
 def frequency_exchanged(rng: Random, source: Source, band: Element) -> Optional[Changed]:
-    """The frequency and the value next to it change places."""
+    """Swaps the frequency and the value next to it."""
     second = list(band.attributes)[1]
     return attributes_exchanged("frequency", second)(rng, source, band)
 
 
 def subgains_exchanged(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """Two attributes, not their numbers, change places: the reader goes by their order."""
+    """Swaps two attributes, not their numbers: the reader goes by their order."""
     first, second = rng.sample(list(element.attributes), 2)
     return attributes_exchanged(first, second, whole=True)(rng, source, element)
 
 
 def column_exchanged(first: str, second: str) -> TargetChange:
-    """The values change places in all bands."""
+    """Swaps the values in all bands."""
     exchange = attributes_exchanged(first, second)
 
     def exchange_all(rng: Random, source: Source, element: Element) -> Optional[Changed]:
@@ -325,7 +325,7 @@ def column_exchanged(first: str, second: str) -> TargetChange:
 
 
 def moved(to: Callable[[Source, Element], Optional[int]]) -> TargetChange:
-    """Stands elsewhere; the lines that it leaves are not named, nothing is there."""
+    """Moves the element. The lines that it leaves cannot be reported: nothing is there."""
     def move(rng: Random, source: Source, element: Element) -> Optional[Changed]:
         offset = to(source, element)
         lines = source.lines_of(element.span)
@@ -335,22 +335,22 @@ def moved(to: Callable[[Source, Element], Optional[int]]) -> TargetChange:
     return move
 
 
-def behind_last(*names: str) -> Callable[[Source, Element], Optional[int]]:
-    """The end of the last sibling with one of the names, or of the last one."""
+def after_last(*names: str) -> Callable[[Source, Element], Optional[int]]:
+    """The end of the last sibling with one of the names; without names, of the last sibling."""
     def end(source: Source, element: Element) -> Optional[int]:
         found = [each for each in element.siblings if not names or each.name in names]
         return source.lines_of(found[-1].span).end if found else None
     return end
 
 
-def behind_an_endpoint(rng: Random, source: Source, element: Element) -> Optional[Changed]:
+def after_an_endpoint(rng: Random, source: Source, element: Element) -> Optional[Changed]:
     ends = [each for each in element.siblings if each.name == "endpoint_type"]
     end = source.lines_of(rng.choice(ends).span).end
     return moved(lambda *_: end)(rng, source, element)
 
 
 def into(parent_name: str) -> Callable[[Source, Element], Optional[int]]:
-    """The end of the last section with a name."""
+    """The end of the last section with this name."""
     def end(source: Source, element: Element) -> Optional[int]:
         found = [each for each in source.all(parent_name) if each.children]
         return source.lines_of(found[-1].children[-1].span).end if found else None
@@ -358,12 +358,12 @@ def into(parent_name: str) -> Callable[[Source, Element], Optional[int]]:
 
 
 def out_of_parent(source: Source, element: Element) -> Optional[int]:
-    """The beginning of the section around it."""
+    """The start of the section around the element."""
     return source.lines_of(element.parent.span).begin if element.parent else None
 
 
-def version_behind_settings(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """The version moves back, or the settings ahead; either may be named."""
+def version_after_settings(rng: Random, source: Source, element: Element) -> Optional[Changed]:
+    """Moves the version after the settings, or the settings before it; either may be reported."""
     version = next(source.root.all("format_version"))
     settings = next(source.root.all("authorized_technologies"))
     last = rng.choice([settings, source.root.children[-1]])
@@ -374,7 +374,7 @@ def version_behind_settings(rng: Random, source: Source, element: Element) -> Op
 
 
 def emptied(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """Loses its content."""
+    """Removes the content."""
     if not element.end_tag:
         return None
     span = Span(element.start_tag.end - 1, element.end_tag.end)
@@ -383,7 +383,7 @@ def emptied(rng: Random, source: Source, element: Element) -> Optional[Changed]:
 
 
 def self_closed(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """Closed in its start tag, so that its content stands behind it."""
+    """Closes the element in its start tag, so that its content comes after it."""
     if not element.end_tag:
         return None
     end = element.start_tag.end - 1
@@ -392,7 +392,7 @@ def self_closed(rng: Random, source: Source, element: Element) -> Optional[Chang
 
 
 def levels_deeper(level: str) -> TargetChange:
-    """An element more around the content."""
+    """Wraps the content in another element."""
     def wrap(rng: Random, source: Source, element: Element) -> Optional[Changed]:
         if not element.end_tag or not element.children:
             return None
@@ -404,7 +404,7 @@ def levels_deeper(level: str) -> TargetChange:
     return wrap
 
 
-def ahead_of_first_child(*texts: str) -> TargetChange:
+def before_first_child(*texts: str) -> TargetChange:
     def insert(rng: Random, source: Source, element: Element) -> Optional[Changed]:
         if not element.children:
             return None
@@ -416,7 +416,7 @@ def ahead_of_first_child(*texts: str) -> TargetChange:
 
 
 def first_child_joined(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """Nothing stands between the start tag and the first child."""
+    """Removes the whitespace between the start tag and the first child."""
     if not element.children:
         return None
     first = element.children[0].span.begin
@@ -425,7 +425,7 @@ def first_child_joined(rng: Random, source: Source, element: Element) -> Optiona
 
 
 def in_tags(*pairs: tuple[str, str]) -> TargetChange:
-    """A slip in the start tag: the first text of a pair becomes the second one."""
+    """Replaces the first text of a pair by the second in the start tag."""
     def slip(rng: Random, source: Source, element: Element) -> Optional[Changed]:
         tag = source.of(element.start_tag)
         old, new = rng.choice(pairs)
@@ -443,12 +443,12 @@ def end_tag_renamed(rng: Random, source: Source, element: Element) -> Optional[C
     return Changed((Edit(element.end_tag, f"</{renamed}>"),), (element.span.begin,))
 
 
-def ahead_of_declaration(*texts: str) -> TargetChange:
+def before_declaration(*texts: str) -> TargetChange:
     return lambda rng, source, element: Changed((Edit(Span(0, 0), rng.choice(texts)),), (0,))
 
 
 def cut_short(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """Ends somewhere behind a tag."""
+    """Truncates the document after a tag."""
     end = source.text.index(">\n", rng.randrange(len(source.text) // 2, len(source.text) - 100)) + 2
     return Changed((Edit(Span(end, len(source.text)), ""),), (end - 1,))
 
@@ -461,7 +461,7 @@ def no_end_tag(rng: Random, source: Source, element: Element) -> Optional[Change
 
 
 def written_in(encoding: str, text: str) -> TargetChange:
-    """A character of another encoding than the declared one."""
+    """Adds a character in another encoding than the declared one."""
     def write(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
         changed = _with_value(attribute, attribute.value + text)
         return changed and Changed(changed.edits, changed.places, encoding)

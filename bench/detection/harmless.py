@@ -1,4 +1,4 @@
-"""Edits that change nothing at the effect, so that nothing may be found."""
+"""Edits that change nothing at the effect and must cause no finding."""
 
 from __future__ import annotations
 
@@ -30,7 +30,7 @@ def blank_lines(rng: Random, text: str) -> str:
 
 
 def carriage_returns(rng: Random, text: str) -> str:
-    """In all of the document or in a part of it."""
+    """Changes line ends in the whole document or from some place on."""
     begin = rng.choice([0, rng.randrange(len(text))])
     return text[:begin] + text[begin:].replace("\n", "\r\n")
 
@@ -66,17 +66,17 @@ def root_renamed(rng: Random, source: Source, root: Element) -> Optional[Changed
     return whole(lambda _, text: text.replace(root.name, name))(rng, source, root)
 
 
-def _inserted_behind(element: Element, text: str) -> Changed:
+def _inserted_after(element: Element, text: str) -> Changed:
     return Changed((Edit(Span(element.span.end, element.span.end), text),))
 
 
-def comment_behind(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    return _inserted_behind(element, rng.choice(["\n<!-- tuned -->", " <!-- x -->", "<!---->",
+def comment_after(rng: Random, source: Source, element: Element) -> Optional[Changed]:
+    return _inserted_after(element, rng.choice(["\n<!-- tuned -->", " <!-- x -->", "<!---->",
                                                  "\n<!-- <old value='1'/> -->\n"]))
 
 
-def cdata_behind(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    return _inserted_behind(element, rng.choice(["<![CDATA[ ]]>", "\n<![CDATA[\n]]>"]))
+def cdata_after(rng: Random, source: Source, element: Element) -> Optional[Changed]:
+    return _inserted_after(element, rng.choice(["<![CDATA[ ]]>", "\n<![CDATA[\n]]>"]))
 
 
 def attributes_reversed(rng: Random, source: Source, element: Element) -> Optional[Changed]:
@@ -113,7 +113,7 @@ def end_tag_written(rng: Random, source: Source, element: Element) -> Optional[C
 
 
 def section_moved_to_end(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """Behind the others of its name: of another type and id, so that none hides another."""
+    """Moves the element to the end. Its type and id are unique, so none hides another."""
     lines = source.lines_of(element.span)
     end = source.lines_of(source.root.children[-1].span).end
     if lines.end == end:
@@ -122,7 +122,7 @@ def section_moved_to_end(rng: Random, source: Source, element: Element) -> Optio
 
 
 def order_of_parameters(rng: Random, source: Source, element: Element) -> Optional[Changed]:
-    """Changes places with the next one, if neither is looked for in its place."""
+    """Swaps the element with the next one, if the position of neither matters."""
     at = element.number_among_siblings
     after = element.siblings[at + 1:at + 2]
     if not after or {element.name, after[0].name} & {"include", "endpoint_type"}:
@@ -148,14 +148,14 @@ def include_type(rng: Random, source: Source, element: Element) -> Optional[Chan
 
 
 def entity(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
-    """A value that an entity of the document's own stands for."""
+    """Replaces a value by an entity declared in the document."""
     doctype = f'<!DOCTYPE device_tuning_data [<!ENTITY usual "{attribute.value}">]>\n'
     begin = source.root.span.begin
     return Changed((Edit(Span(begin, begin), doctype), Edit(attribute.value_span, "&usual;")))
 
 
 def settings_joined(rng: Random, source: Source, root: Element) -> Optional[Changed]:
-    """All settings in one element, in an order of their own."""
+    """Puts all settings into one element, in random order."""
     settings = source.all("global_setting")
     attributes = [source.of(each.span) for one in settings for each in one.attributes.values()]
     rng.shuffle(attributes)

@@ -26,7 +26,7 @@ class Kind:
 
     @property
     def is_counted(self) -> bool:
-        """Nobody can tell one plausible value from another, so no bar counts those."""
+        """Plausible values do not count for the bars: no tool can tell one from another."""
         return self.group not in (HARMLESS, PLAUSIBLE)
 
 
@@ -63,10 +63,10 @@ KINDS: tuple[Kind, ...] = (
     ),
     *_kinds(
         "number",
-        ("unit", t.numbers, c.value(x.behind("dB", " dB", "Hz", " Hz", " ms", "%", "k"))),
+        ("unit", t.numbers, c.value(x.appended("dB", " dB", "Hz", " Hz", " ms", "%", "k"))),
         ("fraction", t.numbers, c.value(x.fraction)),
         ("blank behind, in a preset's band", t.any_of(
-            t.attributes("band_ieq"), t.attributes("band_geq")), c.value(x.behind(" "))),
+            t.attributes("band_ieq"), t.attributes("band_geq")), c.value(x.appended(" "))),
         ("letter for a digit", t.numbers, c.value(x.lookalike)),
         ("hexadecimal", t.numbers, c.value(x.hexadecimal)),
         ("empty", t.numbers, c.value(x.become(""))),
@@ -75,7 +75,7 @@ KINDS: tuple[Kind, ...] = (
         ("33 bits", t.numbers, c.value(x.too_large)),
         ("word", t.numbers, c.value(x.word_for_number)),
         ("id", t.any_of(t.preset_ids, t.profile_ids), c.value(x.id_form)),
-        ("something behind", t.numbers, c.value(x.behind(";", ",", "a", "'", "-", " 0"))),
+        ("something behind", t.numbers, c.value(x.appended(";", ",", "a", "'", "-", " 0"))),
     ),
     *_kinds(
         "switch",
@@ -97,14 +97,14 @@ KINDS: tuple[Kind, ...] = (
         ("blank ahead of a comma", t.rows, c.value(x.at_separator(" , ", " ,"))),
         ("letter for a digit", t.rows, c.value(x.one_number(x.lookalike))),
         ("fraction", t.rows, c.value(x.one_number(x.fraction))),
-        ("unit", t.rows, c.value(x.one_number(x.behind("dB", "Hz", "ms")))),
+        ("unit", t.rows, c.value(x.one_number(x.appended("dB", "Hz", "ms")))),
         ("sign", t.rows, c.value(x.one_number(x.sign_apart))),
         ("end lost", t.rows, c.value(x.end_lost)),
         ("number lost", t.rows, c.value(x.number_lost)),
         ("number twice", t.rows, c.value(x.number_doubled)),
         ("numbers added", t.rows, c.value(x.numbers_added)),
         ("another attribute ahead", t.rows,
-         c.attribute_ahead('unit="dB"', 'count="4"', 'comment="new"')),
+         c.attribute_before('unit="dB"', 'count="4"', 'comment="new"')),
         ("attribute without text", t.rows, c.value(x.become(""))),
     ),
     *_kinds(
@@ -115,10 +115,10 @@ KINDS: tuple[Kind, ...] = (
         ("end tag of another name", t.sections, c.end_tag_renamed),
         ("attribute twice", t.value_attributes, c.attribute_twice),
         ("ampersand or angle", t.attributes("profile", "name"),
-         c.value(x.behind(" & more", " <1>"))),
-        ("comment", t.sections, c.ahead_of_first_child("<!-- was -- before -->", "<!- new -->")),
+         c.value(x.appended(" & more", " <1>"))),
+        ("comment", t.sections, c.before_first_child("<!-- was -- before -->", "<!- new -->")),
         ("something ahead of the declaration", t.document,
-         c.ahead_of_declaration("\n", " ", "<!-- new -->\n")),
+         c.before_declaration("\n", " ", "<!-- new -->\n")),
         ("cut short", t.document, c.cut_short),
         ("another encoding than declared", t.any_of(
             t.attributes("profile", "name"), t.attributes("preset", "name")),
@@ -129,7 +129,7 @@ KINDS: tuple[Kind, ...] = (
          c.first_child_joined),
         ("comment ahead of the first child", t.elements(
             "endpoint_type", "preset", "data", "ieq-bands", "geq-bands", "output-mode",
-            "mix-matrix"), c.ahead_of_first_child("<!-- to be tuned -->", "<!-- v2 -->")),
+            "mix-matrix"), c.before_first_child("<!-- to be tuned -->", "<!-- v2 -->")),
         ("a level more", t.elements(
             "ieq-bands", "geq-bands", "audio-optimizer-bands", "regulator-tuning", "mix-matrix"),
          c.levels_deeper("bands")),
@@ -190,13 +190,13 @@ KINDS: tuple[Kind, ...] = (
     ),
     *_kinds(
         "order",
-        ("include: not where it is looked for", t.includes, c.moved(c.behind_last())),
+        ("include: not where it is looked for", t.includes, c.moved(c.after_last())),
         ("include: out of its section", t.includes, c.moved(c.out_of_parent)),
         ("profile's value behind its endpoints", t.in_format(
-            t.elements("ieq-enable", "ieq-amount"), t.is_3_2), c.behind_an_endpoint),
+            t.elements("ieq-enable", "ieq-amount"), t.is_3_2), c.after_an_endpoint),
         ("version behind the settings", t.elements("format_version", "authorized_technologies"),
-         c.version_behind_settings),
-        ("device behind the data", t.elements("device_id"), c.moved(c.behind_last("data"))),
+         c.version_after_settings),
+        ("device behind the data", t.elements("device_id"), c.moved(c.after_last("data"))),
         ("parameter in the section around", t.parameters_of("endpoint_type"),
          c.moved(c.out_of_parent)),
         ("parameter in another kind of section", t.any_of(
@@ -255,9 +255,9 @@ KINDS: tuple[Kind, ...] = (
         ("processing instruction", t.document, h.whole(h.instruction)),
         ("root without attributes", t.document, h.whole(h.bare_root)),
         ("root of another name", t.document, h.root_renamed),
-        ("comment between parameters", t.parameters, h.comment_behind),
-        ("comment between sections", t.elements("preset", "profile", "tuning"), h.comment_behind),
-        ("comment between bands", t.bands, h.comment_behind),
+        ("comment between parameters", t.parameters, h.comment_after),
+        ("comment between sections", t.elements("preset", "profile", "tuning"), h.comment_after),
+        ("comment between bands", t.bands, h.comment_after),
         ("order of attributes", t.elements("preset", "profile", "tuning", "device_id", "band",
                                            "band_ieq", "band_geq"), h.attributes_reversed),
         ("quotes", t.value_attributes, h.single_quotes),
@@ -268,15 +268,15 @@ KINDS: tuple[Kind, ...] = (
         ("order of parameters", t.parameters, h.order_of_parameters),
         ("leading zeros or plus", t.numbers, h.number_form),
         ("row without blanks", t.rows, c.value(x.all_separators(",", " ", ",  ", ",\n      "))),
-        ("row with a comma behind", t.rows, c.value(x.behind(",", ", "))),
+        ("row with a comma behind", t.rows, c.value(x.appended(",", ", "))),
         ("1 and 0 for a switch", t.switches, h.switch_number),
         ("0 for a flag", t.only(t.any_of(t.isolated, t.attributes("tuning", "mono_device")),
                                 lambda each: each.value == "false"), c.value(x.become("0"))),
         ("type of an include written", t.includes, h.include_type),
         ("name of a preset or profile", t.any_of(
-            t.attributes("profile", "name"), t.geq_names), c.value(x.behind(" 2", "-new"))),
-        ("name of a tuning", t.attributes("tuning", "name"), c.value(x.behind("_2", " new"))),
-        ("CDATA section between elements", t.elements("profile", "tuning"), h.cdata_behind),
+            t.attributes("profile", "name"), t.geq_names), c.value(x.appended(" 2", "-new"))),
+        ("name of a tuning", t.attributes("tuning", "name"), c.value(x.appended("_2", " new"))),
+        ("CDATA section between elements", t.elements("profile", "tuning"), h.cdata_after),
         ("entity in a value", t.scalars, h.entity),
         ("settings in one element", t.document, h.settings_joined),
     ),

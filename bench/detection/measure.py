@@ -1,4 +1,4 @@
-"""Measures what `ormel-tuning check` finds of one mistake in a document."""
+"""Measures which single mistakes in a document `ormel-tuning check` finds."""
 
 from __future__ import annotations
 
@@ -27,26 +27,26 @@ class Sample:
     name: str
     document: bytes
     lines: set[int]
-    """Where a finding names the mistake."""
+    """Lines on which the mistake may be reported."""
 
 
 @dataclass
 class Outcome:
     harmed: bool
     findings: list[tuple[int, str]]
-    """Line and rule of each."""
+    """Line and rule of each finding."""
 
 
 @dataclass
 class Tally:
-    """What became of the samples of a kind, or of several."""
+    """Counts for the samples of one or more kinds."""
     documents: int = 0
     harmed: int = 0
     on_line: int = 0
     elsewhere: int = 0
     missed: int = 0
     several: int = 0
-    """Harmed, with more than one finding."""
+    """Samples that change the lists and have more than one finding."""
     unharmed_but_found: int = 0
 
     def add(self, sample: Sample, outcome: Outcome) -> None:
@@ -83,19 +83,19 @@ class Bar:
 
 
 def _unnamed(shown_list: str) -> str:
-    """Without the name of a profile, which the effect does not get."""
+    """Removes a profile's name, which the effect does not get."""
     return re.sub(r"^(profile -?\d+) .*", r"\1", shown_list)
 
 
 class Tool:
-    """Asks ormel-tuning about a document."""
+    """Runs ormel-tuning on documents."""
 
     def __init__(self, program: str, folder: Path) -> None:
         self._program = program
         self._folder = folder
 
     def lists(self, file: Path) -> object:
-        """What the effect would get, or None of a document that gives no lists."""
+        """What the effect would get, or None if the document gives no lists."""
         shown = self._run("show", file)
         return shown and {_unnamed(each["list"]): [
             (entry["deviceId"], entry["code"], entry["values"]) for entry in each["entries"]]
@@ -123,8 +123,8 @@ class Tool:
 
 def samples(kind: Kind, sources: list[Source], seed: int, count: int,
             ) -> Iterator[tuple[Source, Sample]]:
-    """Different documents, as many as are asked for if the kind has as many."""
-    # Each kind has numbers of its own, so that a new kind leaves the others' documents as they are.
+    """Different documents, up to the requested number."""
+    # Each kind has its own random numbers, so a new kind does not change the others' documents.
     rng = Random(f"{seed} {kind.group} {kind.name}")
     made: set[bytes] = set()
     for _ in range(count * 20):

@@ -1,4 +1,4 @@
-"""The text of a tuning document, and where in it each element and attribute stands."""
+"""The text of a tuning document, and the position of each element and attribute."""
 
 from __future__ import annotations
 
@@ -28,7 +28,7 @@ class Attribute:
     """The name, the equals sign and the quoted value."""
     name_span: Span
     value_span: Span
-    """What stands between the quotes."""
+    """The text between the quotes."""
 
 
 @dataclass(eq=False)
@@ -37,7 +37,7 @@ class Element:
     parent: Optional[Element]
     start_tag: Span
     end_tag: Optional[Span] = None
-    """None where the start tag closes the element."""
+    """None if the start tag closes the element."""
     attributes: dict[str, Attribute] = field(default_factory=dict)
     children: list[Element] = field(default_factory=list)
 
@@ -54,18 +54,18 @@ class Element:
         return self.siblings.index(self)
 
     def around(self, name: str) -> Optional[Element]:
-        """The closest element of a name that this one is in or is."""
+        """This element or the closest one around it with this name."""
         element: Optional[Element] = self
         while element is not None and element.name != name:
             element = element.parent
         return element
 
     def attribute(self, name: str) -> str:
-        """The value of an attribute, empty where there is none."""
+        """The value of an attribute; empty if it is missing."""
         return self.attributes[name].value if name in self.attributes else ""
 
     def all(self, *names: str) -> Iterator[Element]:
-        """The elements below this one, with one of the names if any are given."""
+        """The descendants, or those with one of the names if any are given."""
         for child in self.children:
             if not names or child.name in names:
                 yield child
@@ -85,7 +85,7 @@ class Source:
         return bisect_right(self._line_begins, offset)
 
     def lines_of(self, span: Span) -> Span:
-        """The span with the indentation ahead of it and the line break behind it."""
+        """The span with the indentation before it and the line break after it."""
         begin = self.text.rfind("\n", 0, span.begin) + 1
         end = self.text.find("\n", span.end) + 1
         alone = not (self.text[begin:span.begin] + self.text[span.end:end]).strip()
@@ -104,7 +104,7 @@ class Source:
 
     @property
     def names_presets(self) -> bool:
-        """Whether presets have names in place of numbers."""
+        """Whether presets have names instead of numbers."""
         return self.version.startswith(("3.2.", "3.3.0"))
 
     def _parse(self) -> Element:

@@ -1,4 +1,4 @@
-"""Where mistakes are made: each function lists the elements or attributes of one sort."""
+"""Places for mistakes: each function lists the elements or attributes of one sort."""
 
 from __future__ import annotations
 
@@ -27,7 +27,7 @@ def elements(*names: str) -> Targets:
 
 
 def attributes(element: str, *names: str) -> Targets:
-    """Attributes of elements with a name: those with one of the names, or all."""
+    """Attributes of the elements with a name: those with one of the names, or all."""
     return lambda source: [each for one in source.all(element)
                            for each in one.attributes.values() if not names or each.name in names]
 
@@ -56,7 +56,7 @@ def is_3_2(source: Source) -> bool:
     return source.version.startswith("3.2.")
 
 
-# Which switch of a tuning a parameter is sent under.
+# The switch of a tuning that must be on for a parameter to be sent.
 _SWITCHES = {
     "regulator-sibilance-suppress-amounts": "regulator-sibilance-suppress-enable",
     "complex-equalizer-tuning": "complex-equalizer-enable",
@@ -67,7 +67,7 @@ _OF_INTERNAL_SPEAKER = {"virtual-bass-mode", "output-mode", "mix-matrix", "row"}
 
 
 def is_sent(element: Element) -> bool:
-    """Whether the effect gets what it says. Elsewhere a mistake harms nothing."""
+    """Whether the effect gets the element's value. If not, a mistake there changes nothing."""
     endpoint, tuning = element.around("endpoint_type"), element.around("tuning")
     if endpoint is not None:
         return endpoint.attribute("id") != "other"
@@ -175,11 +175,11 @@ structure_attributes = any_of(
          lambda attribute: is_sent(attribute.element)))
 """Those that the effect depends on."""
 value_attributes = any_of(scalars, switches, band_numbers, isolated, range_numbers)
-"""Rows and subgains are not among them: their attributes are read whatever they are called."""
+"""Without rows and subgains, whose attributes are read whatever their names."""
 
 
 def sisters(attribute: Attribute, source: Source) -> list[Attribute]:
-    """The same attribute of the document's other elements of the same name and kind of section."""
+    """The same attribute in the other elements with the same name, in the same kind of section."""
     element = attribute.element
     return [other.attributes[attribute.name] for other in source.all(element.name)
             if other is not element and attribute.name in other.attributes

@@ -1,4 +1,4 @@
-"""What mistakes do to a text: each change gives another text, or None where it cannot be made."""
+"""Mistakes in a text: each change returns another text, or None if it does not apply."""
 
 from __future__ import annotations
 
@@ -12,7 +12,7 @@ TextChange = Callable[[Random, str], Optional[str]]
 
 
 def letter(rng: Random, text: str) -> Optional[str]:
-    """A letter is lost, doubled, exchanged with the next one, or another one."""
+    """Drops, doubles, swaps or replaces a letter."""
     places = [at for at, each in enumerate(text) if each.isalpha()]
     if len(places) < 3:
         return None
@@ -43,7 +43,7 @@ def surrounded_by_blank(rng: Random, text: str) -> Optional[str]:
 
 
 def one_of(*changes: TextChange) -> TextChange:
-    """One of the changes that can be made."""
+    """One of the changes that apply."""
     def change(rng: Random, text: str) -> Optional[str]:
         changed = [each(rng, text) for each in changes]
         return rng.choice([each for each in changed if each is not None and each != text] or [None])
@@ -51,16 +51,16 @@ def one_of(*changes: TextChange) -> TextChange:
 
 
 def become(*texts: str) -> TextChange:
-    """Another of the texts than the one that is there."""
+    """One of the texts, but not the present one."""
     return lambda rng, text: rng.choice([each for each in texts if each != text])
 
 
-def behind(*ends: str) -> TextChange:
+def appended(*ends: str) -> TextChange:
     return lambda rng, text: text + rng.choice(ends)
 
 
 def lookalike(rng: Random, text: str) -> Optional[str]:
-    """A letter that looks like a digit."""
+    """Replaces a digit by a letter that looks like it."""
     places = [at for at, each in enumerate(text) if each in "0158"]
     if not places:
         return None
@@ -73,12 +73,12 @@ def hexadecimal(rng: Random, text: str) -> Optional[str]:
 
 
 def sign_apart(rng: Random, text: str) -> Optional[str]:
-    """A minus sign that is doubled, apart from its number, or another character."""
+    """Doubles or detaches the minus sign, or replaces it by a similar character."""
     return rng.choice(["--", "- ", "\u2212", "\u2013"]) + text[1:] if text[0] == "-" else None
 
 
 def fraction(rng: Random, text: str) -> Optional[str]:
-    """A point or a comma in the number, or ahead of it."""
+    """Adds a point or a comma in the number or before it."""
     digits = text.lstrip("-")
     at = len(text) - len(digits) + rng.randrange(len(digits))
     return (text[:at] or "0") + rng.choice(".,") + text[at:]
@@ -97,7 +97,7 @@ def word_for_number(rng: Random, text: str) -> Optional[str]:
 
 
 def id_form(rng: Random, text: str) -> Optional[str]:
-    """A number that is not wholly one."""
+    """A text that is not entirely a number."""
     return rng.choice([text + " ", text + "a", "#" + text, "", "one", text + ".0"])
 
 
@@ -112,7 +112,7 @@ def switch_typo(rng: Random, text: str) -> Optional[str]:
 
 
 def at_separator(*separators: str) -> TextChange:
-    """Another separator in one place of a row."""
+    """Replaces one separator in a row."""
     def change(rng: Random, text: str) -> Optional[str]:
         found = list(re.finditer(r",\s*", text))
         if not found:
@@ -127,7 +127,7 @@ def all_separators(*separators: str) -> TextChange:
 
 
 def one_number(change: TextChange) -> TextChange:
-    """Changes a number of a row."""
+    """Changes a number in a row."""
     def change_row(rng: Random, text: str) -> Optional[str]:
         match = rng.choice(list(re.finditer(r"-?\d+", text)))
         changed = change(rng, match[0])
@@ -135,7 +135,7 @@ def one_number(change: TextChange) -> TextChange:
     return change_row
 
 
-def _number_ahead_of_comma(rng: Random, text: str) -> Optional[re.Match[str]]:
+def _number_before_comma(rng: Random, text: str) -> Optional[re.Match[str]]:
     found = list(re.finditer(r"-?\d+,\s*", text))
     return rng.choice(found) if found else None
 
@@ -145,12 +145,12 @@ def end_lost(rng: Random, text: str) -> Optional[str]:
 
 
 def number_lost(rng: Random, text: str) -> Optional[str]:
-    match = _number_ahead_of_comma(rng, text)
+    match = _number_before_comma(rng, text)
     return match and text[:match.start()] + text[match.end():]
 
 
 def number_doubled(rng: Random, text: str) -> Optional[str]:
-    match = _number_ahead_of_comma(rng, text)
+    match = _number_before_comma(rng, text)
     return match and text[:match.end()] + match[0] + text[match.end():]
 
 
@@ -159,14 +159,14 @@ def numbers_added(rng: Random, text: str) -> Optional[str]:
 
 
 def count_changed(rng: Random, text: str) -> Optional[str]:
-    """One of the two numbers that head a block of the matrix."""
+    """Changes one of the two numbers that start a block of the matrix."""
     first, second = numbers_in(text)
     return rng.choice([f"{first}, {second + rng.choice([-4, -1, 1, 4])}",
                        f"{first + rng.choice([-1, 1, 2])}, {second}"])
 
 
 def nearby(rng: Random, text: str) -> Optional[str]:
-    """A value that stands to reason just as well."""
+    """Another plausible value."""
     value = int(text)
     return str(value + rng.choice([-1, 1]) * max(1, abs(value) // 10))
 
