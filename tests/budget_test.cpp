@@ -49,10 +49,10 @@ TEST(DocumentBudget, ChargesForEachKindOfWork) {
             {"in each pass a name of 4 bytes and a step", "<d> </d>", "24 0 0"},
             {"in each pass names of 4 and 1 bytes and two steps", "<d> <x/></d>", "34 0 0"},
             {"a profile: an object, its name and its mode", "<d> <profile/></d>", "329 4 256"},
-            {"an attribute that is looked at: 4", "<d> <profile a='1'/></d>", "333 4 256"},
-            {"2 bytes more that are read, and kept twice", "<d> <profile name='ab'/></d>",
+            {"an attribute that is checked: 4", "<d> <profile a='1'/></d>", "333 4 256"},
+            {"2 more bytes, read once and stored twice", "<d> <profile name='ab'/></d>",
              "335 8 256"},
-            {"entity nodes of 4, and a text of 2 bytes that is kept",
+            {"entity nodes of 4, and a stored text of 2 bytes",
              "<!DOCTYPE d [<!ENTITY e 'ab'>]><d x='&e;'/>", "18 2 0"},
             {"an empty entity costs its node", "<!DOCTYPE d [<!ENTITY e ''>]><d x='&e;&e;'/>",
              "16 0 0"},
@@ -60,11 +60,11 @@ TEST(DocumentBudget, ChargesForEachKindOfWork) {
              "<d> <authorized_technologies> <global_setting device_name='a'/>"
              "</authorized_technologies></d>",
              "193 0 0"},
-            {"a thousand attributes, which nobody looks at", elementWith(1000), "8 0 0"},
+            {"a thousand attributes that are never read", elementWith(1000), "8 0 0"},
             {"1600 attributes, compared with one another: 1600 * 1600 / 64", elementWith(1600),
              "40008 0 0"},
-            {"behind a document type the node of each text besides",
-             "<!DOCTYPE d>" + elementWith(1600), "46408 0 0"},
+            {"after a document type, the node of each text too", "<!DOCTYPE d>" + elementWith(1600),
+             "46408 0 0"},
     };
     for (const auto& [what, document, cost] : cases) {
         EXPECT_EQ(costOf(document), cost) << what;

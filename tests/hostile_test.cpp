@@ -143,26 +143,26 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
             {"an empty file", "", "refused"},
             {"no root", "<!-- -->", "refused"},
             {"a root without children", "<d/>", "0 0"},
-            {"a sound document", "<d>" + kProfile + kTuning + "</d>", "1 1"},
+            {"a valid document", "<d>" + kProfile + kTuning + "</d>", "1 1"},
             {"UTF-16", utf16("<d>" + kProfile + kTuning + "</d>"), "1 1"},
             {"invalid UTF-8", "<d>" + kProfile + "\xc3\x28</d>", "refused"},
             {"a NUL", "<d>" + kProfile + std::string(1, '\0') + "</d>", "refused"},
             {"an entity bomb in text", bomb + "<d>" + kProfile + "&a11;</d>", "refused"},
-            {"one long parameter entity over and over",
+            {"many references to one long parameter entity",
              "<!DOCTYPE d [<!ENTITY % e '" + repeat("<!-- -->", 10000) + "'>" +
                      repeat("%e;", 30000) + "]><d>" + kProfile + "</d>",
              "refused"},
-            {"more parameter entities than libxml2 bears, ahead of all else",
+            {"more parameter entities than libxml2 accepts, before all other text",
              "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e;]><d>" +
                      std::string(100000, '\n') + kProfile + "</d>",
              "refused"},
-            {"the same with a blank behind them",
+            {"the same with a blank after them",
              "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e; ]><d>" +
                      std::string(100000, '\n') + kProfile + "</d>",
              "refused"},
-            {"sixty parameter entities in one another, and a blank behind them",
+            {"sixty nested parameter entities, and a blank after them",
              "<!DOCTYPE d [" + nestedParameters(60) + "%e0; ]><d>" + kProfile + "</d>", "refused"},
-            {"a faulty reference ahead of a blank, in a parameter entity",
+            {"a malformed reference before a blank, in a parameter entity",
              "<!DOCTYPE d [<!ENTITY % x \"<!ENTITY y &#37;a 'v'>\"> %x; ]><d>" + kProfile + "</d>",
              "refused"},
             {"a thousand default attributes",
@@ -201,7 +201,7 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
              "1 0"},
             {"forty thousand attributes",
              "<d>" + kProfile + "<a " + numbered("a", "='' ", 40000) + "/></d>", "refused"},
-            {"forty thousand attributes behind a document type",
+            {"forty thousand attributes after a document type",
              "<!DOCTYPE d><d>" + kProfile + "<a " + numbered("a", "='' ", 40000) + "/></d>",
              "refused"},
             {"one long text in many attributes",
@@ -228,14 +228,14 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
              "refused"},
             {"a hundred thousand names", "<d>" + numbered("<n", "/>\n", 100000) + kProfile + "</d>",
              "1 0"},
-            {"a thousand profiles of one id",
+            {"a thousand profiles with one id",
              "<d>" +
                      repeat("<profile id='1'>\n<endpoint_type id='headphone'>\n</endpoint_type>\n"
                             "</profile>\n",
                             1000) +
                      "</d>",
              "1000 0"},
-            {"a list of 9 MB and the first profile's id once more",
+            {"a list of 9 MB and the first profile's id repeated",
              "<d>\n<preset type='ieq' id='1'>\n<data>\n<bands>\n" +
                      repeat("<band_ieq frequency='1' target='1'/>", 20000) +
                      "</bands></data></preset>\n<profile id='1'>\n" +
@@ -244,7 +244,7 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
                             18) +
                      "</profile><profile id='1'>\n</profile></d>",
              "2 0"},
-            {"rows without end",
+            {"very many rows",
              "<d>\n<tuning name='t'>\n<device_id id='d' endpoint_port='usb'/>\n<data>\n" + matrix +
                      "</data>\n</tuning>\n</d>",
              "0 1"},
