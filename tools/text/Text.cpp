@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <numeric>
 #include <sstream>
 #include <stdexcept>
 
@@ -13,6 +14,14 @@ namespace ormel::tools {
 namespace {
 
 constexpr size_t kMaxLineLength = 400;
+
+/** A text in small letters, with dashes for what may part its words. */
+std::string likeness(std::string_view text) {
+    std::string like = lowered(trimmed(text));
+    std::replace_if(
+            like.begin(), like.end(), [](char each) { return each == '_' || each == ' '; }, '-');
+    return like;
+}
 
 }  // namespace
 
@@ -122,6 +131,42 @@ std::string lowered(std::string_view text) {
         letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
     }
     return lower;
+}
+
+size_t editDistance(std::string_view one, std::string_view other) {
+    std::vector<size_t> older;
+    std::vector<size_t> last(other.size() + 1);
+    std::iota(last.begin(), last.end(), size_t{0});
+    for (size_t i = 1; i <= one.size(); ++i) {
+        std::vector<size_t> row(other.size() + 1, i);
+        for (size_t j = 1; j <= other.size(); ++j) {
+            const bool isSame = one[i - 1] == other[j - 1];
+            row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
+            const bool isExchanged =
+                    i > 1 && j > 1 && one[i - 1] == other[j - 2] && one[i - 2] == other[j - 1];
+            row[j] = isExchanged ? std::min(row[j], older[j - 2] + 1) : row[j];
+        }
+        older = std::exchange(last, std::move(row));
+    }
+    return last.back();
+}
+
+std::string nearestOf(std::string_view text, const std::vector<std::string>& names) {
+    constexpr size_t kLongest = 64;
+    const std::string like = likeness(text.substr(0, kLongest));
+    std::string nearest;
+    size_t limit = like.size() / 4 + (like.size() < 3 ? 1 : 2);
+    for (const std::string& name : names) {
+        // No distance is below the difference in length.
+        const auto [shorter, longer] = std::minmax({name.size(), like.size()});
+        const size_t distance =
+                longer - shorter < limit ? editDistance(like, likeness(name)) : limit;
+        if (distance < limit) {
+            nearest = name;
+            limit = distance;
+        }
+    }
+    return nearest;
 }
 
 std::optional<int32_t> integerOf(std::string_view text, int base) {

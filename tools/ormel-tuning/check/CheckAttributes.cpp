@@ -1,11 +1,12 @@
 #include <ormel/SpatializerParamArray.h>
+#include <ormel/TagIterator.h>
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <tuple>
 
 #include "CheckMeaning.h"
-#include "CheckText.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
@@ -13,6 +14,107 @@ namespace ormel::tools {
 namespace {
 
 using As = ReadElement::As;
+
+enum class TextFault : uint8_t {
+    NONE,
+    /** Nothing but whitespace, if that. */
+    EMPTY,
+    /** A word for true or false that the reader does not take for one. */
+    MISSPELT,
+    NOT_A_NUMBER,
+    OUT_OF_RANGE,
+};
+
+/** Length of the number that a text begins with, sign included; 0 if it begins with none. */
+size_t numberLength(std::string_view text) {
+    const bool isSigned = !text.empty() && (text.front() == '+' || text.front() == '-');
+    const size_t begin = isSigned ? 1 : 0;
+    const size_t end = std::min(text.find_first_not_of("0123456789", begin), text.size());
+    return end == begin ? 0 : end;
+}
+
+/** What a word for true or false means, however it is spelt; none for any other text. */
+std::optional<bool> meaningOf(std::string_view text) {
+    static constexpr std::pair<std::string_view, bool> kWords[] = {
+            {"true", true},   {"yes", true}, {"on", true},   {"1", true},  {"enabled", true},
+            {"false", false}, {"no", false}, {"off", false}, {"0", false}, {"disabled", false}};
+    const std::string word = lowered(trimmed(text));
+    for (const auto& [known, meaning] : kWords) {
+        const bool isBegun = word.size() != 2 && known.size() > 3 && known.find(word) == 0;
+        if (word == known || (!word.empty() && isBegun)) {
+            return meaning;
+        }
+    }
+    const std::string nearest = nearestOf(word, {"true", "false"});
+    return nearest.empty() ? std::nullopt : std::optional<bool>(nearest == "true");
+}
+
+/** Whether a text means true, however it is spelt. */
+bool meansTrue(std::string_view text) {
+    return meaningOf(text).value_or(false);
+}
+
+/** What is wrong with a text that should be a whole number. */
+TextFault faultOfNumber(std::string_view text) {
+    const std::string_view number = trimmed(text);
+    if (number.empty()) {
+        return TextFault::EMPTY;
+    }
+    if (numberLength(number) != number.size()) {
+        return TextFault::NOT_A_NUMBER;
+    }
+    return integerOf(number).has_value() ? TextFault::NONE : TextFault::OUT_OF_RANGE;
+}
+
+/** The same of a band in a preset, read as a row: a blank behind the number ends it. */
+TextFault faultOfBand(std::string_view text) {
+    const TextFault fault = faultOfNumber(text);
+    std::vector<int> numbers;
+    string2IntVector(std::string(text) + ",0", numbers);
+    return fault == TextFault::NONE && numbers.size() != 2 ? TextFault::NOT_A_NUMBER : fault;
+}
+
+/** The same of one that may be true or false as well. */
+TextFault faultOfSwitch(std::string_view text) {
+    if (text == "true" || text == "false") {
+        return TextFault::NONE;
+    }
+    const TextFault fault = faultOfNumber(text);
+    const bool isWord = fault == TextFault::NOT_A_NUMBER && meaningOf(text).has_value();
+    return isWord ? TextFault::MISSPELT : fault;
+}
+
+/** What is wrong with a row of numbers. */
+struct RowFault {
+    /** NONE, OUT_OF_RANGE, or NOT_A_NUMBER where the row ends before the text does. */
+    TextFault fault = TextFault::NONE;
+    /** Numbers that the reader gets out of it. */
+    size_t read = 0;
+    /** What it stops at. */
+    std::string at;
+};
+
+RowFault faultOfRow(std::string_view text) {
+    constexpr std::string_view kSeparators = ", \t\n\v\f\r";
+    std::vector<int> numbers;
+    string2IntVector(text, numbers);
+    std::string_view rest = trimmed(text);
+    if (rest.empty()) {
+        return {TextFault::EMPTY, 0, ""};
+    }
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        rest.remove_prefix(numberLength(rest));
+        const bool isParted = !rest.empty() && rest.front() == ',';
+        rest = trimmed(rest.substr(isParted ? 1 : 0));
+    }
+    if (rest.find_first_not_of(kSeparators) == std::string_view::npos) {
+        return {TextFault::NONE, numbers.size(), ""};
+    }
+    const size_t length = numberLength(rest);
+    const size_t end = length != 0 ? length : std::max(rest.find_first_of(kSeparators), size_t{1});
+    return {length != 0 ? TextFault::OUT_OF_RANGE : TextFault::NOT_A_NUMBER, numbers.size(),
+            std::string(rest.substr(0, end))};
+}
 
 TextFault faultOfName(std::string_view text) {
     return text.empty() ? TextFault::EMPTY : TextFault::NONE;
@@ -100,7 +202,8 @@ SetterReading named(As as, std::vector<const Holds*> holds) {
             {Reading::Kind::NAMED, {names.begin(), names.end()}, std::move(holds)}};
 }
 
-const std::vector<SetterReading>& setterReadings() {
+/** How the attributes of a parameter, band or row are read. */
+Reading setterReading(const ReadElement& record) {
     using Kind = Reading::Kind;
     // clang-format off
     static const auto& readings = *new std::vector<SetterReading>{
@@ -115,7 +218,10 @@ const std::vector<SetterReading>& setterReadings() {
         named<RegulatorTuningValueSetter>(As::BAND, {&kNumber, &kNumber, &kNumber, &kFlag}),
     };
     // clang-format on
-    return readings;
+    const auto found = std::find_if(readings.begin(), readings.end(), [&](const auto& each) {
+        return each.as == record.as && each.isOf(record.setter);
+    });
+    return found == readings.end() ? Reading() : found->reading;
 }
 
 std::string quoted(std::string_view text) {
@@ -166,14 +272,9 @@ class AttributeCheck {
     const Reading& readingOf(const ReadElement& record) {
         const auto [found, isNew] =
                 mReadings.try_emplace({record.as, record.kind, record.setter}, Reading());
-        if (isNew && record.as == As::SECTION) {
-            found->second = sectionReading(record);
-        } else if (isNew) {
-            for (const SetterReading& each : setterReadings()) {
-                if (each.as == record.as && each.isOf(record.setter)) {
-                    found->second = each.reading;
-                }
-            }
+        if (isNew) {
+            found->second =
+                    record.as == As::SECTION ? sectionReading(record) : setterReading(record);
         }
         return found->second;
     }
@@ -223,8 +324,9 @@ class AttributeCheck {
         for (size_t i = 0; i < reading.names.size(); ++i) {
             const Holds* const holds = reading.holds[i];
             // The surrounds' gains go out with four channels only.
-            const bool isSpare = holds == &kSurroundGain &&
-                                 firstOr0(mContext.valuesOf(record.section, OUTPUT_CHANNELS)) != 4;
+            const bool isSpare =
+                    holds == &kSurroundGain &&
+                    firstOr0(mContext.valuesOf(mContext.section(mElement), OUTPUT_CHANNELS)) != 4;
             if (holds != nullptr) {
                 checkText(reading.names[i], isSpare ? kOptionalNumber : *holds);
             }

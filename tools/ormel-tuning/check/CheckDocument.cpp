@@ -1,11 +1,9 @@
-#include "CheckDocument.h"
-
 #include <algorithm>
 #include <set>
 #include <stdexcept>
 #include <string_view>
-#include <vector>
 
+#include "CheckFile.h"
 #include "EmbeddedText.h"
 #include "text/Text.h"
 
@@ -114,16 +112,15 @@ class SchemaValidation {
 };
 
 /** Adds what is not read everywhere. */
-void findOddities(const CheckDocument& document, Findings& findings) {
+void findOddities(const XmlElements& document, Findings& findings) {
     const std::string& encoding = document.getEncoding();
-    if (!encoding.empty() && std::find(std::begin(kEncodings), std::end(kEncodings),
-                                       lowered(encoding)) == std::end(kEncodings)) {
+    if (!encoding.empty() && !contains(kEncodings, lowered(encoding))) {
         findings.add({Rule::ENCODING, 1,
                       "the encoding " + encoding + " is not read everywhere; write UTF-8"});
     }
     for (const auto& [element, name] : document.getReferences()) {
-        findings.add(document.finding(Rule::ENTITY_REFERENCE, element,
-                                      "what &" + name + "; stands for is not read; write it out"));
+        findings.add({Rule::ENTITY_REFERENCE, 0,
+                      "what &" + name + "; stands for is not read; write it out", element});
     }
 }
 
@@ -144,8 +141,8 @@ CheckSchema::CheckSchema(const std::string& file)
     }
 }
 
-std::optional<CheckDocument> parseForCheck(const std::string& text, const CheckSchema& schema,
-                                           Findings& findings, Findings& faults) {
+std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSchema& schema,
+                                         Findings& findings, Findings& faults) {
     for (const auto& [mark, packer] : kPackers) {
         if (text.compare(0, mark.size(), mark) == 0) {
             findings.add({Rule::COMPRESSED, 1,
@@ -164,7 +161,7 @@ std::optional<CheckDocument> parseForCheck(const std::string& text, const CheckS
         }
     });
     SchemaValidation validation(schema, faults);
-    std::optional<CheckDocument> document(std::in_place, text, &validation.listener());
+    std::optional<XmlElements> document(std::in_place, text, &validation.listener());
     if (!document->isReadable() && !fault.has_value()) {
         fault = {Rule::NOT_WELL_FORMED, 1,
                  text.empty() ? "Document is empty" : "Document cannot be read"};
@@ -172,11 +169,10 @@ std::optional<CheckDocument> parseForCheck(const std::string& text, const CheckS
     if (fault.has_value()) {
         findings.add(*fault);
     }
-    if (document->isReadable()) {
-        findOddities(*document, findings);
-    } else {
-        document.reset();
+    if (!document->isReadable()) {
+        return std::nullopt;
     }
+    findOddities(*document, findings);
     return document;
 }
 

@@ -6,18 +6,16 @@
 #include <map>
 #include <utility>
 
-#include "CheckDocument.h"
 #include "CheckMeaning.h"
-#include "CheckText.h"
-#include "document/ReadTrace.h"
 #include "text/Files.h"
+#include "text/Text.h"
 
 namespace ormel::tools {
 
 namespace {
 
 /** The format version or what is spelt nearly so; the root where there is neither. */
-size_t formatVersionOf(const CheckDocument& document) {
+size_t formatVersionOf(const XmlElements& document) {
     const char* const name = rowOf(DocumentElement::FORMAT_VERSION).name;
     size_t element = 1;
     while (element < document.size() && nearestOf(document.name(element), {name}).empty()) {
@@ -28,33 +26,52 @@ size_t formatVersionOf(const CheckDocument& document) {
 
 /** The last element that is read as one of a kind; the root where there is none. */
 size_t lastOf(const CheckContext& context, DocumentElement kind) {
-    size_t element = context.document.size() - 1;
-    while (element != 0 && !context.read(element).is(kind)) {
-        --element;
-    }
-    return element;
+    const auto all = context.below(0, [&](size_t i) { return context.read(i).is(kind); });
+    return all.empty() ? 0 : all.back();
 }
 
 /** Whether most includes name presets the way another format does. */
 bool includesOtherwise(const CheckContext& context) {
     const bool isNamed = context.has(VersionRuleKind::IEQ_PRESETS_NAMED);
     const char* const other = rowOf(DocumentElement::INCLUDE).attributes[isNamed ? 1 : 0];
-    long balance = 0;
-    for (size_t i = 1; i < context.document.size(); ++i) {
-        if (context.isNamed(i, DocumentElement::INCLUDE)) {
-            balance += context.document.attribute(i, other).has_value() ? 1 : -1;
-        }
-    }
-    return balance > 0;
+    const auto includes = context.below(
+            0, [&](size_t i) { return context.isNamed(i, DocumentElement::INCLUDE); });
+    const auto others = std::count_if(includes.begin(), includes.end(), [&](size_t i) {
+        return context.document.attribute(i, other).has_value();
+    });
+    return 2 * static_cast<size_t>(others) > includes.size();
 }
 
 /** Whether the format overwrites several elements of one name. */
-bool overwritesMany(const Findings& findings) {
+bool overwritesMany(const CheckContext& context) {
     constexpr size_t kMany = 3;
-    std::map<std::string, size_t> counts;
-    return std::any_of(findings.all().begin(), findings.all().end(), [&](const Finding& each) {
-        return each.rule == Rule::OVERWRITTEN && ++counts[each.elementName] == kMany;
+    std::map<std::string_view, size_t> counts;
+    const auto& all = context.findings.all();
+    return std::any_of(all.begin(), all.end(), [&](const Finding& each) {
+        return each.rule == Rule::OVERWRITTEN &&
+               ++counts[context.document.name(each.element)] == kMany;
     });
+}
+
+/** Whether the document is written for another format than it says. */
+void checkFormat(const CheckContext& context) {
+    const auto& sections = context.trace.getSections();
+    const size_t version = formatVersionOf(context.document);
+    if (lastOf(context, DocumentElement::FORMAT_VERSION) == 0 && !sections.empty()) {
+        context.add(Rule::OTHER_FORMAT, version, "has no format_version");
+    } else if (includesOtherwise(context) || overwritesMany(context)) {
+        context.addWhole(Rule::OTHER_FORMAT, version,
+                         "is not of the format that the document is written for");
+    }
+    const auto isWithoutVirtualBass = [](const ReadSection& each) {
+        return each.owner == ParameterOwner::PROFILE_ENDPOINT &&
+               each.sourceOf(VIRTUAL_BASS_TYPE) == ReadSection::kNoElement;
+    };
+    if (!context.has(VersionRuleKind::SETTINGS_UNREAD) && !context.data.getTunings().empty() &&
+        std::any_of(sections.begin(), sections.end(), isWithoutVirtualBass)) {
+        context.add(Rule::ABSENT, lastOf(context, DocumentElement::AUTHORIZED_TECHNOLOGIES),
+                    "gives no virtual_bass_process ahead of the profiles, so 1 is sent");
+    }
 }
 
 using R = Rule;
@@ -136,7 +153,7 @@ constexpr Consequence kConsequences[] = {
 /** What has been found where so far. */
 class Found {
   public:
-    Found(const CheckDocument& document, const Findings& findings) : mDocument(document) {
+    Found(const XmlElements& document, const Findings& findings) : mDocument(document) {
         for (const Finding& finding : findings.all()) {
             const size_t element = finding.element;
             if (element == Finding::kNoElement) {
@@ -215,56 +232,28 @@ class Found {
                (found->second & row.causes & ~effect) != 0;
     }
 
-    const CheckDocument& mDocument;
+    const XmlElements& mDocument;
     std::map<std::pair<Scope, size_t>, RuleSet> mRules;
     std::map<size_t, Weight> mBest;
 };
 
 /** Adds what the schema has against places that no other layer, with better words, knows of. */
-void addFaults(const CheckDocument& document, Findings& faults, Findings& findings) {
+void addFaults(const XmlElements& document, const Findings& faults, Findings& findings) {
     const Found found(document, findings);
-    faults.removeIf([&](const Finding& fault) {
+    const std::vector<Finding> others = findings.all();
+    for (const Finding& fault : faults.all()) {
         const auto covers = [&fault](const Finding& each) {
             return each.element == fault.element &&
                    (each.attribute.empty() || fault.attribute.empty() ||
                     each.attribute == fault.attribute);
         };
-        return found.isInWhole(fault.element) ||
-               std::any_of(findings.all().begin(), findings.all().end(), covers);
-    });
-    for (Finding fault : faults.all()) {
-        fault.elementName = document.name(fault.element);
-        fault.line = fault.line == 0 ? document.line(fault.element) : fault.line;
-        findings.add(std::move(fault));
+        if (!found.isInWhole(fault.element) && std::none_of(others.begin(), others.end(), covers)) {
+            findings.add(fault);
+        }
     }
 }
 
 }  // namespace
-
-void checkFormat(const CheckContext& context) {
-    const auto& sections = context.trace.getSections();
-    const size_t version = formatVersionOf(context.document);
-    if (lastOf(context, DocumentElement::FORMAT_VERSION) == 0 && !sections.empty()) {
-        context.add(Rule::OTHER_FORMAT, version, "has no format_version");
-    } else if (includesOtherwise(context) || overwritesMany(context.findings)) {
-        context.addWhole(Rule::OTHER_FORMAT, version,
-                         "is not of the format that the document is written for");
-    }
-    const auto isWithoutVirtualBass = [](const ReadSection& each) {
-        return each.owner == ParameterOwner::PROFILE_ENDPOINT &&
-               each.sourceOf(VIRTUAL_BASS_TYPE) == ReadSection::kNoElement;
-    };
-    if (!context.has(VersionRuleKind::SETTINGS_UNREAD) && !context.data.getTunings().empty() &&
-        std::any_of(sections.begin(), sections.end(), isWithoutVirtualBass)) {
-        context.add(Rule::ABSENT, lastOf(context, DocumentElement::AUTHORIZED_TECHNOLOGIES),
-                    "gives no virtual_bass_process ahead of the profiles, so 1 is sent");
-    }
-}
-
-void dropConsequences(const CheckDocument& document, Findings& findings) {
-    const Found found(document, findings);
-    findings.removeIf([&](const Finding& each) { return found.isConsequence(each); });
-}
 
 Findings checkFile(const std::string& path, const CheckSchema& schema,
                    const std::vector<std::string>& disabled) {
@@ -279,8 +268,8 @@ Findings checkFile(const std::string& path, const CheckSchema& schema,
         const ReadTrace trace(path, text, *document);
         const DeviceData& data = trace.getDocument();
         const CheckContext context = {*document, trace, data, data.getFormatVersion(), findings};
-        for (const auto check : {checkStructure, checkAttributes, checkObjects, checkSisters,
-                                 checkCurves, checkFormat}) {
+        for (const auto check :
+             {checkStructure, checkAttributes, checkObjects, checkSisters, checkFormat}) {
             check(context);
         }
     } catch (const RefusedDocument& refused) {
@@ -289,7 +278,9 @@ Findings checkFile(const std::string& path, const CheckSchema& schema,
     }
     addFaults(*document, faults, findings);
     findings.removeIf([&](const Finding& each) { return contains(disabled, rowOf(each.rule).id); });
-    dropConsequences(*document, findings);
+    const Found found(*document, findings);
+    findings.removeIf([&](const Finding& each) { return found.isConsequence(each); });
+    findings.locate(*document);
     return findings;
 }
 

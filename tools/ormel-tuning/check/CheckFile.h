@@ -1,12 +1,37 @@
 // The checking of one document.
 #pragma once
 
+#include <libxml/xmlschemas.h>
+
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "CheckDocument.h"
+#include "CheckRules.h"
+#include "document/XmlElements.h"
 
 namespace ormel::tools {
+
+/** A schema, ready for use. */
+struct CheckSchema {
+    /** @param file path of a schema; empty for the one built in. Throws std::runtime_error. */
+    explicit CheckSchema(const std::string& file);
+
+    /** The root's name, whatever a document calls it; null where documents are held to it. */
+    const char* rootName;
+    std::shared_ptr<xmlSchema> schema;
+};
+
+/**
+ * Parses a document's bytes, and holds it to a schema meanwhile. None if it cannot be read.
+ *
+ * @param findings gets what keeps it from being read, here or on a device
+ * @param faults   gets what it does not keep to of the schema, an element's or attribute's first
+ *                 fault each
+ */
+std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSchema& schema,
+                                         Findings& findings, Findings& faults);
 
 /**
  * What is wrong with a document, but for rules whose ids are @p disabled. Throws std::runtime_error

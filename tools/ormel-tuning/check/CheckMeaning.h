@@ -3,16 +3,13 @@
 
 #include <ormel/VersionRules.h>
 
-#include <algorithm>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
-#include "CheckDocument.h"
 #include "CheckRules.h"
+#include "document/PackedEntries.h"
 #include "document/ReadTrace.h"
 
 namespace ormel::tools {
@@ -27,7 +24,7 @@ std::string concat(const Parts&... parts) {
 
 /** A document, what its reader did with it, and where findings go. */
 struct CheckContext {
-    const CheckDocument& document;
+    const XmlElements& document;
     const ReadTrace& trace;
     const DeviceData& data;
     const std::string formatVersion;
@@ -38,17 +35,12 @@ struct CheckContext {
         return trace.getSections()[read(element).section];
     }
     /** What a section's object holds of a parameter; none where nothing came of the section. */
-    const std::vector<int>& valuesOf(size_t section, Parameter param) const {
-        return valuesOf(trace.getSections()[section], param);
-    }
     const std::vector<int>& valuesOf(const ReadSection& section, Parameter param) const {
         static const std::vector<int> none;
         if (section.object == nullptr || section.owner == ParameterOwner::NONE) {
             return none;
         }
-        const auto& values = static_cast<const ParameterValues*>(section.object)->getValues();
-        const auto found = values.find(param);
-        return found == values.end() ? none : found->second;
+        return tools::valuesOf(*static_cast<const ParameterValues*>(section.object), param);
     }
     bool has(VersionRuleKind rule) const { return findVersionRule(formatVersion, rule) != nullptr; }
     /** Whether the reader was at the element at all, other than to look at its name. */
@@ -58,11 +50,22 @@ struct CheckContext {
     }
     /** Whether the reader passed over the element since its parent has nothing in front of it. */
     bool isLostFirst(size_t element) const {
-        return element != 0 && document.isFirstNode(element) &&
+        return element != 0 && document.nodesBefore(element) == 0 &&
                read(document.parent(element)).isEntered && !isUsed(element);
     }
     bool isNamed(size_t element, DocumentElement kind) const {
         return document.name(element) == rowOf(kind).name;
+    }
+    /** The elements below one that meet a condition. */
+    template <typename Condition>
+    std::vector<size_t> below(size_t element, Condition condition) const {
+        std::vector<size_t> places;
+        for (size_t i = element + 1; i < document.end(element); ++i) {
+            if (condition(i)) {
+                places.push_back(i);
+            }
+        }
+        return places;
     }
     /** Adds a finding about an element. @param what texts and numbers to put together */
     template <typename... Parts>
@@ -73,30 +76,14 @@ struct CheckContext {
     template <typename... Parts>
     void addAttribute(Rule rule, size_t element, std::string_view attribute,
                       const Parts&... what) const {
-        findings.add(document.finding(rule, element, concat(what...), std::string(attribute)));
+        findings.add({rule, 0, concat(what...), element, "", std::string(attribute)});
     }
     /** The same about it and all that is below it. */
     template <typename... Parts>
     void addWhole(Rule rule, size_t element, const Parts&... what) const {
-        Finding finding = document.finding(rule, element, concat(what...));
-        finding.isWhole = true;
-        findings.add(std::move(finding));
+        findings.add({rule, 0, concat(what...), element, "", "", true});
     }
 };
-
-template <typename Range, typename Value>
-bool contains(const Range& range, const Value& value) {
-    return std::find(std::begin(range), std::end(range), value) != std::end(range);
-}
-
-/** The place of the value that is farthest from 0. */
-size_t largestOf(const std::vector<int>& values);
-
-/** Whether a value that is not small is over five times as large as any other. */
-bool isOutOfProportion(const std::vector<int>& values, size_t at, long least = 20);
-
-/** Whether the neighbours of a value have the other sign, and none of the three is small. */
-bool isTurnedAt(const std::vector<int>& values, size_t at);
 
 /** What is left unread, and what is read in the wrong place. */
 void checkStructure(const CheckContext& context);
@@ -107,16 +94,7 @@ void checkAttributes(const CheckContext& context);
 /** What the objects of the document come to, each and together. */
 void checkObjects(const CheckContext& context);
 
-/** Sections against the others of their kind. */
+/** What stands apart from its like: sections, rows, values and bands; and the rows of matrices. */
 void checkSisters(const CheckContext& context);
-
-/** Bands against those around them and in other curves, and the rows of matrices. */
-void checkCurves(const CheckContext& context);
-
-/** Whether the document is written for another format than it says. */
-void checkFormat(const CheckContext& context);
-
-/** Drops what comes of another finding: of one mistake one finding is left. */
-void dropConsequences(const CheckDocument& document, Findings& findings);
 
 }  // namespace ormel::tools

@@ -7,7 +7,6 @@
 #include <unordered_map>
 
 #include "CheckMeaning.h"
-#include "CheckText.h"
 #include "text/Text.h"
 
 namespace ormel::tools {

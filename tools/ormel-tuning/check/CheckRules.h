@@ -10,7 +10,14 @@
 #include <utility>
 #include <vector>
 
+#include "document/XmlElements.h"
+
 namespace ormel::tools {
+
+template <typename Range, typename Value>
+bool contains(const Range& range, const Value& value) {
+    return std::find(std::begin(range), std::end(range), value) != std::end(range);
+}
 
 /** By the rows of the table. */
 enum class Rule : size_t {
@@ -20,10 +27,9 @@ enum class Rule : size_t {
 
 enum class Severity { ERROR, WARNING, NOTE };
 
-inline constexpr const char* kSeverityNames[] = {"error", "warning", "note"};
-
 inline const char* severityName(Severity severity) {
-    return kSeverityNames[static_cast<size_t>(severity)];
+    constexpr const char* kNames[] = {"error", "warning", "note"};
+    return kNames[static_cast<size_t>(severity)];
 }
 
 struct RuleRow {
@@ -51,6 +57,7 @@ struct Finding {
     static constexpr size_t kNoElement = static_cast<size_t>(-1);
 
     Rule rule;
+    /** 0 for the line of its element. */
     long line;
     /** What is wrong here, and what the reader makes of it. */
     std::string what;
@@ -84,6 +91,16 @@ class Findings {
         };
         mFindings.erase(std::remove_if(mFindings.begin(), mFindings.end(), isRemoved),
                         mFindings.end());
+    }
+
+    /** Gives those about elements the elements' names and lines. */
+    void locate(const XmlElements& document) {
+        for (Finding& finding : mFindings) {
+            if (finding.element != Finding::kNoElement) {
+                finding.elementName = document.name(finding.element);
+                finding.line = finding.line == 0 ? document.line(finding.element) : finding.line;
+            }
+        }
     }
 
     /** Counts those of another document as well. */

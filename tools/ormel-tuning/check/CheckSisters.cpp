@@ -10,9 +10,6 @@
 #include <functional>
 #include <map>
 #include <set>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 #include "CheckMeaning.h"
 #include "text/Text.h"
@@ -32,6 +29,30 @@ std::pair<long, long> amountsBut(const Numbers& values, size_t at) {
         largest = i == at ? largest : std::max(largest, std::labs(values[i]));
     }
     return {smallest, largest};
+}
+
+/** The place of the value that is farthest from 0. */
+size_t largestOf(const Numbers& values) {
+    const auto isSmaller = [](long one, long other) { return std::labs(one) < std::labs(other); };
+    return static_cast<size_t>(std::max_element(values.begin(), values.end(), isSmaller) -
+                               values.begin());
+}
+
+/** Whether a value that is not small is over five times as large as any other. */
+bool isOutOfProportion(const Numbers& values, size_t at, long least = 20) {
+    const long largest = std::max(amountsBut(values, at).second, 1L);
+    return std::labs(values[at]) >= least && std::labs(values[at]) > 5 * largest;
+}
+
+/** Whether the neighbours of a value have the other sign, and none of the three is small. */
+bool isTurnedAt(const Numbers& values, size_t at) {
+    constexpr int kLeast = 20;
+    const auto isOpposite = [&](size_t i) {
+        return i >= values.size() ||
+               (std::labs(values[i]) >= kLeast && (values[i] > 0) != (values[at] > 0));
+    };
+    return values.size() > 2 && std::labs(values[at]) >= kLeast && isOpposite(at - 1) &&
+           isOpposite(at + 1);
 }
 
 /** Whether a value would lie among others that all have the other sign if it had that as well. */
@@ -168,24 +189,23 @@ struct Curve {
 
 /** The curves over a parameter's frequencies that are whole. */
 std::vector<Curve> curvesOver(const CheckContext& context, Parameter frequency) {
-    const CheckDocument& document = context.document;
     std::vector<Curve> curves;
     for (const ReadSection& section : context.trace.getSections()) {
         const size_t container = section.sourceOf(frequency);
-        const bool isThere = container != ReadSection::kNoElement && container != 0;
-        Curve curve;
-        for (size_t i = container + 1; isThere && i < document.end(container);
-             i = document.end(i)) {
-            if (context.read(i).as == ReadElement::As::BAND) {
-                curve.bands.push_back(i);
-            }
+        if (container == ReadSection::kNoElement || container == 0) {
+            continue;
         }
+        Curve curve;
+        curve.bands = context.below(container, [&](size_t i) {
+            return context.document.parent(i) == container &&
+                   context.read(i).as == ReadElement::As::BAND;
+        });
         if (curve.bands.empty()) {
             continue;
         }
-        const ReadElement& band = context.read(curve.bands.front());
-        for (const Parameter param : band.setter->getParams()) {
-            curve.columns.push_back(&context.valuesOf(band.section, param));
+        const size_t band = curve.bands.front();
+        for (const Parameter param : context.read(band).setter->getParams()) {
+            curve.columns.push_back(&context.valuesOf(context.section(band), param));
         }
         const auto isWhole = [size = curve.bands.size()](auto* each) {
             return each->size() == size;
@@ -339,7 +359,7 @@ void addLength(const CheckContext& context, size_t matrix, size_t length, const 
 }
 
 void checkMatrix(const CheckContext& context, size_t matrix) {
-    const size_t length = context.valuesOf(context.read(matrix).section, OUTPUT_MIX_MATRIX).size();
+    const size_t length = context.valuesOf(context.section(matrix), OUTPUT_MIX_MATRIX).size();
     Rows rows;
     for (size_t i = matrix; i < context.document.end(matrix); ++i) {
         if (context.read(i).as == ReadElement::As::ROW) {
@@ -356,7 +376,7 @@ void checkMatrix(const CheckContext& context, size_t matrix) {
 
 /** With under three channels the list is made two numbers long before it is sent. */
 void checkStressAmounts(const CheckContext& context, size_t element) {
-    const size_t section = context.read(element).section;
+    const ReadSection& section = context.section(element);
     const size_t count = context.valuesOf(section, REGULATOR_STRESS_AMOUNT).size();
     const int channels = firstOr0(context.valuesOf(section, OUTPUT_CHANNELS));
     if (count != static_cast<size_t>(std::max(channels, 2))) {
@@ -382,9 +402,10 @@ void checkSubgains(const CheckContext& context, size_t element) {
 }
 
 void checkRange(const CheckContext& context, size_t element) {
-    const ReadElement& record = context.read(element);
-    const int low = firstOr0(context.valuesOf(record.section, record.setter->getParam(0)));
-    const int high = firstOr0(context.valuesOf(record.section, record.setter->getParam(1)));
+    const ReadSection& section = context.section(element);
+    const ValueSetter& setter = *context.read(element).setter;
+    const int low = firstOr0(context.valuesOf(section, setter.getParam(0)));
+    const int high = firstOr0(context.valuesOf(section, setter.getParam(1)));
     if (low > high) {
         context.add(Rule::LOW_ABOVE_HIGH, element, "goes from ", low, " to ", high);
     }
@@ -397,30 +418,8 @@ constexpr std::pair<Parameter, void (*)(const CheckContext&, size_t)> kChecks[] 
         {VIRTUAL_BASS_SUBGAINS, checkSubgains},
 };
 
-}  // namespace
-
-size_t largestOf(const Numbers& values) {
-    const auto isSmaller = [](long one, long other) { return std::labs(one) < std::labs(other); };
-    return static_cast<size_t>(std::max_element(values.begin(), values.end(), isSmaller) -
-                               values.begin());
-}
-
-bool isOutOfProportion(const Numbers& values, size_t at, long least) {
-    const long largest = std::max(amountsBut(values, at).second, 1L);
-    return std::labs(values[at]) >= least && std::labs(values[at]) > 5 * largest;
-}
-
-bool isTurnedAt(const Numbers& values, size_t at) {
-    constexpr int kLeast = 20;
-    const auto isOpposite = [&](size_t i) {
-        return i >= values.size() ||
-               (std::labs(values[i]) >= kLeast && (values[i] > 0) != (values[at] > 0));
-    };
-    return values.size() > 2 && std::labs(values[at]) >= kLeast && isOpposite(at - 1) &&
-           isOpposite(at + 1);
-}
-
-void checkSisters(const CheckContext& context) {
+/** The parts of sections against those of the others of their kind. */
+void checkParts(const CheckContext& context) {
     // It takes two others to call one the exception that lacks something, three of another's value.
     constexpr size_t kMinOwners = 2;
     constexpr size_t kMinValues = 4;
@@ -452,6 +451,7 @@ void checkSisters(const CheckContext& context) {
     }
 }
 
+/** Bands against those around them and in other curves, and numbers that go by others. */
 void checkCurves(const CheckContext& context) {
     for (const Parameter frequency :
          {AUDIO_OPTIMIZER_FREQUENCY, GEQ_FREQUENCY, IEQ_FREQUENCY, REGULATOR_FREQUENCY}) {
@@ -468,6 +468,13 @@ void checkCurves(const CheckContext& context) {
             }
         }
     }
+}
+
+}  // namespace
+
+void checkSisters(const CheckContext& context) {
+    checkParts(context);
+    checkCurves(context);
 }
 
 }  // namespace ormel::tools

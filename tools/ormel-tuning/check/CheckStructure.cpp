@@ -1,7 +1,6 @@
 #include <ormel/SpatializerParamArray.h>
 
 #include "CheckMeaning.h"
-#include "CheckText.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
@@ -66,8 +65,7 @@ void checkUnreadSettings(const CheckContext& context, size_t settings) {
 /** The element that keeps a band from its place: one too many, or behind a comment. */
 size_t misplacedAbove(const CheckContext& context, size_t band) {
     size_t element = context.document.parent(band);
-    while (context.document.parent(element) != 0 &&
-           context.document.elements().nodesBefore(element) < 2) {
+    while (context.document.parent(element) != 0 && context.document.nodesBefore(element) < 2) {
         element = context.document.parent(element);
     }
     return context.document.parent(element) != 0 ? element : context.document.parent(band);
@@ -81,18 +79,6 @@ void addBandCount(const CheckContext& context, size_t preset, size_t read) {
                      ", so the preset is dropped when its profile is applied; write ", kGeqBands);
 }
 
-/** The places of the elements below one that meet a condition. */
-template <typename Condition>
-std::vector<size_t> placesBelow(const CheckContext& context, size_t element, Condition condition) {
-    std::vector<size_t> places;
-    for (size_t i = element + 1; i < context.document.end(element); ++i) {
-        if (condition(i)) {
-            places.push_back(i);
-        }
-    }
-    return places;
-}
-
 void checkBands(const CheckContext& context, size_t preset) {
     const bool isGeq = context.section(preset).owner == ParameterOwner::GEQ_PRESET;
     const auto& names = isGeq ? GeqValueSetter::kAttrNames : IeqValueSetter::kAttrNames;
@@ -102,9 +88,7 @@ void checkBands(const CheckContext& context, size_t preset) {
     };
     const auto isRead = [&](size_t i) { return context.read(i).as == As::BAND; };
     const auto isLike = [&](size_t i) { return has(i, names[0]) || has(i, names[1]); };
-    const auto below = [&](const auto& condition) {
-        return placesBelow(context, preset, condition);
-    };
+    const auto below = [&](const auto& condition) { return context.below(preset, condition); };
     const auto lostFirst = below([&](size_t i) { return context.isLostFirst(i); });
     // Bands that were read and that were not, those of the other type, and what ended the bands.
     const auto valid = below([&](size_t i) { return isRead(i) && isLike(i); });
@@ -198,14 +182,11 @@ size_t checkStop(const CheckContext& context) {
         return context.document.size();
     }
     const size_t tuning = context.trace.getSections()[section].element;
-    std::vector<size_t> unread;
-    for (size_t i = context.document.end(tuning); i < context.document.size();
-         i = context.document.end(i)) {
-        if (context.isNamed(i, Element::PROFILE) || context.isNamed(i, Element::PRESET) ||
-            context.isNamed(i, Element::TUNING)) {
-            unread.push_back(i);
-        }
-    }
+    const auto unread = context.below(0, [&](size_t i) {
+        return i > tuning && context.document.parent(i) == 0 &&
+               (context.isNamed(i, Element::PROFILE) || context.isNamed(i, Element::PRESET) ||
+                context.isNamed(i, Element::TUNING));
+    });
     const std::string what =
             unread.empty() ? "nothing follows"
                            : concat(countText(unread.size(), "section", "sections"), " from line ",
@@ -218,16 +199,13 @@ size_t checkStop(const CheckContext& context) {
 
 /** Whether there is nothing in it, nor in its data. */
 bool isEmpty(const CheckContext& context, const ReadSection& section) {
-    const size_t end = context.document.end(section.element);
-    for (size_t i = section.element + 1; i < end; ++i) {
+    const auto isRead = [&](size_t i) {
         const ReadElement& record = context.read(i);
         const bool isEmptyData =
                 context.document.end(i) == i + 1 && record.isEntered && record.as == As::NOTHING;
-        if (!isEmptyData && !record.is(Element::DEVICE_ID)) {
-            return false;
-        }
-    }
-    return section.kind != Element::DEVICE_ID;
+        return !isEmptyData && !record.is(Element::DEVICE_ID);
+    };
+    return section.kind != Element::DEVICE_ID && context.below(section.element, isRead).empty();
 }
 
 void checkSections(const CheckContext& context) {
