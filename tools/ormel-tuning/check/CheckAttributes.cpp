@@ -314,7 +314,8 @@ class AttributeCheck {
         }
         if ((isRow || isAll) && mAttributes.empty()) {
             add(Rule::MISSING_ATTRIBUTE, "",
-                isRow ? "has no attribute, so no values" : "has no attributes, so no values");
+                isRow ? "has no attribute, so no values; add one that holds them all"
+                      : "has no attributes, so no values; add one for each value");
         } else if (isRow) {
             checkRow(mAttributes.front());
         }
@@ -347,7 +348,7 @@ class AttributeCheck {
             // Settings are picked from what there is, the others are asked for.
             const bool isSetting = record.is(DocumentElement::GLOBAL_SETTING);
             add(Rule::UNKNOWN_ATTRIBUTE, attribute.name, "is not looked at",
-                isRow ? "; of a row the first attribute counts"
+                isRow ? "; a row is read from its first attribute only"
                       : suggested(attribute.name, names, isSetting ? "" : "the reader asks for"));
         }
     }
@@ -362,7 +363,8 @@ class AttributeCheck {
         }
         if (fault == TextFault::EMPTY) {
             add(&holds == &kColumn ? Rule::SHORT_COLUMN : Rule::MISSING_ATTRIBUTE, name,
-                isMissing ? "is missing, which " : "is empty, which ", holds.empty);
+                isMissing ? "is missing, which " : "is empty, which ", holds.empty, "; write ",
+                name, "=\"...\"");
         } else if (fault != TextFault::NONE) {
             addFaulty(fault, *found, holds);
         } else if (holds.names != nullptr) {
@@ -411,7 +413,8 @@ class AttributeCheck {
         const std::string ends =
                 " ends the row after " + countText(fault.read, "number", "numbers");
         if (fault.fault == TextFault::EMPTY) {
-            add(Rule::MISSING_ATTRIBUTE, row.name, "is empty, so there are no values");
+            add(Rule::MISSING_ATTRIBUTE, row.name, "is empty, so there are no values; write ",
+                row.name, "=\"...\"");
         } else if (fault.fault == TextFault::OUT_OF_RANGE) {
             add(Rule::OUT_OF_RANGE, row.name, fault.at, " does not fit 32 bits and", ends);
         } else if (fault.fault == TextFault::NOT_A_NUMBER) {

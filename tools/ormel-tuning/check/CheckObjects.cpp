@@ -198,12 +198,15 @@ void checkDefaults(const CheckContext& context, const Devices& devices) {
             continue;
         }
         const std::string similar = device != nullptr ? name : nearestOf(name, names);
-        const std::string remedy = device != nullptr || similar.empty()
-                                           ? "bind it with device_id"
-                                           : "does " + similar + " misspell it?";
+        const std::string remedy =
+                device != nullptr ? concat("write endpoint_port=\"", kPortNames[port], '"')
+                : similar.empty() ? concat("add <device_id id=\"", name, "\" endpoint_port=\"",
+                                           kPortNames[port], "\"/>")
+                                  : "is " + similar + " misspelt?";
         context.add(Rule::MISSING_DEFAULT_DEVICE,
-                    similar.empty() ? 0 : devices.at(similar)->element, "port ", kPortNames[port],
-                    " starts with tuning device ", name, ", which is not on it; ", remedy);
+                    similar.empty() ? 0 : devices.at(similar)->element, "no device_id names ", name,
+                    " on port ", kPortNames[port],
+                    ", so the port gets no tuning until another device is selected; ", remedy);
     }
 }
 

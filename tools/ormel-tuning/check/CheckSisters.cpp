@@ -249,10 +249,13 @@ bool checkFrequencies(const CheckContext& context, const Curve& curve, const Num
         return false;
     }
     const size_t band = std::min(place, own.size() - 1);
+    const bool isFalling = band != 0 && own[band - 1] >= own[band];
     context.add(isAscending ? Rule::FREQUENCY_UNLIKE : Rule::FREQUENCY_ORDER, curve.bands[band],
                 "frequency ", own[band],
-                isAscending ? " is unlike the others of its kind" : " is out of order",
-                isExpected ? concat("; they have ", (*usual)[place]) : "");
+                isAscending ? " is unlike those of its kind"
+                : isFalling ? concat(" is out of order after ", own[band - 1])
+                            : " is out of order",
+                isExpected ? concat("; the others have ", (*usual)[place]) : "");
     return false;
 }
 
@@ -355,7 +358,7 @@ void addLength(const CheckContext& context, size_t matrix, size_t length, const 
         matrix = context.document.parent(rows.begin()->first);
     }
     context.add(Rule::MIX_MATRIX_LENGTH, matrix, "has ", countText(length, "number", "numbers"),
-                " in place of ", wanted);
+                "; write ", wanted);
 }
 
 void checkMatrix(const CheckContext& context, size_t matrix) {
