@@ -55,7 +55,6 @@ expect 0 --fail-on note --disable absent absent.xml
 expect 0 --config "$temp/options" absent.xml
 expect 1 --config "$temp/options" implausible.xml
 expect 0 --fail-on error repeated-value.xml
-expect 2 --disable no-such-rule absent.xml
 expect 2 --config "$temp/misspelt" absent.xml
 
 # The examples have no findings, except faulty.xml, which has three.
@@ -107,7 +106,14 @@ for file in "$temp/absent.xml" "$temp/pipe"; do
     grep -q '^1 file checked' "$temp/out" || fail "$file: $(<"$temp/out")"
 done
 expect 2
-expect 2 --explain no-such-rule
+for option in --explain --disable; do
+    expect 2 "$option" no-such-rule absent.xml
+    grep -qx "ormel-tuning: there is no rule 'no-such-rule'; see check --rules" "$temp/err" ||
+        fail "$option: $(<"$temp/err")"
+    expect 2 "$option" missing_attribute absent.xml
+    grep -q "the nearest is 'missing-attribute'; see check --rules" "$temp/err" ||
+        fail "$option: $(<"$temp/err")"
+done
 expect 2 --schema "$temp/absent.xsd" empty.xml
 
 ((failures == 0))

@@ -101,18 +101,29 @@ void printText(const std::string& file, Findings& findings, const Style& style) 
     }
 }
 
-void explain(const CheckOptions& options) {
-    const auto* const row = std::find_if(std::begin(kRules), std::end(kRules),
-                                         [&](auto& each) { return each.id == options.explain; });
-    if (row == std::end(kRules)) {
-        throw std::runtime_error("there is no rule '" + options.explain + "'; see check --rules");
+/** The rule of an id. Throws std::runtime_error, which says the nearest one, for no rule. */
+const RuleRow& ruleOf(const std::string& id) {
+    std::vector<std::string> ids;
+    for (const RuleRow& row : kRules) {
+        ids.emplace_back(row.id);
+        if (id == row.id) {
+            return row;
+        }
     }
+    const std::string nearest = nearestOf(id, ids);
+    throw std::runtime_error("there is no rule '" + id + "'; " +
+                             (nearest.empty() ? "" : "the nearest is '" + nearest + "'; ") +
+                             "see check --rules");
+}
+
+void explain(const CheckOptions& options) {
+    const RuleRow& row = ruleOf(options.explain);
     if (options.json) {
-        printJson(*row, std::cout);
+        printJson(row, std::cout);
         return;
     }
-    std::cout << row->id << " (" << severityName(row->severity) << ")\n"
-              << wrapped(row->sentence, 0) << "\nInstead: " << wrapped(row->remedy, 0) << '\n';
+    std::cout << row.id << " (" << severityName(row.severity) << ")\n"
+              << wrapped(row.sentence, 0) << "\nInstead: " << wrapped(row.remedy, 0) << '\n';
 }
 
 /** A list in Markdown. */
@@ -189,6 +200,7 @@ int checkFiles(const CheckOptions& options) {
 }
 
 int run(const CheckOptions& options) {
+    std::for_each(options.disabled.begin(), options.disabled.end(), ruleOf);
     if (options.rules) {
         printRules(options.json);
     } else if (!options.explain.empty()) {
@@ -216,16 +228,12 @@ void addCheck(CLI::App& app, int& status) {
     command->add_option("--fail-on", options->failOn, "The least severity that gives status 1")
             ->check(CLI::IsMember({"error", "warning", "note"}))
             ->capture_default_str();
-    std::vector<std::string> ids;
-    for (const RuleRow& row : kRules) {
-        ids.emplace_back(row.id);
-    }
     command->add_option("--disable", options->disabled, "A rule to do without; may be repeated")
-            ->check(CLI::Validator(CLI::IsMember(ids)).description(""))
             ->type_name("ID")
             ->allow_extra_args(false);
     // Options of a subcommand are read from the application's file.
-    app.set_config("--config", "", "A file with options: [check], and in it fail-on and disable");
+    app.set_config("--config", "", "A file with options: [check], and in it fail-on and disable")
+            ->type_name("FILE");
     app.allow_config_extras(CLI::config_extras_mode::error);
     command->fallthrough();
     command->add_flag("--rules", options->rules, "List all rules, in Markdown");
