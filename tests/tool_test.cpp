@@ -276,13 +276,13 @@ TEST(JsonTest, PrintsEachCommandsData) {
     {"line": 10, "severity": "error", "id": "misspelt-boolean",
      "element": "bass-extraction-enable", "attribute": "value",
      "what": "\"no\" reads as 0; write false",
-     "remedy": "Write true or false, in small letters and without blanks."})"_json},
+     "remedy": "Write true or false, in lower case and without blanks."})"_json},
             {kCheck, "/checked", 2},
             {kCheck, "/errors", 5},
             {kCheck, "/warnings", 4},
             {"check --json --explain repeated-tuning", "", R"(
     {"id": "repeated-tuning", "severity": "error",
-     "sentence": "Two tunings have one name. Devices of either get the first one.",
+     "sentence": "Two tunings have the same name. The devices of both get the first one.",
      "remedy": "Give each tuning a name of its own."})"_json},
     };
     for (const auto& [arguments, place, expected] : cases) {
