@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# Installs the project and tests the tool's man page and completions: installed_tool.sh BUILD-FOLDER
+# Installs the project and tests the tool's man page and completions:
+# installed_tool.sh BUILD-FOLDER [EMULATOR...]
 set -euo pipefail
 build=$1
+emulator=("${@:2}")
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 failures=0
@@ -11,7 +13,9 @@ fail() {
 }
 
 cmake --install "$build" --prefix "$root" >/dev/null
-export PATH=$root/bin:$PATH
+ormel-tuning() {
+    "${emulator[@]}" "$root/bin/ormel-tuning" "$@"
+}
 
 for file in bin/ormel-tuning share/man/man1/ormel-tuning.1 \
     share/bash-completion/completions/ormel-tuning share/zsh/vendor-completions/_ormel-tuning \
