@@ -12,6 +12,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <ctime>
@@ -366,23 +367,27 @@ int main(int argc, char* argv[]) {
         arguments.erase(arguments.begin(), arguments.begin() + 2);
     }
     const std::string wanted = arguments.empty() ? "" : arguments[0];
-    int count = 0;
+    std::vector<Trial> trials = allTrials();
+    const auto isOther = [&](const Trial& trial) {
+        return trial.name.find(wanted) == std::string::npos;
+    };
+    trials.erase(std::remove_if(trials.begin(), trials.end(), isOther), trials.end());
+    if (trials.empty()) {
+        (void)std::fprintf(stderr, "hostile: no document matches '%s'\n", wanted.c_str());
+        return 2;
+    }
     int missed = 0;
     if (folder.empty()) {
         std::printf("%-60s %6s %8s %8s %7s %8s %8s\n", "document", "kB", "parse s", "load s",
                     "ratio", "parse MB", "load MB");
     }
-    for (const Trial& trial : allTrials()) {
-        if (trial.name.find(wanted) == std::string::npos) {
-            continue;
-        }
-        ++count;
+    for (const Trial& trial : trials) {
         if (folder.empty()) {
             missed += run(trial) ? 0 : 1;
         } else {
             save(trial, folder);
         }
     }
-    std::printf("%d documents, %d missed\n", count, missed);
-    return count > 0 && missed == 0 ? 0 : 1;
+    std::printf("%zu documents, %d missed\n", trials.size(), missed);
+    return missed == 0 ? 0 : 1;
 }

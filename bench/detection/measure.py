@@ -225,6 +225,9 @@ def arguments() -> argparse.Namespace:
 def main() -> int:
     options = arguments()
     kinds = [kind for kind in KINDS if options.kind in f"{kind.group}: {kind.name}"]
+    if not kinds:
+        print(f"script/detection: no kind matches '{options.kind}'", file=sys.stderr)
+        return 2
     paths = {path.stem: path for path in options.examples}
     sources = [Source(name, path.read_text("utf-8")) for name, path in paths.items()]
     report = Report()
