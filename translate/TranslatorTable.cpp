@@ -47,11 +47,11 @@ static_assert(kParameterCount <= 255 && kKivParameterCount <= 256, "rows hold th
 // clang-format off
 constexpr TranslatorRow kTranslatorRows[] = {
     {kKind<SimpleTranslator>,  GRAPHIC_EQUALIZER_ENABLE,                            GEON},
-    {kKind<GeqTranslator>},
+    {kKind<GeqTranslator>},                                                      // GEBS
     {kKind<SimpleTranslator>,  IEQ_ENABLE,                                          IEON},
     {kKind<SimpleTranslator>,  IEQ_AMOUNT,                                          IEA},
     {kKind<SimpleTranslator>,  IEQ_ID,                                              IEID},
-    {kKind<IeqTranslator>},
+    {kKind<IeqTranslator>},                                                      // IEBS
     {kKind<SimpleTranslator>,  MI_DIALOG_ENHANCER_STEERING_ENABLE,                  MDEE},
     {kKind<SimpleTranslator>,  MI_DV_LEVELER_STEERING_ENABLE,                       MDLE},
     {kKind<SimpleTranslator>,  MI_IEQ_STEERING_ENABLE,                              MIEE},
@@ -59,16 +59,16 @@ constexpr TranslatorRow kTranslatorRows[] = {
     {kKind<SimpleTranslator>,  MI_ADAPTIVE_VIRTUALIZER_STEERING_ENABLE,             MAVE},
     {kKind<SimpleTranslator>,  MI_VIRTUALIZER_BINAURAL_STEERING_ENABLE,             MVBE},
     {kKind<SimpleTranslator>,  AUDIO_OPTIMIZER_ENABLE,                              AOON},
-    {kKind<AudioOptimizerTranslator>},
+    {kKind<AudioOptimizerTranslator>},                                           // AOBS
     {kKind<SimpleTranslator>,  BASS_ENHANCER_ENABLE,                                BEON},
     {kKind<SimpleTranslator>,  BASS_ENHANCER_BOOST,                                 BEB},
     {kKind<SimpleTranslator>,  BASS_ENHANCER_CUTOFF_FREQUENCY,                      BECF},
     {kKind<SimpleTranslator>,  BASS_ENHANCER_WIDTH,                                 BEW},
     {kKind<SimpleTranslator>,  CALIBRATION_BOOST,                                   PLB},
-    {kKind<DeAmountTranslator>},
+    {kKind<DeAmountTranslator>},                                                 // DEA
     {kKind<SimpleTranslator>,  DIALOG_ENHANCER_ENABLE,                              DEON},
     {kKind<SimpleTranslator>,  DIALOG_ENHANCER_DUCKING,                             DED},
-    {kKind<AudioRegulatorTranslator>},
+    {kKind<AudioRegulatorTranslator>},                                           // ARSA, ARBS, RSSA
     {kKind<SimpleTranslator>,  REGULATOR_DISTORTION_SLOPE,                          ARDS},
     {kKind<SimpleTranslator>,  REGULATOR_ENABLE,                                    ARON},
     {kKind<SimpleTranslator>,  REGULATOR_SPEAKER_DIST_ENABLE,                       ARDE},
@@ -77,8 +77,8 @@ constexpr TranslatorRow kTranslatorRows[] = {
     {kKind<SimpleTranslator>,  REGULATOR_SIBILANCE_SUPPRESS_ENABLE,                 RSSE},
     {kKind<SimpleTranslator>,  SURROUND_DECODER_ENABLE,                             NGON},
     {kKind<SimpleTranslator>,  SURROUND_BOOST,                                      DSB},
-    {kKind<VirtualBassEnableTranslator>},
-    {kKind<VirtualBassTranslator>},
+    {kKind<VirtualBassEnableTranslator>},                                        // VBM, VBON
+    {kKind<VirtualBassTranslator>},                                              // VBSF, VBMF
     {kKind<SimpleTranslator>,  VIRTUAL_BASS_OVERALL_GAIN,                           VBOG},
     {kKind<SimpleTranslator>,  VIRTUAL_BASS_SLOPE_GAIN,                             VBSG},
     {kKind<SimpleTranslator>,  VIRTUAL_BASS_SUBGAINS,                               VBHG},
@@ -96,7 +96,7 @@ constexpr TranslatorRow kTranslatorRows[] = {
     {kKind<SimpleTranslator>,  VOLUME_LEVELER_OUT_TARGET,                           DVLO},
     {kKind<SimpleTranslator>,  VOLUME_MODELER_ENABLE,                               DVME},
     {kKind<SimpleTranslator>,  VOLUME_MODELER_CALIBRATION,                          DVMC},
-    {kKind<OutputModeTranslator>},
+    {kKind<OutputModeTranslator>},                                               // DOM
     {kKind<SimpleTranslator>,  HEIGHT_FILTER_MODE,                                  DHFM},
     {kKind<SimpleTranslator>,  VIRTUALIZER_FRONT_SPEAKER_ANGLE,                     DFSA},
     {kKind<SimpleTranslator>,  VIRTUALIZER_SURROUND_SPEAKER_ANGLE,                  DSA},
@@ -106,16 +106,16 @@ constexpr TranslatorRow kTranslatorRows[] = {
     {kKind<SimpleTranslator>,  VIRTUALIZER_START_BAND,                              SVSB},
     {kKind<SimpleTranslator>,  HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE,       VSSD},
     {kKind<SimpleTranslator>,  COMPLEX_EQUALIZER_ENABLE,                            CEON},
-    {kKind<ComplexEqualizerTranslator>},
+    {kKind<ComplexEqualizerTranslator>},                                         // CEQT
     {kKind<SimpleTranslator>,  PEAK_VALUE,                                          DPLP},
-    {kKind<CustomDRCTranslator>},
+    {kKind<CustomDRCTranslator>},                                                // DRCM
     {kKind<SimpleTranslator>,  HEARING_PROTECTION_ENABLE,                           HPON},
     {kKind<SimpleTranslator>,  HEARING_PROTECTION_RMS_AVERAGING_TIME_WIN_LEN,       HPTW},
     {kKind<SimpleTranslator>,  HEARING_PROTECTION_RMS_ATTENUATION_TARGET,           HPAT},
     {kKind<SimpleTranslator>,  HEARING_PROTECTION_ATTENUATION_ATTACK_TIME,          HPAA},
     {kKind<SimpleTranslator>,  HEARING_PROTECTION_ATTENUATION_RELEASE_TIME,         HPAR},
     {kKind<SimpleTranslator>,  BASS_MBDRC_ENABLE,                                   BMDE},
-    {kKind<BassMbdrcTranslator>},
+    {kKind<BassMbdrcTranslator>},                                                // BMDT
     {kKind<SimpleTranslator>,  REVERB_SUPPRESSION_AMOUNT,                           RVSA},
     {kKind<SimpleTranslator>,  REVERB_SUPPRESSION_ENABLE,                           RVSE},
     {kKind<SimpleTranslator>,  HEADPHONE_VIRTUALIZER_MODE,                          HVM},
