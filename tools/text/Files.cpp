@@ -23,10 +23,6 @@ constexpr char kStandardInput[] = "-";
 constexpr int kPatience = 1000;
 constexpr int kForEver = -1;
 
-[[noreturn]] void fail(const std::string& name) {
-    throw std::runtime_error(name + ": " + std::generic_category().message(errno));
-}
-
 std::string readAll(int from, const std::string& name) {
     const int patience = from == STDIN_FILENO ? kForEver : kPatience;
     std::string text;
@@ -41,7 +37,7 @@ std::string readAll(int from, const std::string& name) {
             return text;
         }
         if (count < 0 && errno != EAGAIN && errno != EINTR) {
-            fail(name);
+            throw std::system_error(errno, std::generic_category(), name);
         }
         text.append(block, static_cast<size_t>(std::max<ssize_t>(count, 0)));
         if (text.size() > DocumentBudget::kMaxDocumentBytes) {
@@ -58,7 +54,7 @@ std::string readByName(const std::string& name) {
     // A pipe that nobody writes to must not be waited for.
     const int file = ::open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (file < 0) {
-        fail(name);
+        throw std::system_error(errno, std::generic_category(), name);
     }
     const std::shared_ptr<void> closer(nullptr, [file](void* /* none */) { ::close(file); });
     return readAll(file, name);
@@ -83,7 +79,7 @@ bool isFile(const std::string& name) {
 void writeFile(const std::string& path, const std::string& content) {
     std::ofstream target(path, std::ios::binary | std::ios::trunc);
     if (!target.write(content.data(), static_cast<std::streamsize>(content.size())).flush()) {
-        fail(path);
+        throw std::system_error(errno, std::generic_category(), path);
     }
 }
 

@@ -13,8 +13,6 @@ namespace ormel::tools {
 
 namespace {
 
-constexpr size_t kMaxLineLength = 400;
-
 /** A text in small letters, with dashes for what may part its words. */
 std::string likeness(std::string_view text) {
     std::string like = lowered(trimmed(text));
@@ -62,23 +60,20 @@ std::string countText(size_t count, const std::string& one, const std::string& m
 }
 
 std::string printable(std::string text) {
-    constexpr char kDelete = '\x7f';
-    // The second half of a control character beyond ASCII, whose first half is 0xc2 in UTF-8.
-    const auto isHighControl = [](unsigned char byte) { return byte >= 0x80 && byte < 0xa0; };
     for (size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        const bool isPair = byte == 0xc2 && i + 1 < text.size() &&
-                            isHighControl(static_cast<unsigned char>(text[i + 1]));
-        if (isPair) {
-            text.replace(i, 2, "?");
-        } else if (byte < ' ' || text[i] == kDelete) {
-            text[i] = '?';
+        const auto next = static_cast<unsigned char>(text.c_str()[i + 1]);
+        // In UTF-8, control characters beyond ASCII are two bytes.
+        const bool isPair = byte == 0xc2 && next >= 0x80 && next < 0xa0;
+        if (isPair || byte < ' ' || byte == 0x7f) {
+            text.replace(i, isPair ? 2 : 1, "?");
         }
     }
     return text;
 }
 
 std::vector<std::string> linesOf(const std::string& text) {
+    constexpr size_t kMaxLineLength = 400;
     std::vector<std::string> lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
@@ -204,8 +199,7 @@ std::vector<int32_t> integersOf(const std::string& text) {
 Style::Style() {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): the tool has one thread.
     const char* const noColour = std::getenv("NO_COLOR");
-    const bool isRefused = noColour != nullptr && *noColour != '\0';
-    mColour = !isRefused && ::isatty(STDOUT_FILENO) != 0;
+    mColour = (noColour == nullptr || *noColour == '\0') && ::isatty(STDOUT_FILENO) != 0;
 }
 
 std::string Style::coloured(const char* code, const std::string& text) const {

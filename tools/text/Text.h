@@ -60,8 +60,7 @@ using Sections = std::vector<std::pair<std::string, std::string>>;
 /** Appends a text to the last section if that has the title, else to a new one. */
 void addToSections(const std::string& title, const std::string& text, Sections& sections);
 
-/** Sections one after another with the same text share it; one without a title has no line for it.
- */
+/** Neighbours with the same text share it. A section without a title has no line for it. */
 void printSections(const Sections& sections, std::ostream& out);
 
 /** The integers of a comma list; any other text throws std::runtime_error, which names it. */
