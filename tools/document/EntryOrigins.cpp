@@ -20,24 +20,21 @@ EntryOrigins::EntryOrigins(const LoadedDocument& document) : mDocument(document)
         }
     }
     mSpeakerTuning = firstTunings[document.store().getSelectedTuningDevice(PORT_INTERNAL_SPEAKER)];
-    const auto add = [this](const ParameterValues* object, ParameterOwner owner, int id,
-                            bool isSpeakers = false) {
-        mObjects[{owner, std::to_string(id), isSpeakers}].push_back(object);
+    const auto addAll = [this](ParameterOwner owner, const auto& all, auto getId) {
+        for (const auto* const object : all) {
+            mObjects[{owner, std::to_string((object->*getId)()), false}].push_back(object);
+        }
     };
-    for (const IeqPreset* const preset : objects.getIeqPresets()) {
-        add(preset, ParameterOwner::IEQ_PRESET, preset->getPresetId());
-    }
-    for (const Profile* const profile : objects.getProfiles()) {
-        add(profile, ParameterOwner::PROFILE, profile->getProfileId());
-    }
-    for (const GeqPreset* const preset : objects.getGeqPresets()) {
-        add(preset, ParameterOwner::GEQ_PRESET, preset->getProfileId());
-    }
+    addAll(ParameterOwner::IEQ_PRESET, objects.getIeqPresets(), &IeqPreset::getPresetId);
+    addAll(ParameterOwner::GEQ_PRESET, objects.getGeqPresets(), &GeqPreset::getProfileId);
+    addAll(ParameterOwner::PROFILE, objects.getProfiles(), &Profile::getProfileId);
     for (const ProfileEndpoint* const endpoint : objects.getProfileEndpoints()) {
         // Others are never sent.
         if (endpoint->getEndpoint() != ENDPOINT_OTHER) {
-            add(endpoint, ParameterOwner::PROFILE_ENDPOINT, endpoint->getProfileId(),
-                endpoint->getEndpoint() == ENDPOINT_SPEAKER);
+            const bool isSpeakers = endpoint->getEndpoint() == ENDPOINT_SPEAKER;
+            mObjects[{ParameterOwner::PROFILE_ENDPOINT, std::to_string(endpoint->getProfileId()),
+                      isSpeakers}]
+                    .push_back(endpoint);
         }
     }
 }

@@ -1,7 +1,7 @@
 // Where the entries of packed lists come from.
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <map>
 #include <string>
 #include <tuple>

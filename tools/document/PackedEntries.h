@@ -58,8 +58,7 @@ struct Shape {
  */
 std::optional<Shape> shapeOf(int32_t code, const std::vector<int32_t>& values);
 
-/** The shape of values that begin with some that stand for themselves; none for fewer than those.
- */
+/** The shape of values whose first stand for themselves; none if there are fewer. */
 std::optional<Shape> shapeOf(const std::vector<int32_t>& values,
                              std::initializer_list<const char*> fields, const char* restName);
 

@@ -6,14 +6,6 @@
 
 namespace ormel::tools {
 
-namespace {
-
-const xmlChar* toXml(std::string_view text) {
-    return reinterpret_cast<const xmlChar*>(text.data());
-}
-
-}  // namespace
-
 /**
  * Takes a document in while libxml2 parses it, and builds no tree. The content of entities is no
  * part of the document here and goes to libxml2's own handlers.
@@ -50,6 +42,10 @@ class XmlElements::Reader {
     }
 
   private:
+    static const xmlChar* toXml(std::string_view text) {
+        return reinterpret_cast<const xmlChar*>(text.data());
+    }
+
     static int readOn(void* source, char* buffer, int room) {
         auto& rest = *static_cast<std::string_view*>(source);
         const size_t size = rest.copy(buffer, static_cast<size_t>(room));
