@@ -67,6 +67,12 @@ std::vector<Origins> EntryOrigins::originsOf(const EffectList& list) const {
     return all;
 }
 
+const ParameterValues* EntryOrigins::tuningOf(const EffectList& list) const {
+    const auto found = mObjects.find({ParameterOwner::TUNING, list.name, false});
+    const bool isTuning = list.kind == EffectList::Kind::TUNING;
+    return isTuning && found != mObjects.end() ? found->second.front() : nullptr;
+}
+
 Origins EntryOrigins::originsOf(const Entry& entry, const ParameterValues& object) const {
     Origins origins;
     for (const Parameter param : sourcesOf(entry, object)) {

@@ -45,6 +45,9 @@ class EntryOrigins {
     /** The origins of each entry of a list, in order. */
     std::vector<Origins> originsOf(const EffectList& list) const;
 
+    /** The tuning that a device's list is made from; null for other lists. */
+    const ParameterValues* tuningOf(const EffectList& list) const;
+
   private:
     /** A class of objects, the number or name that they go by, and whether they are a speaker's. */
     using Key = std::tuple<ParameterOwner, std::string, bool>;

@@ -29,6 +29,11 @@ Exit status: 0 fine, 1 findings or differences, 2 could not do the work.
 Example:
   ormel-tuning show examples/tablet-quad.xml --profile movie --device speaker)";
 
+/** In the order of the help. */
+constexpr void (*kCommands[])(CLI::App& app, int& status) = {
+        ormel::tools::addCheck, ormel::tools::addShow, ormel::tools::addApply,
+        ormel::tools::addDiff,  ormel::tools::addPlot, ormel::tools::addReport};
+
 /** How many letters must be added, removed or replaced to make one text of the other. */
 size_t distance(std::string_view from, std::string_view to) {
     std::vector<size_t> row(to.size() + 1);
@@ -59,12 +64,9 @@ CLI::App& commandOf(CLI::App& app, const std::string& name) {
 }
 
 void addCommands(CLI::App& app, int& status) {
-    ormel::tools::addCheck(app, status);
-    ormel::tools::addShow(app);
-    ormel::tools::addApply(app);
-    ormel::tools::addDiff(app, status);
-    ormel::tools::addPlot(app);
-    ormel::tools::addReport(app);
+    for (const auto add : kCommands) {
+        add(app, status);
+    }
     app.require_subcommand(1);
     app.footer(kFooter);
     app.set_version_flag("--version", "ormel-tuning " ORMEL_VERSION);

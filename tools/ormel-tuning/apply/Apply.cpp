@@ -263,7 +263,7 @@ void runApply(const ApplyOptions& options) {
 
 }  // namespace
 
-void addApply(CLI::App& app) {
+void addApply(CLI::App& app, int& /* status */) {
     CLI::App* const command = app.add_subcommand(
             "apply", "Show every call that a tuning document makes an effect get");
     const auto options = std::make_shared<ApplyOptions>();

@@ -35,6 +35,8 @@ constexpr const char* kOffColour = "#8c8c8c";
 constexpr int kDashes[] = {1, 2, 4, 5};
 constexpr int kPoints[] = {7, 5, 9, 11, 6, 4, 8, 10};
 constexpr size_t kMaxKeyRows = 4;
+/** Lines that the tics of an axis and its label take. */
+constexpr size_t kAxisLines = 4;
 
 /** What the values run over. */
 struct Axis {
@@ -122,23 +124,20 @@ Scales scalesOf(const std::vector<Picture>& pictures) {
     return scales;
 }
 
-const char* drawingSettings() {
-    return kSettings;
-}
-
 size_t legendLines(const Picture& picture) {
     return std::min(picture.curves.size(), kMaxKeyRows);
 }
 
-void writePicture(const Picture& picture, const Scales& scales, std::ostream& script) {
+void writePicture(const Picture& picture, const Scales& scales, size_t legendLines,
+                  std::ostream& script) {
     Axis axis = isOverFrequency(picture.kind) ? kFrequencies : kPlaces;
     writeData(picture, axis, script);
     script << axis.settings << "set ylabel '" << picture.kind->valueName << "'\nset yrange [";
     if (const auto scale = scales.find(picture.kind); scale != scales.end()) {
         script << scale->second.first << ':' << scale->second.second;
     }
-    script << "]\nset key maxrows " << kMaxKeyRows << "\nplot [" << axis.low << ':' << axis.high
-           << "] ";
+    script << "]\nset key maxrows " << kMaxKeyRows << "\nset bmargin " << kAxisLines + legendLines
+           << "\nplot [" << axis.low << ':' << axis.high << "] ";
     std::map<std::string, size_t> styles;
     for (size_t i = 0; i < picture.curves.size(); ++i) {
         const Curve& curve = picture.curves[i];
@@ -166,7 +165,7 @@ std::string drawnByGnuplot(const std::string& script) {
     const ScratchFile in;
     const ScratchFile out;
     const ScratchFile messages;
-    writeFile(in.path(), script);
+    writeFile(in.path(), kSettings + script);
     // Without the user's own settings (-d), which would change the picture.
     const std::string command =
             "gnuplot -d <" + in.path() + " >" + out.path() + " 2>" + messages.path();

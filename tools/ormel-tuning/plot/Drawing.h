@@ -18,14 +18,15 @@ using Scales = std::map<const PictureKind*, std::pair<int64_t, int64_t>>;
 
 Scales scalesOf(const std::vector<Picture>& pictures);
 
-/** Colours, dashes and axes, which every script begins with. */
-const char* drawingSettings();
-
 /** Lines that the legend of a picture takes. */
 size_t legendLines(const Picture& picture);
 
-/** Draws a picture; on the scale of its kind, where there is one. */
-void writePicture(const Picture& picture, const Scales& scales, std::ostream& script);
+/**
+ * Draws a picture, above room for so many lines of a legend; on the scale of its kind, where there
+ * is one.
+ */
+void writePicture(const Picture& picture, const Scales& scales, size_t legendLines,
+                  std::ostream& script);
 
 /** A text as a literal of a script, in which nothing of it is more than itself. */
 std::string gnuplotLiteral(const std::string& text);

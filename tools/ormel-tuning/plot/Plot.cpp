@@ -24,8 +24,6 @@ constexpr size_t kMaxPages = 40;
 constexpr size_t kWidth = 1200;
 constexpr size_t kRowHeight = 440;
 constexpr size_t kTitleHeight = 40;
-/** Lines that an axis of places takes. */
-constexpr size_t kAxisLines = 4;
 
 struct PlotOptions {
     std::string file;
@@ -59,18 +57,14 @@ std::string scriptFor(const std::vector<Picture>& pictures, const Scales& scales
     const size_t rows = (pictures.size() + kPicturesPerRow - 1) / kPicturesPerRow;
     std::ostringstream script;
     script << "set terminal " << terminalFor(output, rows) << '\n'
-           << drawingSettings() << "set multiplot layout " << rows << ',' << kPicturesPerRow
-           << " title " << gnuplotLiteral(title) << " noenhanced\n";
+           << "set multiplot layout " << rows << ',' << kPicturesPerRow << " title "
+           << gnuplotLiteral(title) << " noenhanced\n";
     for (size_t i = 0; i < pictures.size(); ++i) {
         const Picture& picture = pictures[i];
-        if (i % kPicturesPerRow == 0) {
-            const Picture& next = pictures[std::min(i + 1, pictures.size() - 1)];
-            script << "set bmargin "
-                   << kAxisLines + std::max(legendLines(picture), legendLines(next)) << '\n';
-        }
+        const Picture& beside = pictures[i % 2 == 1 ? i - 1 : std::min(i + 1, pictures.size() - 1)];
         script << "set title " << gnuplotLiteral(titleOf(picture)) << ".\"\\n\"."
                << gnuplotLiteral(picture.flags) << " noenhanced\n";
-        writePicture(picture, scales, script);
+        writePicture(picture, scales, std::max(legendLines(picture), legendLines(beside)), script);
     }
     script << "unset multiplot\n";
     return script.str();
@@ -116,7 +110,7 @@ void plot(const PlotOptions& options) {
 
 }  // namespace
 
-void addPlot(CLI::App& app) {
+void addPlot(CLI::App& app, int& /* status */) {
     CLI::App* const command =
             app.add_subcommand("plot", "Draw the curves of a tuning document over frequency");
     const auto options = std::make_shared<PlotOptions>();

@@ -37,7 +37,6 @@ constexpr size_t kWidth = 440;
 /** Of a picture without its legend. */
 constexpr size_t kHeight = 300;
 constexpr size_t kLineHeight = 18;
-constexpr size_t kAxisLines = 4;
 constexpr size_t kMaxPictures = 120;
 
 struct ReportOptions {
@@ -113,9 +112,8 @@ std::string scriptFor(const std::vector<Picture>& pictures) {
     for (size_t i = 0; i < pictures.size(); ++i) {
         const size_t lines = legendLines(pictures[i]);
         script << "set terminal svg name 'picture" << i << "' size " << kWidth << ','
-               << kHeight + lines * kLineHeight << " dynamic font 'sans-serif,14'\n"
-               << (i == 0 ? drawingSettings() : "") << "set bmargin " << kAxisLines + lines << '\n';
-        writePicture(pictures[i], scales, script);
+               << kHeight + lines * kLineHeight << " dynamic font 'sans-serif,14'\n";
+        writePicture(pictures[i], scales, lines, script);
         script << "set output\n";
     }
     return script.str();
@@ -138,9 +136,7 @@ Json curveJson(const Curve& curve) {
     Json json = {{"name", curve.name}, {"isOld", curve.isOld}, {"isOff", curve.isOff},
                  {"low", *low},        {"high", *high},        {"points", Json::array()}};
     for (size_t i = 0; i < curve.values.size(); ++i) {
-        json["points"].push_back({{"value", curve.values[i]},
-                                  {"place", curve.places[i]},
-                                  {"isLast", i + 1 == curve.values.size()}});
+        json["points"].push_back({{"value", curve.values[i]}, {"place", curve.places[i]}});
     }
     return json;
 }
@@ -171,8 +167,7 @@ Json picturesJson(std::vector<Picture> pictures) {
     std::stable_partition(pictures.begin(), pictures.end(), isChanged);
     const auto flat = std::stable_partition(pictures.begin(), pictures.end(), hasHeight);
     for (auto picture = flat; picture != pictures.end(); ++picture) {
-        const bool isLast = picture + 1 == pictures.end();
-        json["flat"].push_back({{"title", titleOf(*picture)}, {"isLast", isLast}});
+        json["flat"].push_back({{"title", titleOf(*picture)}});
     }
     pictures.erase(flat, pictures.end());
     if (pictures.size() >= kMaxPictures) {
@@ -201,7 +196,6 @@ Json picturesJson(std::vector<Picture> pictures) {
         for (const Curve& curve : picture.curves) {
             drawn["curves"].push_back(curveJson(curve));
         }
-        drawn["curves"].back()["isLast"] = true;
     }
     return json;
 }
@@ -228,8 +222,9 @@ void addLoaded(const ReportOptions& options, Json& content) {
 }
 
 /**
- * Content for the template, which has "has_NAME" beside a list that is not empty. Every text stays
- * text, whatever is in it, but for the markup that the tool made.
+ * Content for the template, which has "has_NAME" beside a list that is not empty, and "isLast" in
+ * each of its objects. Every text stays text, whatever is in it, but for the markup that the tool
+ * made.
  */
 mustache::data toData(const Json& json) {
     if (json.is_object()) {
@@ -246,7 +241,11 @@ mustache::data toData(const Json& json) {
     if (json.is_array()) {
         mustache::data list(mustache::data::type::list);
         for (const Json& value : json) {
-            list.push_back(toData(value));
+            mustache::data item = toData(value);
+            if (value.is_object()) {
+                item.set("isLast", &value == &json.back());
+            }
+            list.push_back(item);
         }
         return list;
     }
@@ -278,7 +277,7 @@ void report(const ReportOptions& options) {
 
 }  // namespace
 
-void addReport(CLI::App& app) {
+void addReport(CLI::App& app, int& /* status */) {
     CLI::App* const command = app.add_subcommand(
             "report", "Write a page for the review of a tuning document, or of what it changes");
     const auto options = std::make_shared<ReportOptions>();

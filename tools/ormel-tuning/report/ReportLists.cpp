@@ -123,48 +123,30 @@ EffectValue& valueAt(int32_t device, int32_t code, std::vector<EffectValue>& val
     return found == values.end() ? values.emplace_back(EffectValue{device, code}) : *found;
 }
 
-/** The tuning that a device gets, null where the document has none for it. */
-const Tuning* tuningOf(const DeviceData& objects, const std::string& device) {
-    const Tuning* tuning = nullptr;
-    const auto& tunings = objects.getTunings();
-    for (const DeviceTuning* const binding : objects.getDeviceTunings()) {
-        const auto found = std::find_if(tunings.begin(), tunings.end(), [&](const Tuning* other) {
-            return binding->getDevice() == device && binding->getTuning() == other->getName();
-        });
-        tuning = found == tunings.end() ? tuning : *found;
-    }
-    return tuning;
-}
-
 /** Adds what a tuning gives and a flag or the number of channels keeps from the effect. */
-void addSwitchedOff(const LoadedDocument& document, const AppliedList& applied,
-                    std::vector<EffectValue>& values) {
+void addSwitchedOff(const LoadedDocument& document, const EntryOrigins& origins,
+                    const AppliedList& applied, std::vector<EffectValue>& values) {
     const std::vector<Entry>& entries = applied.list.entries;
-    const Tuning* const tuning = applied.list.kind == EffectList::Kind::TUNING
-                                         ? tuningOf(document.objects(), applied.list.name)
-                                         : nullptr;
+    const ParameterValues* const tuning = origins.tuningOf(applied.list);
     if (tuning == nullptr || entries.empty()) {
         return;
     }
-    const auto valuesOf = [tuning](Parameter param) {
-        const auto found = tuning->getValues().find(param);
-        return found == tuning->getValues().end() ? std::vector<int>() : found->second;
-    };
     for (const KivParameter switched : kSwitched) {
         const int32_t code = kivCode(switched);
         const EntryLayout layout = layoutOf(code);
         const Parameter param = (layout.lists.size() == 0 ? layout.channelLists : layout.lists)[0];
         const bool isSent = std::any_of(entries.begin(), entries.end(),
                                         [code](const Entry& entry) { return entry.code == code; });
-        if (isSent || valuesOf(param).empty()) {
+        if (isSent || valuesOf(*tuning, param).empty()) {
             continue;
         }
-        const bool isOff = layout.enable.size() != 0 && firstOr0(valuesOf(layout.enable[0])) == 0;
+        const bool isOff =
+                layout.enable.size() != 0 && firstOr0(valuesOf(*tuning, layout.enable[0])) == 0;
         const Parameter cause = isOff ? layout.enable[0] : OUTPUT_CHANNELS;
         EffectValue& value = valueAt(entries.front().device, code, values);
         value.origins = {{Origin::Kind::LINE, param, document.trace().lineOf(*tuning, param)}};
         value.notSent = std::string(parameterName(cause)) + " is " +
-                        std::to_string(firstOr0(valuesOf(cause))) +
+                        std::to_string(firstOr0(valuesOf(*tuning, cause))) +
                         (isOff ? "" : ", and only 2 and 4 channels are sent");
     }
 }
@@ -255,7 +237,7 @@ Json listsJson(const LoadedDocument& document, const LoadedDocument* old) {
         for (const auto& [place, old] : was == nullptr ? RecordingEffect::Values() : was->values) {
             valueAt(place.first, place.second, values);
         }
-        addSwitchedOff(document, list, values);
+        addSwitchedOff(document, origins, list, values);
         json.push_back(listJson(list.list, values, was, hasOld));
     }
     for (const AppliedList& list : oldLists) {

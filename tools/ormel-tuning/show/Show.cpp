@@ -311,7 +311,7 @@ std::vector<std::string> listNames() {
 
 }  // namespace
 
-void addShow(CLI::App& app) {
+void addShow(CLI::App& app, int& /* status */) {
     CLI::App* const command = app.add_subcommand(
             "show", "Show what a tuning document becomes, and where each value comes from");
     const auto options = std::make_shared<ShowOptions>();
