@@ -59,14 +59,13 @@ void addObjects(const LoadedDocument& document, size_t side, Groups& groups) {
     for (const Json& object : objectsOf(document)) {
         Group& group = groups[printable(object["object"])];
         group.isThere[side] = true;
-        std::set<int32_t> lines;
-        if (object.contains("line")) {
-            lines.insert(object["line"].get<int32_t>());
-        }
         const auto add = [&](const std::string& name, const Json& value, const Values& row) {
             Pair& pair = group.pairs[{0, name}];
             pair.head = {{"parameter", name}};
-            pair.items[side] = {value, {{}, {}, row, ""}, lines};
+            pair.items[side] = {value, {{}, {}, row, ""}};
+            if (object.contains("line")) {
+                pair.items[side].lines = {object["line"].get<int32_t>()};
+            }
         };
         const Json params = object.value("values", Json::object());
         for (const auto& [name, values] : params.items()) {
@@ -221,12 +220,11 @@ Json differencesOf(const Groups& groups, std::ostream& text) {
             Json& json = differences.emplace_back(Json{{"in", title}});
             json.update(pair.head);
             json.update({{"a", a.value}, {"b", b.value}, {"aLines", a.lines}, {"bLines", b.lines}});
-            if (!isInBoth) {
-                continue;
-            }
             // Devices with the same differences share them.
-            addToSections(pair.head.value("device", ""), describe(key.second, pair, style),
-                          sections);
+            if (isInBoth) {
+                addToSections(pair.head.value("device", ""), describe(key.second, pair, style),
+                              sections);
+            }
         }
         if (differences.size() == before) {
             continue;

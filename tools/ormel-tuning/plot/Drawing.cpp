@@ -130,7 +130,7 @@ size_t legendLines(const Picture& picture) {
 
 void writePicture(const Picture& picture, const Scales& scales, size_t legendLines,
                   std::ostream& script) {
-    Axis axis = isOverFrequency(picture.kind) ? kFrequencies : kPlaces;
+    Axis axis = picture.kind->frequency.has_value() ? kFrequencies : kPlaces;
     writeData(picture, axis, script);
     script << axis.settings << "set ylabel '" << picture.kind->valueName << "'\nset yrange [";
     if (const auto scale = scales.find(picture.kind); scale != scales.end()) {

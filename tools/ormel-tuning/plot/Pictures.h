@@ -64,11 +64,6 @@ bool operator==(const Picture& left, const Picture& right);
 /** "movie, music: graphic equalizer gains". */
 std::string titleOf(const Picture& picture);
 
-/** Whether a kind's curves run over frequencies, and not over the places of a list. */
-inline bool isOverFrequency(const PictureKind* kind) {
-    return kind->frequency.has_value();
-}
-
 /** Which pictures are wanted. */
 struct PictureChoice {
     /** Only of this profile, where there is one. */

@@ -30,7 +30,7 @@ struct PlotOptions {
     std::string old;
     std::string output;
     std::string profile;
-    std::vector<std::string> tunings;
+    PictureChoice choice;
     bool hasSameScale = false;
 };
 
@@ -77,7 +77,7 @@ std::string pageFile(std::string output, size_t page) {
 
 void plot(const PlotOptions& options) {
     terminalFor(options.output, 1);
-    PictureChoice choice = {std::nullopt, options.tunings};
+    PictureChoice choice = options.choice;
     if (!options.profile.empty()) {
         choice.profile = profileOf(options.profile);
     }
@@ -127,7 +127,7 @@ void addPlot(CLI::App& app, int& /* status */) {
     command->add_option(
             "--profile", options->profile,
             "Only the equalizers of a profile: " + joined(profileNames(), ", ") + ", or a number");
-    command->add_option("--tuning", options->tunings,
+    command->add_option("--tuning", options->choice.tunings,
                         "Only the optimizer, regulator and complex equalizer of a tuning; may be "
                         "repeated")
             ->allow_extra_args(false);
