@@ -1,16 +1,12 @@
 // The command line: a list of commands, each in a file of its own.
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <iostream>
 #include <map>
-#include <numeric>
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "Commands.h"
 #include "EmbeddedText.h"
@@ -34,26 +30,11 @@ constexpr void (*kCommands[])(CLI::App& app, int& status) = {
         ormel::tools::addCheck, ormel::tools::addShow, ormel::tools::addApply,
         ormel::tools::addDiff,  ormel::tools::addPlot, ormel::tools::addReport};
 
-/** How many letters must be added, removed or replaced to make one text of the other. */
-size_t distance(std::string_view from, std::string_view to) {
-    std::vector<size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < from.size(); ++i) {
-        size_t diagonal = row[0]++;
-        for (size_t j = 0; j < to.size(); ++j) {
-            const size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
-
 /** The command of a name. Throws std::runtime_error, which says the nearest one, for no command. */
 CLI::App& commandOf(CLI::App& app, const std::string& name) {
     std::map<size_t, CLI::App*> byDistance;
     for (CLI::App* const command : app.get_subcommands({})) {
-        byDistance.emplace(distance(name, command->get_name()), command);
+        byDistance.emplace(ormel::tools::editDistance(name, command->get_name()), command);
     }
     const auto [away, nearest] = *byDistance.begin();
     if (away != 0) {
@@ -68,9 +49,9 @@ void addCommands(CLI::App& app, int& status) {
         add(app, status);
     }
     app.require_subcommand(1);
-    app.footer(kFooter);
     app.set_version_flag("--version", "ormel-tuning " ORMEL_VERSION);
     app.add_subcommand("schema", "Print the schema of tuning documents, for editors and builds")
+            ->footer("Example:\n  ormel-tuning schema > spatializer-tuning.xsd")
             ->callback([] { std::cout << ormel::tools::schemaText(); });
     CLI::App* const help = app.add_subcommand("help", "Print the help of a command");
     help->add_option("COMMAND");
@@ -81,6 +62,8 @@ void addCommands(CLI::App& app, int& status) {
                                                                     CLI::AppFormatMode::Normal)
                                    : commandOf(app, name).help(app.get_name()));
     });
+    // Last, since a command that is added gets the footer that there is.
+    app.footer(kFooter);
 }
 
 int run(int argc, char** argv) {

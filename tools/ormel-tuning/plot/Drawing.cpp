@@ -1,5 +1,3 @@
-#include "Drawing.h"
-
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -14,6 +12,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "Pictures.h"
 #include "text/Files.h"
 #include "text/Progress.h"
 #include "text/Text.h"

@@ -112,10 +112,9 @@ Picture pictureOf(const PictureKind& kind, Owner& owner) {
         }
         const size_t size = values[row.values].size();
         Values places(size);
+        std::iota(places.begin(), places.end(), 1);
         if (kind.frequency.has_value()) {
             places = values[*kind.frequency];
-        } else {
-            std::iota(places.begin(), places.end(), 1);
         }
         const bool isSent = kind.bands == 0 || kind.bands == size;
         if (!isSent) {

@@ -1,12 +1,15 @@
-// The curves of a tuning document, before they are drawn.
+// The curves of a tuning document, and their pictures, which the program gnuplot draws.
 #pragma once
 
 #include <ormel/SpatializerParamArray.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
+#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "document/LoadedDocument.h"
@@ -78,5 +81,29 @@ struct PictureChoice {
  */
 std::vector<Picture> picturesOf(const LoadedDocument& document, const LoadedDocument* old,
                                 const PictureChoice& choice);
+
+/** The span of all values of each kind, for one vertical scale. */
+using Scales = std::map<const PictureKind*, std::pair<int64_t, int64_t>>;
+
+Scales scalesOf(const std::vector<Picture>& pictures);
+
+/** Lines that the legend of a picture takes. */
+size_t legendLines(const Picture& picture);
+
+/**
+ * Draws a picture, above room for so many lines of a legend; on the scale of its kind, where there
+ * is one.
+ */
+void writePicture(const Picture& picture, const Scales& scales, size_t legendLines,
+                  std::ostream& script);
+
+/** A text as a literal of a script, in which nothing of it is more than itself. */
+std::string gnuplotLiteral(const std::string& text);
+
+/**
+ * What gnuplot draws on its standard output by a script. Throws std::runtime_error when it fails,
+ * and when there is no gnuplot.
+ */
+std::string drawnByGnuplot(const std::string& script);
 
 }  // namespace ormel::tools

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "Commands.h"
-#include "Drawing.h"
 #include "Pictures.h"
 #include "document/LoadedDocument.h"
 #include "text/Files.h"

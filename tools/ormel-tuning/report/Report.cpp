@@ -20,7 +20,6 @@
 #include "document/LoadedDocument.h"
 #include "document/ReadTrace.h"
 #include "document/Store.h"
-#include "plot/Drawing.h"
 #include "plot/Pictures.h"
 #include "show/EffectValues.h"
 #include "text/Files.h"

@@ -78,10 +78,8 @@ void to_json(Json& json, const EffectValue& value) {
 }
 
 EffectValue valueOf(const Entry& entry, Origins origins) {
-    EffectValue value = {entry.device, entry.code, entry.values};
-    value.shape = shapeOf(entry.code, entry.values).value_or(Shape{{}, {}, entry.values, ""});
-    value.origins = std::move(origins);
-    return value;
+    Shape shape = shapeOf(entry.code, entry.values).value_or(Shape{{}, {}, entry.values, ""});
+    return {entry.device, entry.code, entry.values, "", std::move(shape), std::move(origins)};
 }
 
 EffectValue keptValue(const AppliedList* applied, int32_t device, int32_t code) {

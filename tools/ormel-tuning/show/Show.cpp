@@ -172,10 +172,9 @@ std::vector<std::string> reasonsOf(const Source& source, const EffectList& list,
 /** The entries of a list that are selected. */
 std::vector<EffectValue> entriesOf(const EffectList& list, const std::optional<Source>& source,
                                    const Selection& selection) {
-    std::vector<Origins> origins(list.entries.size());
-    if (list.kind != EffectList::Kind::BUILT_IN) {
-        origins = source->origins.originsOf(list);
-    }
+    const auto origins = list.kind == EffectList::Kind::BUILT_IN
+                                 ? std::vector<Origins>(list.entries.size())
+                                 : source->origins.originsOf(list);
     std::vector<EffectValue> entries;
     for (size_t i = 0; i < list.entries.size(); ++i) {
         EffectValue entry = valueOf(list.entries[i], origins[i]);
