@@ -38,17 +38,17 @@ Json partsJson(const Shape& shape) {
     return json;
 }
 
+size_t bandCount(const Shape& shape) {
+    return shape.columns.empty() ? 0 : shape.columns.front().values.size();
+}
+
 /** Why the front does not hand an entry on. */
 std::string reasonOf(const Entry& entry) {
-    if (const size_t bands = entry.values.size() / 2;
-        entry.code == kivCode(GEBS) && bands != kGeqBands) {
+    const size_t bands = bandCount(shapeOf(entry.code, entry.values).value_or(Shape()));
+    if (entry.code == kivCode(GEBS) && bands != kGeqBands) {
         return "a graphic equalizer has 20 bands, this one " + std::to_string(bands);
     }
     return entry.code == kivCode(VBON) ? "the document has no tuning" : "the front keeps it";
-}
-
-size_t bandCount(const Shape& shape) {
-    return shape.columns.empty() ? 0 : shape.columns.front().values.size();
 }
 
 }  // namespace
