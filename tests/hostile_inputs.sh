@@ -196,8 +196,9 @@ outputs() {
     done
 }
 outputs
-mkdir folder.svg
-for target in nowhere/page folder /dev/full ''; do
+mkdir folder.svg folder.html
+ln -s /dev/full full.html
+for target in nowhere/page.html folder.html full.html page.pdf ''; do
     expect 2 "${target:-: }" "to '$target'" report "$small" -o "$target"
 done
 for target in nowhere/page.svg folder.svg picture.gif ''; do

@@ -77,10 +77,15 @@ TEST(ApplyTest, ReportsErrors) {
             {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND",
              "ormel-tuning: stdin:4: unknown operation 'play'; there are profile, tuning, geq, "
              "device-proc, load-tuning"},
-            {"show " + kSmall + " --profile 2", "small.xml: no such list or entry"},
+            {"show " + kSmall + " --profile 2", "small.xml: no profile music; it has movie"},
             {"show " + kSmall + " --device tv",
              "ormel-tuning: unknown device 'tv'; there are all_devices, speaker, wired_headphone, "
-             "Bluetooth_A2DP, USB_device"},
+             "Bluetooth_A2DP, USB_device, default_internal_speaker"},
+            {"show " + kSmall + " --parameter volmax_bost",
+             "ormel-tuning: there is no tuning parameter or element 'volmax_bost'; the nearest is "
+             "'volmax_boost'"},
+            {"report " + kSmall + " -o page.pdf", "page.pdf: pages are .html or .htm"},
+            {kTabletFile + "--script x --geq 1", "--script excludes --geq; see --help"},
             {"diff " + kSmall + " x", "ormel-tuning: x: No such file or directory"},
             {"plot " + kSmall + " -o curves.pdf", "curves.pdf: pictures are .svg or .png"},
     };
@@ -122,7 +127,7 @@ TEST(ShowTest, ListsValuesTheirLinesAndReasons) {
              "          target              -16     32\n"},
             {speaker, "    ieon         0  intelligent equalizer enable  default\n"},
             {speaker, "    iea          7  intelligent equalizer amount  line 21\n"},
-            {speaker, "    plb        [0]  calibration boost  absent\n"},
+            {speaker, "    plb  no values  calibration boost  absent\n"},
             {speaker,
              "    vbm          3  virtual bass mode, 0 when switched off  lines 25, 33\n"
              "    vbon         2  virtual bass type  version rule\n"},

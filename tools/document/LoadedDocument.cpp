@@ -148,4 +148,17 @@ Json objectsOf(const LoadedDocument& document) {
     return all;
 }
 
+OrmSpatializerProfileId profileOf(const LoadedDocument& document, const std::string& text) {
+    const OrmSpatializerProfileId id = profileOf(text);
+    std::vector<std::string> others;
+    for (const Profile* const profile : document.objects().getProfiles()) {
+        if (profile->getProfileId() == id) {
+            return id;
+        }
+        others.push_back(profileText(profile->getProfileId()));
+    }
+    throw std::runtime_error(document.file() + ": no profile " + profileText(id) + "; it has " +
+                             (others.empty() ? "none" : joined(others, ", ")));
+}
+
 }  // namespace ormel::tools

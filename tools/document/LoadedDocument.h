@@ -55,6 +55,9 @@ class LoadedDocument {
     std::unique_ptr<SpatializerParamArray> mStore;
 };
 
+/** The profile of a name or number. Throws std::runtime_error for one that the document lacks. */
+OrmSpatializerProfileId profileOf(const LoadedDocument& document, const std::string& text);
+
 /**
  * The header, then the objects by class, each class in document order. Of each its title "object",
  * which no other one has; the "line" of its element, but for the header; what it says beside its

@@ -40,11 +40,11 @@ std::string hexText(int32_t number) {
 }  // namespace
 
 size_t indexOf(const std::string& name, const std::string& kind,
-               const std::vector<std::string>& names) {
+               const std::vector<std::string>& names, const std::string& others) {
     const auto found = std::find(names.begin(), names.end(), name);
     if (found == names.end()) {
         throw std::runtime_error("unknown " + kind + " '" + name + "'; there are " +
-                                 joined(names, ", "));
+                                 joined(names, ", ") + others);
     }
     return static_cast<size_t>(found - names.begin());
 }
@@ -58,10 +58,11 @@ Port portOf(const std::string& text) {
     return static_cast<Port>(indexOf(text, "port", {std::begin(kPortNames), std::end(kPortNames)}));
 }
 
-int32_t deviceOf(const std::string& text) {
+int32_t deviceOf(const std::string& text, const std::string& others) {
     const std::optional<int32_t> number = wholeNumber(text);
     return number ? *number
-                  : kDeviceNames[indexOf(withoutBlanks(text), "device", deviceNames())].first;
+                  : kDeviceNames[indexOf(withoutBlanks(text), "device", deviceNames(), others)]
+                            .first;
 }
 
 std::optional<KivParameter> paramOf(int32_t code) {

@@ -15,16 +15,16 @@ namespace ormel::tools {
 
 /**
  * Index of a name among all of its kind. One that is not there throws std::runtime_error, which
- * says what there is.
+ * says what there is, @p others behind it.
  */
 size_t indexOf(const std::string& name, const std::string& kind,
-               const std::vector<std::string>& names);
+               const std::vector<std::string>& names, const std::string& others = "");
 
 // By name, a profile and a device by its number as well. Any other text throws like indexOf().
 OrmSpatializerProfileId profileOf(const std::string& text);
 Port portOf(const std::string& text);
 /** An Android output device; the blanks of its name may be given as underscores. */
-int32_t deviceOf(const std::string& text);
+int32_t deviceOf(const std::string& text, const std::string& others = "");
 
 /** The effect parameter of a code. */
 std::optional<KivParameter> paramOf(int32_t code);

@@ -52,6 +52,7 @@ std::string listText(const std::vector<int32_t>& values) {
 
 std::string valueText(const std::vector<int32_t>& values) {
     return values.size() == 1 ? std::to_string(values.front())
+           : values.empty()   ? "no values"
                               : '[' + std::to_string(values.size()) + ']';
 }
 

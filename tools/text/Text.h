@@ -21,7 +21,7 @@ std::string wrapped(std::string_view text, size_t indent);
 /** "1, 2, 3". */
 std::string listText(const std::vector<int32_t>& values);
 
-/** The number itself when there is one, else how many there are: "[3]". */
+/** The number itself when there is one, else how many there are: "[3]", "no values". */
 std::string valueText(const std::vector<int32_t>& values);
 
 /** "1 entry", "2 entries". */

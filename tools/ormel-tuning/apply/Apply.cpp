@@ -210,7 +210,7 @@ void printCall(const Json& call) {
     }
     std::cout << "  " << std::left << std::setw(7) << call["call"].get<std::string>()
               << std::setw(17) << device << std::setw(5) << call["code"].get<std::string>()
-              << std::right << std::setw(7) << valueText(values) << "  "
+              << std::right << std::setw(7) << (values.empty() ? "[0]" : valueText(values)) << "  "
               << wrapped(meaning, kMeaningColumn) << '\n';
     if (values.size() > 1) {
         std::cout << std::string(kListColumn, ' ') << wrapped(listText(values), kListColumn)
@@ -287,10 +287,6 @@ void addApply(CLI::App& app, int& /* status */) {
             command->add_option("--script", options->script,
                                 "Do these operations instead, one a line; - reads standard input")
                     ->type_name("FILE");
-    for (const char* const step :
-         {"--profile", "--ormel-content", "--tuning", "--geq", "--device-proc"}) {
-        script->excludes(command->get_option(step));
-    }
     command->add_flag("--verbose", options->verbose, "Print all messages of the library to stderr");
     command->add_flag("--json", options->json,
                       "{file, operations: [{operation, calls: [{call, device, deviceId, code, "
@@ -305,7 +301,15 @@ Examples:
       --tuning bluetooth=bluetooth_car
   printf '%s\n' 'profile movie' 'geq 0,16,-8' 'profile custom' |
       ormel-tuning apply examples/tablet-quad.xml --script -)");
-    command->callback([options] { runApply(*options); });
+    command->callback([options, command, script] {
+        for (const std::string step :
+             {"--profile", "--ormel-content", "--tuning", "--geq", "--device-proc"}) {
+            if (script->count() > 0 && command->count(step) > 0) {
+                throw std::runtime_error("--script excludes " + step + "; see --help");
+            }
+        }
+        runApply(*options);
+    });
 }
 
 }  // namespace ormel::tools

@@ -76,7 +76,7 @@ void addObjects(const LoadedDocument& document, size_t side, Groups& groups) {
         for (const auto& [name, field] : object.items()) {
             if (name != "object" && name != "line" && name != "values") {
                 const std::string text = field.is_string() ? std::string(field) : field.dump();
-                add(name, text.empty() ? Json::array() : Json(printable(text)), {});
+                add(name, printable(text), {});
             }
         }
     }
@@ -112,6 +112,7 @@ std::string changeText(const Json& a, const Json& b) {
     }
     const auto textOf = [](const Json& value) {
         return value.is_null()     ? "absent"
+               : value == ""       ? "empty"
                : value.is_string() ? std::string(value)
                : value.is_array()  ? valueText(value)
                                    : value.dump();
@@ -207,6 +208,7 @@ std::string describe(const std::string& name, const Pair& pair, const Style& sty
 /** [{in, device, code, meaning, a, b, aLines, bLines}], and the same as text. */
 Json differencesOf(const Groups& groups, std::ostream& text) {
     const Style style;
+    const auto jsonOf = [](const Json& value) { return value == "" ? Json::array() : value; };
     Json differences = Json::array();
     for (const auto& [title, group] : groups) {
         const size_t before = differences.size();
@@ -219,7 +221,10 @@ Json differencesOf(const Groups& groups, std::ostream& text) {
             }
             Json& json = differences.emplace_back(Json{{"in", title}});
             json.update(pair.head);
-            json.update({{"a", a.value}, {"b", b.value}, {"aLines", a.lines}, {"bLines", b.lines}});
+            json.update({{"a", jsonOf(a.value)},
+                         {"b", jsonOf(b.value)},
+                         {"aLines", a.lines},
+                         {"bLines", b.lines}});
             // Devices with the same differences share them.
             if (isInBoth) {
                 addToSections(pair.head.value("device", ""), describe(key.second, pair, style),

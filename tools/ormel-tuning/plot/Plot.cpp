@@ -88,6 +88,11 @@ void plot(const PlotOptions& options) {
         title += "; thin lines, old: " + baseName(options.old);
     }
     const auto pictures = picturesOf(document, old.has_value() ? &*old : nullptr, choice);
+    if (pictures.empty() && choice.profile.has_value()) {
+        throw std::runtime_error(options.file + ": profile " +
+                                 profileText(profileOf(document, options.profile)) +
+                                 " has no curves");
+    }
     if (pictures.empty()) {
         throw std::runtime_error(options.file + ": nothing to draw by that name");
     }

@@ -499,6 +499,11 @@ mustache::data toData(const Json& json) {
 }
 
 void report(const ReportOptions& options) {
+    const std::string& name = options.output;
+    const std::string ending = name.substr(std::min(name.rfind('.'), name.size()));
+    if (ending != ".html" && ending != ".htm") {
+        throw std::runtime_error(name + ": pages are .html or .htm");
+    }
     const ProgressStep step("reviewing " + options.file);
     setLibraryLog(ANDROID_LOG_SILENT);
     // The last iterator to go takes libxml2's state with it, which the schema is part of.
@@ -525,7 +530,8 @@ void addReport(CLI::App& app, int& /* status */) {
             "report", "Write a page for the review of a tuning document, or of what it changes");
     const auto options = std::make_shared<ReportOptions>();
     command->add_option("FILE", options->file, "Tuning document")->required();
-    command->add_option("-o,--output", options->output, "Page, one HTML file")->required();
+    command->add_option("-o,--output", options->output, "Page, one file, .html or .htm")
+            ->required();
     command->add_option("--against", options->old, "Show what changes from this document to FILE")
             ->type_name("OLD");
     command->footer(

@@ -1,4 +1,5 @@
 #include <ormel/KivParameter.h>
+#include <ormel/ValueSetter.h>
 
 #include <algorithm>
 #include <iomanip>
@@ -43,7 +44,7 @@ constexpr size_t kObjectColumn = 12;
 struct ShowOptions {
     std::string file;
     std::string profile;
-    std::string device;
+    std::optional<std::string> device;
     std::vector<std::string> lists;
     std::vector<std::string> codes;
     std::vector<std::string> params;
@@ -59,19 +60,44 @@ struct Source {
     const std::vector<std::string> lines = linesOf(readDocument(document.file()));
 };
 
+/** The parameter of a name, or those of an element. Any other name throws std::runtime_error. */
+std::vector<Parameter> parametersOf(const std::string& name) {
+    std::vector<std::string> names(std::begin(kParameterNames), std::end(kParameterNames));
+    const auto found = std::find(names.begin(), names.end(), name);
+    if (found != names.end()) {
+        return {static_cast<Parameter>(found - names.begin())};
+    }
+    if (ValueSetter* const setter = SetterCollection().getValueSetter(name)) {
+        return setter->getParams();
+    }
+    for (ValueSetter* const setter : SetterCollection::kAllValueSetters) {
+        names.emplace_back(setter->getNodeName());
+    }
+    const std::string nearest = nearestOf(name, names);
+    throw std::runtime_error("there is no tuning parameter or element '" + name + "'" +
+                             (nearest.empty() ? "" : "; the nearest is '" + nearest + "'"));
+}
+
 /** Which lists, and which of their entries. */
 class Selection {
   public:
-    Selection(const ShowOptions& options, const std::optional<Source>& source)
-        : mLists(options.lists.begin(), options.lists.end()),
-          mParams(options.params.begin(), options.params.end()) {
+    Selection(const ShowOptions& options, const std::optional<Source>& source,
+              const std::vector<EffectList>& lists)
+        : mLists(options.lists.begin(), options.lists.end()) {
         if (!options.profile.empty()) {
-            mLists.insert(kProfiles + std::to_string(profileOf(options.profile)));
+            const auto profile = source.has_value() ? profileOf(source->document, options.profile)
+                                                    : profileOf(options.profile);
+            mLists.insert(kProfiles + std::to_string(profile));
         }
-        if (source.has_value() && source->document.store().isXMLTuningValid(options.device)) {
-            mLists.insert(kTunings + options.device);
-        } else if (!options.device.empty()) {
-            mDevice = deviceOf(options.device);
+        const std::string device = options.device.value_or("");
+        std::string tunings;
+        for (const EffectList& list : lists) {
+            tunings += list.kind == EffectList::Kind::TUNING ? ", " + list.name : "";
+        }
+        if (options.device && source && source->document.store().isXMLTuningValid(device)) {
+            mLists.insert(kTunings + device);
+        } else if (!device.empty()) {
+            mDevice = deviceOf(device, tunings);
         }
         if (mLists.empty() && source.has_value()) {
             mLists = {kObjects, kProfiles, kTunings};
@@ -81,11 +107,9 @@ class Selection {
         for (const std::string& code : options.codes) {
             mCodes.insert(codeOf(code));
         }
-        for (const std::string& param : mParams) {
-            const auto* const end = std::end(kParameterNames);
-            if (std::find(std::begin(kParameterNames), end, param) == end) {
-                throw std::runtime_error("there is no tuning parameter '" + param + "'");
-            }
+        for (const std::string& param : options.params) {
+            const std::vector<Parameter> params = parametersOf(param);
+            mParams.insert(params.begin(), params.end());
         }
     }
 
@@ -106,11 +130,10 @@ class Selection {
 
     bool has(const EffectValue& entry) const {
         const bool isOfParam =
-                mParams.empty() ||
-                std::any_of(entry.origins.begin(), entry.origins.end(),
-                            [this](const Origin& origin) {
-                                return mParams.count(parameterName(origin.param)) > 0;
-                            });
+                mParams.empty() || std::any_of(entry.origins.begin(), entry.origins.end(),
+                                               [this](const Origin& origin) {
+                                                   return mParams.count(origin.param) > 0;
+                                               });
         return isOfParam && (mCodes.empty() || mCodes.count(entry.code) > 0) &&
                (!mDevice.has_value() || entry.device == *mDevice);
     }
@@ -120,7 +143,7 @@ class Selection {
     std::set<std::string> mLists;
     std::optional<int32_t> mDevice;
     std::set<int32_t> mCodes;
-    std::set<std::string> mParams;
+    std::set<Parameter> mParams;
 };
 
 /** The line of the element that chose the preset of a profile's device; 0 where there is none. */
@@ -266,7 +289,7 @@ void show(const ShowOptions& options, std::ostream& out) {
     for (EffectList& list : builtInLists(store)) {
         lists.push_back(std::move(list));
     }
-    const Selection selection(options, source);
+    const Selection selection(options, source, lists);
     const bool hasObjects = source.has_value() && selection.hasObjects();
     const Json objects = hasObjects ? objectsOf(source->document) : Json::array();
     Json json = {{"file", options.file}, {"objects", objects}, {"lists", Json::array()}};
@@ -327,7 +350,7 @@ void addShow(CLI::App& app, int& /* status */) {
                         "Only these; may be repeated. " + joined(listNames(), ", ") +
                                 ", of which those from " + listNames()[3] + " on are built in")
             ->allow_extra_args(false)
-            ->check(CLI::IsMember(listNames()))
+            ->check(CLI::IsMember(listNames()).description(""))
             ->type_name("LIST");
     command->add_option("--code", options->codes,
                         "Only the effect's parameter of this code, with what stands behind it; "
@@ -335,7 +358,7 @@ void addShow(CLI::App& app, int& /* status */) {
             ->allow_extra_args(false)
             ->type_name("CODE");
     command->add_option("--parameter", options->params,
-                        "Only what is made of this tuning parameter, likewise")
+                        "Only what is made of this tuning parameter or element, likewise")
             ->allow_extra_args(false)
             ->type_name("NAME");
     command->add_flag("--json", options->json,
