@@ -273,7 +273,13 @@ inline void inspect(const std::string& text, bool mono) {
 /** A setter made by the caller must work like the library's setter of the same class. */
 template <typename Setter>
 void compareSetter(ValueSetter& setter, TagIterator& cursor) {
-    if (typeid(setter) != typeid(Setter)) {
+#ifdef __cpp_rtti
+    const bool isSameClass = typeid(setter) == typeid(Setter);
+#else
+    // The flags that ship have no RTTI, which leaves no way to tell the classes apart.
+    const bool isSameClass = false;
+#endif
+    if (!isSameClass) {
         return;
     }
     const std::vector<Parameter> params = setter.getParams();
