@@ -135,140 +135,88 @@ TEST_F(HostileTest, RefusesOrReadsADocumentWithinItsBounds) {
         const std::string prefix = "n" + std::to_string(i);
         prefixed += " xmlns:" + prefix + "='" + prefix + "' " + prefix + ":frequency='&e;'";
     }
-    const struct {
-        const char* what;
-        std::string document;
-        std::string outcome;
-    } cases[] = {
-            {"an empty file", "", "refused"},
-            {"no root", "<!-- -->", "refused"},
-            {"a root without children", "<d/>", "0 0"},
-            {"a valid document", "<d>" + kProfile + kTuning + "</d>", "1 1"},
-            {"UTF-16", utf16("<d>" + kProfile + kTuning + "</d>"), "1 1"},
-            {"invalid UTF-8", "<d>" + kProfile + "\xc3\x28</d>", "refused"},
-            {"a NUL", "<d>" + kProfile + std::string(1, '\0') + "</d>", "refused"},
-            {"an entity bomb in text", bomb + "<d>" + kProfile + "&a11;</d>", "refused"},
-            {"many references to one long parameter entity",
-             "<!DOCTYPE d [<!ENTITY % e '" + repeat("<!-- -->", 10000) + "'>" +
-                     repeat("%e;", 30000) + "]><d>" + kProfile + "</d>",
-             "refused"},
-            {"more parameter entities than libxml2 accepts, before all other text",
-             "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e;]><d>" +
-                     std::string(100000, '\n') + kProfile + "</d>",
-             "refused"},
-            {"the same with a blank after them",
-             "<!DOCTYPE d [<!ENTITY % a '<!---->'>" + parameterLevels("abcde") + "%e; ]><d>" +
-                     std::string(100000, '\n') + kProfile + "</d>",
-             "refused"},
-            {"sixty nested parameter entities, and a blank after them",
-             "<!DOCTYPE d [" + nestedParameters(60) + "%e0; ]><d>" + kProfile + "</d>", "refused"},
-            {"a malformed reference before a blank, in a parameter entity",
-             "<!DOCTYPE d [<!ENTITY % x \"<!ENTITY y &#37;a 'v'>\"> %x; ]><d>" + kProfile + "</d>",
-             "refused"},
-            {"a thousand default attributes",
-             "<!DOCTYPE d [<!ATTLIST a" + numbered(" a", " CDATA ''", 1000) + ">]><d>" +
-                     repeat("<a/>", 1000) + kProfile + "</d>",
-             "refused"},
-            {"a few default attributes",
-             "<!DOCTYPE d [<!ATTLIST a x CDATA '1' xmlns:p CDATA 'p'>]><d>" +
-                     repeat("<a p:y='1'/>", 1000) + kProfile + "</d>",
-             "1 0"},
-            {"messages about one long namespace",
-             "<d xmlns:p='" + std::string(100000, 'p') + "' xmlns:q='" + std::string(100000, 'p') +
-                     "'>" + repeat("<a p:x='' q:x=''/>", 1000) + kProfile + "</d>",
-             "refused"},
-            {"messages about unknown prefixes",
-             "<d>" + repeat("<p:a/>", 100000) + kProfile + "</d>", "1 0"},
-            {"an entity bomb in an attribute", bomb + "<d x='&a11;'>" + kProfile + "</d>",
-             "refused"},
-            {"an external entity",
-             "<!DOCTYPE d [<!ENTITY e SYSTEM '" + secret.path() + "'>]><d>\n &e;" + kProfile +
-                     "</d>",
-             "1 0"},
-            {"an entity from a pipe",
-             "<!DOCTYPE d [<!ENTITY e SYSTEM '" + pipe.path() + "'>]><d>\n &e;" + kProfile + "</d>",
-             "1 0"},
-            {"a DTD from a pipe",
-             "<!DOCTYPE d SYSTEM '" + pipe.path() + "'><d>" + kProfile + "</d>", "1 0"},
-            {"a catalog from a pipe",
-             "<?oasis-xml-catalog catalog='" + pipe.path() + "'?><!DOCTYPE d SYSTEM 's'><d>" +
-                     kProfile + "</d>",
-             "1 0"},
-            {"a thousand levels", repeat("<d>\n", 1000) + repeat("</d>\n", 1000), "refused"},
-            {"ten thousand attributes",
-             "<d>" + kProfile + "<authorized_technologies>\n<global_setting " +
-                     numbered("a", "='1' ", 10000) + "/>\n</authorized_technologies></d>",
-             "1 0"},
-            {"forty thousand attributes",
-             "<d>" + kProfile + "<a " + numbered("a", "='' ", 40000) + "/></d>", "refused"},
-            {"forty thousand attributes after a document type",
-             "<!DOCTYPE d><d>" + kProfile + "<a " + numbered("a", "='' ", 40000) + "/></d>",
-             "refused"},
-            {"one long text in many attributes",
-             "<!DOCTYPE d [<!ENTITY e '" + std::string(4 << 20, '1') + "'>]><d>\n<profile id='1' " +
-                     numbered("a", "='&e;' ", 5000) + ">\n<drc-metadata " +
-                     numbered("a", "='&e;' ", 5000) + "/>\n</profile>\n</d>",
-             "refused"},
-            {"one long text under many prefixes",
-             "<!DOCTYPE d [<!ENTITY e '" + std::string(4 << 20, '1') +
-                     "'>]><d>\n<tuning name='t'>\n" + "<data>\n<virtual-bass-subgains" + prefixed +
-                     "/>\n<audio-optimizer-bands>\n<b" + prefixed +
-                     "/>\n</audio-optimizer-bands></data>\n</tuning>\n</d>",
-             "refused"},
-            {"an attribute of 16 MiB",
-             "<d>" + kProfile + "<a b='" + std::string(16 << 20, '1') + "'/></d>", "refused"},
-            {"16 MiB of elements", padded(size_t{16} << 20), "1 1"},
-            {"a byte more", padded((size_t{16} << 20) + 1), "refused"},
-            {"a text of ten million bytes",
-             "<d>" + kProfile + "<a>" + std::string(10000000, 'x') + "</a>" + kTuning + "</d>",
-             "1 1"},
-            {"a byte more in pieces",
-             "<d>" + kProfile + "<a>" + std::string(5000000, 'x') + "&amp;" +
-                     std::string(5000000, 'x') + "</a>" + kTuning + "</d>",
-             "refused"},
-            {"a hundred thousand names", "<d>" + numbered("<n", "/>\n", 100000) + kProfile + "</d>",
-             "1 0"},
-            {"a thousand profiles with one id",
-             "<d>" +
-                     repeat("<profile id='1'>\n<endpoint_type id='headphone'>\n</endpoint_type>\n"
-                            "</profile>\n",
-                            1000) +
-                     "</d>",
-             "1000 0"},
-            {"a list of 9 MB and the first profile's id repeated",
-             "<d>\n<preset type='ieq' id='1'>\n<data>\n<bands>\n" +
-                     repeat("<band_ieq frequency='1' target='1'/>", 20000) +
-                     "</bands></data></preset>\n<profile id='1'>\n" +
-                     repeat("<endpoint_type id='headphone'>\n<include ieq_preset='1'/>"
-                            "</endpoint_type>",
-                            18) +
-                     "</profile><profile id='1'>\n</profile></d>",
-             "2 0"},
-            {"very many rows",
-             "<d>\n<tuning name='t'>\n<device_id id='d' endpoint_port='usb'/>\n<data>\n" + matrix +
-                     "</data>\n</tuning>\n</d>",
-             "0 1"},
-            {"one long row for many devices",
-             "<d>\n<tuning name='t'>\n" +
-                     numbered("<device_id id='", "' endpoint_port='usb'/>\n", 100) + "<data>\n" +
-                     matrix + "</data>\n</tuning>\n</d>",
-             "refused"},
-            {"one long row for many endpoints",
-             "<d>\n<profile id='1'>\n" + repeat("<endpoint_type/>\n", 400) + "<drc-metadata row='" +
-                     repeat("1 ", 50000) + "'/>\n</profile>\n</d>",
-             "refused"},
-            {"one long name for many devices",
-             "<d>\n<tuning name='" + std::string(100000, 't') + "'>\n" +
-                     numbered("<device_id id='", "' endpoint_port='usb'/>\n", 200) +
-                     "<data>\n</data>\n</tuning>\n</d>",
-             "refused"},
-            {"profiles without children", "<d>\n" + repeat("<profile id='1'/>\n", 100000) + "</d>",
-             "refused"},
-            {"bands without children",
-             "<d>\n<tuning name='t'>\n<data>\n" + repeat("<audio-optimizer-bands/>\n", 100000) +
-                     "</data>\n</tuning>\n</d>",
-             "refused"},
+    const auto root = [](const std::string& content) { return "<d>" + content + "</d>"; };
+    const auto typed = [&root](const std::string& declarations, const std::string& content) {
+        return "<!DOCTYPE d [" + declarations + "]>" + root(content);
     };
+    const std::string levels = "<!ENTITY % a '<!---->'>" + parameterLevels("abcde");
+    const std::string later = std::string(100000, '\n') + kProfile;
+    const std::string tooMany = kProfile + "<a " + numbered("a", "='' ", 40000) + "/>";
+    const std::string longEntity = "<!ENTITY e '" + std::string(4 << 20, '1') + "'>";
+    const std::string tuningOf = "\n<tuning name='t'>\n";
+    const std::string device = "<device_id id='d' endpoint_port='usb'/>\n";
+    const std::string half(5000000, 'x');
+    // clang-format off
+    const struct { const char* what; std::string document, outcome; } cases[] = {
+        {"an empty file", "", "refused"},
+        {"no root", "<!-- -->", "refused"},
+        {"a root without children", "<d/>", "0 0"},
+        {"a valid document", root(kProfile + kTuning), "1 1"},
+        {"UTF-16", utf16(root(kProfile + kTuning)), "1 1"},
+        {"invalid UTF-8", root(kProfile + "\xc3\x28"), "refused"},
+        {"a NUL", root(kProfile + std::string(1, '\0')), "refused"},
+        {"an entity bomb in text", bomb + root(kProfile + "&a11;"), "refused"},
+        {"an entity bomb in an attribute", bomb + "<d x='&a11;'>" + kProfile + "</d>", "refused"},
+        {"many references to one long parameter entity",
+         typed("<!ENTITY % e '" + repeat("<!-- -->", 10000) + "'>" + repeat("%e;", 30000), kProfile), "refused"},
+        {"more parameter entities than libxml2 accepts, before all other text", typed(levels + "%e;", later), "refused"},
+        {"the same with a blank after them", typed(levels + "%e; ", later), "refused"},
+        {"sixty nested parameter entities, and a blank after them", typed(nestedParameters(60) + "%e0; ", kProfile), "refused"},
+        {"a malformed reference before a blank, in a parameter entity",
+         typed("<!ENTITY % x \"<!ENTITY y &#37;a 'v'>\"> %x; ", kProfile), "refused"},
+        {"a thousand default attributes",
+         typed("<!ATTLIST a" + numbered(" a", " CDATA ''", 1000) + ">", repeat("<a/>", 1000) + kProfile), "refused"},
+        {"a few default attributes",
+         typed("<!ATTLIST a x CDATA '1' xmlns:p CDATA 'p'>", repeat("<a p:y='1'/>", 1000) + kProfile), "1 0"},
+        {"messages about one long namespace",
+         "<d xmlns:p='" + std::string(100000, 'p') + "' xmlns:q='" + std::string(100000, 'p') + "'>" +
+             repeat("<a p:x='' q:x=''/>", 1000) + kProfile + "</d>", "refused"},
+        {"messages about unknown prefixes", root(repeat("<p:a/>", 100000) + kProfile), "1 0"},
+        {"an external entity", typed("<!ENTITY e SYSTEM '" + secret.path() + "'>", "\n &e;" + kProfile), "1 0"},
+        {"an entity from a pipe", typed("<!ENTITY e SYSTEM '" + pipe.path() + "'>", "\n &e;" + kProfile), "1 0"},
+        {"a DTD from a pipe", "<!DOCTYPE d SYSTEM '" + pipe.path() + "'>" + root(kProfile), "1 0"},
+        {"a catalog from a pipe",
+         "<?oasis-xml-catalog catalog='" + pipe.path() + "'?><!DOCTYPE d SYSTEM 's'>" + root(kProfile), "1 0"},
+        {"a thousand levels", repeat("<d>\n", 1000) + repeat("</d>\n", 1000), "refused"},
+        {"ten thousand attributes",
+         root(kProfile + "<authorized_technologies>\n<global_setting " + numbered("a", "='1' ", 10000) +
+              "/>\n</authorized_technologies>"), "1 0"},
+        {"forty thousand attributes", root(tooMany), "refused"},
+        {"forty thousand attributes after a document type", "<!DOCTYPE d>" + root(tooMany), "refused"},
+        {"one long text in many attributes",
+         typed(longEntity, "\n<profile id='1' " + numbered("a", "='&e;' ", 5000) + ">\n<drc-metadata " +
+               numbered("a", "='&e;' ", 5000) + "/>\n</profile>\n"), "refused"},
+        {"one long text under many prefixes",
+         typed(longEntity, tuningOf + "<data>\n<virtual-bass-subgains" + prefixed + "/>\n<audio-optimizer-bands>\n<b" +
+               prefixed + "/>\n</audio-optimizer-bands></data>\n</tuning>\n"), "refused"},
+        {"an attribute of 16 MiB", root(kProfile + "<a b='" + std::string(16 << 20, '1') + "'/>"), "refused"},
+        {"16 MiB of elements", padded(size_t{16} << 20), "1 1"},
+        {"a byte more", padded((size_t{16} << 20) + 1), "refused"},
+        {"a text of ten million bytes", root(kProfile + "<a>" + half + half + "</a>" + kTuning), "1 1"},
+        {"a byte more in pieces", root(kProfile + "<a>" + half + "&amp;" + half + "</a>" + kTuning), "refused"},
+        {"a hundred thousand names", root(numbered("<n", "/>\n", 100000) + kProfile), "1 0"},
+        {"a thousand profiles with one id",
+         root(repeat("<profile id='1'>\n<endpoint_type id='headphone'>\n</endpoint_type>\n</profile>\n", 1000)), "1000 0"},
+        {"a list of 9 MB and the first profile's id repeated",
+         root("\n<preset type='ieq' id='1'>\n<data>\n<bands>\n" + repeat("<band_ieq frequency='1' target='1'/>", 20000) +
+              "</bands></data></preset>\n<profile id='1'>\n" +
+              repeat("<endpoint_type id='headphone'>\n<include ieq_preset='1'/></endpoint_type>", 18) +
+              "</profile><profile id='1'>\n</profile>"), "2 0"},
+        {"very many rows", root(tuningOf + device + "<data>\n" + matrix + "</data>\n</tuning>\n"), "0 1"},
+        {"one long row for many devices",
+         root(tuningOf + numbered("<device_id id='", "' endpoint_port='usb'/>\n", 100) + "<data>\n" + matrix +
+              "</data>\n</tuning>\n"), "refused"},
+        {"one long row for many endpoints",
+         root("\n<profile id='1'>\n" + repeat("<endpoint_type/>\n", 400) + "<drc-metadata row='" + repeat("1 ", 50000) +
+              "'/>\n</profile>\n"), "refused"},
+        {"one long name for many devices",
+         root("\n<tuning name='" + std::string(100000, 't') + "'>\n" +
+              numbered("<device_id id='", "' endpoint_port='usb'/>\n", 200) + "<data>\n</data>\n</tuning>\n"), "refused"},
+        {"profiles without children", root("\n" + repeat("<profile id='1'/>\n", 100000)), "refused"},
+        {"bands without children",
+         root(tuningOf + "<data>\n" + repeat("<audio-optimizer-bands/>\n", 100000) + "</data>\n</tuning>\n"), "refused"},
+    };
+    // clang-format on
     ::testing::internal::CaptureStderr();
     for (const auto& [what, document, expected] : cases) {
         EXPECT_EQ(outcome(TempFile(document).path()), expected) << what;
