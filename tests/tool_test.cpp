@@ -58,37 +58,28 @@ setProfile(movie, isOrmelContent=true)
 }
 
 TEST(ApplyTest, ReportsErrors) {
+    // clang-format off
     const std::pair<std::string, std::string> failures[] = {
-            {"apply", "ormel-tuning: FILE is required; see --help"},
-            {"apply x", "ormel-tuning: one of --profile and --script is needed"},
-            {"apply x --profile 1", "ormel-tuning: x: No such file or directory"},
-            {"apply /dev/null --profile 1", "/dev/null: cannot be loaded as a tuning document"},
-            {"apply x --profile film",
-             ": unknown profile 'film'; there are dynamic, movie, music, custom"},
-            {kTablet + "--tuning usb", "ormel-tuning: 'usb' is not PORT=DEVICE"},
-            {kTablet + "--tuning line=x",
-             ": unknown port 'line'; there are internal_speaker, hdmi, miracast, headphone, "
-             "bluetooth, usb, other"},
-            {kTablet + "--tuning usb=x",
-             ": unknown tuning device 'x' for port usb; there are default_usb"},
-            {kTablet + "--geq 1,2x", "ormel-tuning: '2x' is not an integer of 32 bits"},
-            {kTablet + "--device-proc dom,loud",
-             "ormel-tuning: no parameter of the effect has the code 'loud'"},
-            {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND",
-             "ormel-tuning: stdin:4: unknown operation 'play'; there are profile, tuning, geq, "
-             "device-proc, load-tuning"},
-            {"show " + kSmall + " --profile 2", "small.xml: no profile music; it has movie"},
-            {"show " + kSmall + " --device tv",
-             "ormel-tuning: unknown device 'tv'; there are all_devices, speaker, wired_headphone, "
-             "Bluetooth_A2DP, USB_device, default_internal_speaker"},
-            {"show " + kSmall + " --parameter volmax_bost",
-             "ormel-tuning: there is no tuning parameter or element 'volmax_bost'; the nearest is "
-             "'volmax_boost'"},
-            {"report " + kSmall + " -o page.pdf", "page.pdf: pages are .html or .htm"},
-            {kTabletFile + "--script x --geq 1", "--script excludes --geq; see --help"},
-            {"diff " + kSmall + " x", "ormel-tuning: x: No such file or directory"},
-            {"plot " + kSmall + " -o curves.pdf", "curves.pdf: pictures are .svg or .png"},
+        {"apply", "ormel-tuning: FILE is required; see --help"},
+        {"apply x", "ormel-tuning: one of --profile and --script is needed"},
+        {"apply x --profile 1", "ormel-tuning: x: No such file or directory"},
+        {"apply /dev/null --profile 1", "/dev/null: cannot be loaded as a tuning document"},
+        {"apply x --profile film", ": unknown profile 'film'; there are dynamic, movie, music, custom"},
+        {kTablet + "--tuning usb", "ormel-tuning: 'usb' is not PORT=DEVICE"},
+        {kTablet + "--tuning line=x", ": unknown port 'line'; there are internal_speaker, hdmi, miracast, headphone, bluetooth, usb, other"},
+        {kTablet + "--tuning usb=x", ": unknown tuning device 'x' for port usb; there are default_usb"},
+        {kTablet + "--geq 1,2x", "ormel-tuning: '2x' is not an integer of 32 bits"},
+        {kTablet + "--device-proc dom,loud", "ormel-tuning: no parameter of the effect has the code 'loud'"},
+        {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND", "ormel-tuning: stdin:4: unknown operation 'play'; there are profile, tuning, geq, device-proc, load-tuning"},
+        {"show " + kSmall + " --profile 2", "small.xml: no profile music; it has movie"},
+        {"show " + kSmall + " --device tv", "ormel-tuning: unknown device 'tv'; there are all_devices, speaker, wired_headphone, Bluetooth_A2DP, USB_device, default_internal_speaker"},
+        {"show " + kSmall + " --parameter volmax_bost", "ormel-tuning: there is no tuning parameter or element 'volmax_bost'; the nearest is 'volmax_boost'"},
+        {"report " + kSmall + " -o page.pdf", "page.pdf: pages are .html or .htm"},
+        {kTabletFile + "--script x --geq 1", "--script excludes --geq; see --help"},
+        {"diff " + kSmall + " x", "ormel-tuning: x: No such file or directory"},
+        {"plot " + kSmall + " -o curves.pdf", "curves.pdf: pictures are .svg or .png"},
     };
+    // clang-format on
     for (const auto& [arguments, end] : failures) {
         const auto [status, output] = run(arguments);
         EXPECT_EQ(status, 2) << arguments;
