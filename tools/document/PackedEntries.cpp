@@ -151,11 +151,4 @@ std::optional<Shape> shapeOf(const std::vector<int32_t>& values,
     return shape;
 }
 
-const Shape::Column* findColumn(const Shape& shape, Parameter param) {
-    const auto found =
-            std::find_if(shape.columns.begin(), shape.columns.end(),
-                         [param](const Shape::Column& column) { return column.param == param; });
-    return found == shape.columns.end() ? nullptr : &*found;
-}
-
 }  // namespace ormel::tools

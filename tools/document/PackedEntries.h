@@ -62,7 +62,4 @@ std::optional<Shape> shapeOf(int32_t code, const std::vector<int32_t>& values);
 std::optional<Shape> shapeOf(const std::vector<int32_t>& values,
                              std::initializer_list<const char*> fields, const char* restName);
 
-/** The shape's column that a parameter's values are in, null when there is none. */
-const Shape::Column* findColumn(const Shape& shape, Parameter param);
-
 }  // namespace ormel::tools

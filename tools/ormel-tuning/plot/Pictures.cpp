@@ -60,11 +60,13 @@ Owner ownerOf(const EffectList& list) {
     for (const Entry& entry : list.entries) {
         const EntryLayout layout = layoutOf(entry.code);
         const bool isPlain = layout.head == EntryHead::NONE;
-        const Shape shape = shapeOf(entry.code, entry.values).value_or(Shape());
+        std::map<Parameter, Values>& values = owner.valuesOfDevice[entry.device];
         for (const Parameter param : layout.lists.toVector()) {
-            const Shape::Column* const column = findColumn(shape, param);
-            Values& values = owner.valuesOfDevice[entry.device][param];
-            values = column != nullptr ? column->values : isPlain ? entry.values : Values();
+            values[param] = isPlain ? entry.values : Values();
+        }
+        const Shape shape = shapeOf(entry.code, entry.values).value_or(Shape());
+        for (const Shape::Column& column : shape.columns) {
+            values[column.param] = column.values;
         }
     }
     return owner;
@@ -152,11 +154,14 @@ std::vector<Picture> allPictures(const LoadedDocument& document, const PictureCh
     return pictures;
 }
 
-/** Without those that have no curves. */
+/** Those that show the same as one, without those that have no curves. */
 std::vector<Picture> merged(const std::vector<Picture>& pictures) {
     std::vector<Picture> all;
     for (const Picture& picture : pictures) {
-        const auto same = std::find(all.begin(), all.end(), picture);
+        const auto same = std::find_if(all.begin(), all.end(), [&picture](const Picture& other) {
+            return std::tie(other.kind, other.flags, other.curves) ==
+                   std::tie(picture.kind, picture.flags, picture.curves);
+        });
         if (same != all.end()) {
             same->owners.push_back(picture.owners.front());
         } else if (!picture.curves.empty()) {
@@ -193,11 +198,6 @@ void addOldPictures(const std::vector<Picture>& olds, std::vector<Picture>& pict
 bool operator==(const Curve& left, const Curve& right) {
     return std::tie(left.name, left.places, left.values, left.isOff, left.isOld) ==
            std::tie(right.name, right.places, right.values, right.isOff, right.isOld);
-}
-
-bool operator==(const Picture& left, const Picture& right) {
-    return std::tie(left.kind, left.flags, left.curves) ==
-           std::tie(right.kind, right.flags, right.curves);
 }
 
 std::string titleOf(const Picture& picture) {

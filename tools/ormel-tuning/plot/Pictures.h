@@ -61,8 +61,6 @@ struct Picture {
 };
 
 bool operator==(const Curve& left, const Curve& right);
-/** Whether two pictures show the same, whoever owns them. */
-bool operator==(const Picture& left, const Picture& right);
 
 /** "movie, music: graphic equalizer gains". */
 std::string titleOf(const Picture& picture);
