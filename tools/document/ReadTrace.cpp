@@ -28,7 +28,21 @@ ReadTrace::ReadTrace(const std::string& path, const std::string& text, const Xml
     if (mParser.setTuningFile(text, true) != 0) {
         throw RefusedDocument(path + ": " + mParser.getError(), mReached);
     }
-    findObjects();
+    const auto find = [this](ParameterOwner owner, const auto& objects) {
+        const std::vector<const void*> all(objects.begin(), objects.end());
+        for (ReadSection& section : mSections) {
+            if (section.owner == owner && section.place < all.size()) {
+                section.object = all[section.place];
+                mSectionOfObject[section.object] = &section;
+            }
+        }
+    };
+    find(ParameterOwner::NONE, getDocument().getDeviceTunings());
+    find(ParameterOwner::IEQ_PRESET, getDocument().getIeqPresets());
+    find(ParameterOwner::GEQ_PRESET, getDocument().getGeqPresets());
+    find(ParameterOwner::PROFILE, getDocument().getProfiles());
+    find(ParameterOwner::PROFILE_ENDPOINT, getDocument().getProfileEndpoints());
+    find(ParameterOwner::TUNING, getDocument().getTunings());
 }
 
 /** The record of an element that the reader has come to; null for one without a number. */
@@ -135,24 +149,6 @@ void ReadTrace::findBands(size_t element, ValueSetter& setter) {
             mSections[section].addSources(setter, mXml.parent(i));
         }
     }
-}
-
-void ReadTrace::findObjects() {
-    const auto find = [this](ParameterOwner owner, const auto& objects) {
-        const std::vector<const void*> all(objects.begin(), objects.end());
-        for (ReadSection& section : mSections) {
-            if (section.owner == owner && section.place < all.size()) {
-                section.object = all[section.place];
-                mSectionOfObject[section.object] = &section;
-            }
-        }
-    };
-    find(ParameterOwner::NONE, getDocument().getDeviceTunings());
-    find(ParameterOwner::IEQ_PRESET, getDocument().getIeqPresets());
-    find(ParameterOwner::GEQ_PRESET, getDocument().getGeqPresets());
-    find(ParameterOwner::PROFILE, getDocument().getProfiles());
-    find(ParameterOwner::PROFILE_ENDPOINT, getDocument().getProfileEndpoints());
-    find(ParameterOwner::TUNING, getDocument().getTunings());
 }
 
 long ReadTrace::lineOf(const void* object) const {

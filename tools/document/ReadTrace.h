@@ -120,7 +120,6 @@ class ReadTrace : private TuningFileObserver {
     void beginSection(const DocumentSection& section, ParameterOwner owner);
     void noteEntry(size_t element);
     void findBands(size_t element, ValueSetter& setter);
-    void findObjects();
 
     const XmlElements& mXml;
     std::vector<ReadElement> mElements;
