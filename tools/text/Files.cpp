@@ -83,8 +83,4 @@ void writeFile(const std::string& path, const std::string& content) {
     }
 }
 
-std::string baseName(const std::string& path) {
-    return path.substr(path.rfind('/') + 1);
-}
-
 }  // namespace ormel::tools

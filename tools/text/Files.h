@@ -20,6 +20,8 @@ bool isFile(const std::string& name);
 void writeFile(const std::string& path, const std::string& content);
 
 /** The part of a path behind the last slash. */
-std::string baseName(const std::string& path);
+inline std::string baseName(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
 
 }  // namespace ormel::tools
