@@ -1,13 +1,13 @@
 #include "LoadedDocument.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <map>
 #include <set>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
 
-#include "Store.h"
 #include "text/Files.h"
 #include "text/Names.h"
 #include "text/Progress.h"
@@ -17,16 +17,20 @@ namespace ormel::tools {
 
 namespace {
 
-Json headerOf(const LoadedDocument& document) {
-    const DeviceData& objects = document.objects();
-    return {{"object", "document"},
-            {"format_version", objects.getFormatVersion()},
-            {"tool_version", objects.getToolVersion()},
-            {"device_name", objects.getDeviceName()},
-            {"device_index", objects.getDeviceIndex()},
-            {"tuning_version", objects.getTuningVersion()},
-            {"altivo_game_system_gain", objects.getAltivoGameSystemGain()},
-            {"output_channels", document.store().getOutputChannelCount()}};
+/** By priority. */
+constexpr const char* kLevels[] = {"unknown", "default", "verbose", "debug",
+                                   "info",    "warning", "error",   "fatal"};
+
+int32_t sLowestPriority = ANDROID_LOG_SILENT;
+
+void logMessage(const __android_logger_data* data, const char* message) {
+    if (data->priority >= sLowestPriority) {
+        const char* const level =
+                kLevels[std::clamp<int32_t>(data->priority, 0, ANDROID_LOG_FATAL)];
+        // Where standard error is gone, there is nobody left to tell.
+        (void)std::fprintf(stderr, "%s %s: %s\n", level, data->tag == nullptr ? "" : data->tag,
+                           message);
+    }
 }
 
 bool isSelected(const DeviceTuning& binding, SpatializerParamArray& store) {
@@ -56,6 +60,12 @@ std::vector<EffectList> builtInLists(SpatializerParamArray& store) {
                 {EffectList::Kind::BUILT_IN, profile, profileText(profile), entriesOf(words)});
     }
     return lists;
+}
+
+void setLibraryLog(android_LogPriority lowest) {
+    sLowestPriority = lowest;
+    __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+    __android_log_set_logger(logMessage);
 }
 
 LoadedDocument::LoadedDocument(std::string file) : mFile(std::move(file)) {
@@ -98,7 +108,15 @@ std::vector<EffectList> LoadedDocument::lists() const {
 
 Json objectsOf(const LoadedDocument& document) {
     const DeviceData& objects = document.objects();
-    Json all = Json::array({headerOf(document)});
+    Json all = Json::array();
+    all.push_back({{"object", "document"},
+                   {"format_version", objects.getFormatVersion()},
+                   {"tool_version", objects.getToolVersion()},
+                   {"device_name", objects.getDeviceName()},
+                   {"device_index", objects.getDeviceIndex()},
+                   {"tuning_version", objects.getTuningVersion()},
+                   {"altivo_game_system_gain", objects.getAltivoGameSystemGain()},
+                   {"output_channels", document.store().getOutputChannelCount()}});
     std::map<std::string, int> counts;
     const auto add = [&](const auto& object, const std::string& title, const Json& fields) {
         const int count = ++counts[title];

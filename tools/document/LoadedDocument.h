@@ -1,6 +1,7 @@
 // A tuning document as its reader and its user see it.
 #pragma once
 
+#include <android/log.h>
 #include <ormel/SpatializerParamArray.h>
 
 #include <memory>
@@ -32,8 +33,15 @@ std::string titleOf(const EffectList& list);
 std::vector<EffectList> builtInLists(SpatializerParamArray& store);
 
 /**
+ * From now on prints the messages of the whole process to stderr, "level tag: message" each, if
+ * they are of at least the given priority.
+ */
+void setLibraryLog(android_LogPriority lowest);
+
+/**
  * A document that was read twice: into objects, which know the lines that they come from, and into
- * the lists that the effect gets. Throws std::runtime_error when either cannot be done.
+ * the lists that the effect gets. Throws std::runtime_error when either cannot be done. The
+ * library's messages are silenced meanwhile and from then on.
  */
 class LoadedDocument {
   public:

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <numeric>
 #include <sstream>
-#include <stdexcept>
 
 namespace ormel::tools {
 
@@ -174,27 +173,6 @@ std::optional<int32_t> integerOf(std::string_view text, int base) {
     int32_t number = 0;
     const auto [rest, error] = std::from_chars(text.data(), end, number, base);
     return error == std::errc() && rest == end ? std::optional(number) : std::nullopt;
-}
-
-std::vector<std::string> partsOf(const std::string& text) {
-    std::vector<std::string> parts;
-    std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, ',');) {
-        parts.emplace_back(trimmed(part));
-    }
-    return parts;
-}
-
-std::vector<int32_t> integersOf(const std::string& text) {
-    std::vector<int32_t> numbers;
-    for (const std::string& part : partsOf(text)) {
-        const std::optional<int32_t> number = integerOf(part);
-        if (!number.has_value()) {
-            throw std::runtime_error("'" + part + "' is not an integer of 32 bits");
-        }
-        numbers.push_back(*number);
-    }
-    return numbers;
 }
 
 Style::Style() {

@@ -63,12 +63,6 @@ void addToSections(const std::string& title, const std::string& text, Sections& 
 /** Neighbours with the same text share it. A section without a title has no line for it. */
 void printSections(const Sections& sections, std::ostream& out);
 
-/** The integers of a comma list; any other text throws std::runtime_error, which names it. */
-std::vector<int32_t> integersOf(const std::string& text);
-
-/** The parts of a text between commas, without the blanks around them. */
-std::vector<std::string> partsOf(const std::string& text);
-
 /** Colours for a terminal, plain text for everything else and where NO_COLOR is set. */
 class Style {
   public:

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -16,7 +17,7 @@
 
 #include "Commands.h"
 #include "document/AppliedLists.h"
-#include "document/Store.h"
+#include "document/LoadedDocument.h"
 #include "text/Files.h"
 #include "text/Json.h"
 #include "text/Names.h"
@@ -54,6 +55,16 @@ struct Operation {
 std::pair<std::string, std::string> splitWord(const std::string& text) {
     const size_t end = std::min(text.find_first_of(kBlanks), text.size());
     return {text.substr(0, end), std::string(trimmed(text.substr(end)))};
+}
+
+/** The parts of a text between commas, without the blanks around them. */
+std::vector<std::string> partsOf(const std::string& text) {
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, ',');) {
+        parts.emplace_back(trimmed(part));
+    }
+    return parts;
 }
 
 // These throw std::runtime_error for what cannot be done. The process's store has the document
@@ -94,7 +105,14 @@ Operation tuningOperation(const std::string& choice) {
 }
 
 Operation geqOperation(const std::string& gains) {
-    const std::vector<int32_t> values = integersOf(gains);
+    std::vector<int32_t> values;
+    for (const std::string& part : partsOf(gains)) {
+        const std::optional<int32_t> number = integerOf(part);
+        if (!number.has_value()) {
+            throw std::runtime_error("'" + part + "' is not an integer of 32 bits");
+        }
+        values.push_back(*number);
+    }
     return {"setProfileGeqGains(" + listText(values) + ")", [values](IEffectOrm* effect) {
                 return SpatializerParamCache().setProfileGeqGains(values, effect);
             }};
@@ -226,6 +244,31 @@ void print(const Json& outcome) {
     std::cout << (outcome["calls"].empty() ? "  no calls\n" : "");
     if (!outcome["returned"].is_null()) {
         std::cout << "  returned " << outcome["returned"] << '\n';
+    }
+}
+
+/**
+ * Loads a document into the process's store, which SpatializerParamCache works on. Throws
+ * std::runtime_error for one that cannot be loaded, and on a device that has one of its own.
+ */
+void loadForProcess(const std::string& file, android_LogPriority lowest) {
+    using Outcome = SpatializerParamArray::LoadOutcome;
+    setLibraryLog(ANDROID_LOG_SILENT);
+    SpatializerParamArray& store = SpatializerParamArray::getInstance();
+    if (store.getLoadOutcome() == Outcome::LOADED) {
+        throw std::runtime_error(std::string(SpatializerParamArray::kDefaultTuningFile) +
+                                 " is in use on this device and would mix with the document");
+    }
+    setLibraryLog(lowest);
+    const std::string text = readDocument(file);
+    // The library's messages name a document by its path.
+    if (isFile(file)) {
+        store.loadSpatializerXMLFile(file);
+    } else {
+        store.loadSpatializerXMLText(text);
+    }
+    if (store.getLoadOutcome() != Outcome::LOADED) {
+        throw std::runtime_error(file + ": cannot be loaded as a tuning document");
     }
 }
 

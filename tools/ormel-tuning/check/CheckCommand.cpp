@@ -13,7 +13,7 @@
 
 #include "CheckFile.h"
 #include "Commands.h"
-#include "document/Store.h"
+#include "document/LoadedDocument.h"
 #include "text/Json.h"
 #include "text/Progress.h"
 #include "text/Text.h"

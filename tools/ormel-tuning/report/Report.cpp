@@ -19,7 +19,6 @@
 #include "document/EntryOrigins.h"
 #include "document/LoadedDocument.h"
 #include "document/ReadTrace.h"
-#include "document/Store.h"
 #include "plot/Pictures.h"
 #include "show/EffectValues.h"
 #include "text/Files.h"
