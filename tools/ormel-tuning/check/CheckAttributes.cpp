@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
-#include <tuple>
+#include <optional>
 
 #include "CheckMeaning.h"
 #include "text/Text.h"
@@ -15,15 +15,8 @@ namespace {
 
 using As = ReadElement::As;
 
-enum class TextFault : uint8_t {
-    NONE,
-    /** Nothing but whitespace, if that. */
-    EMPTY,
-    /** A word for true or false that the reader does not take for one. */
-    MISSPELT,
-    NOT_A_NUMBER,
-    OUT_OF_RANGE,
-};
+/** The rule that a text breaks, MISSING_ATTRIBUTE if it has nothing but whitespace; or none. */
+using Fault = std::optional<Rule>;
 
 /** Length of the number that a text begins with, sign included; 0 if it begins with none. */
 size_t numberLength(std::string_view text) {
@@ -55,79 +48,60 @@ bool meansTrue(std::string_view text) {
 }
 
 /** What is wrong with a text that should be a whole number. */
-TextFault faultOfNumber(std::string_view text) {
+Fault faultOfNumber(std::string_view text) {
     const std::string_view number = trimmed(text);
-    if (number.empty()) {
-        return TextFault::EMPTY;
+    if (integerOf(number).has_value()) {
+        return std::nullopt;
     }
-    if (numberLength(number) != number.size()) {
-        return TextFault::NOT_A_NUMBER;
-    }
-    return integerOf(number).has_value() ? TextFault::NONE : TextFault::OUT_OF_RANGE;
+    return number.empty()                          ? Rule::MISSING_ATTRIBUTE
+           : numberLength(number) != number.size() ? Rule::NOT_A_NUMBER
+                                                   : Rule::OUT_OF_RANGE;
 }
 
 /** The same of a band in a preset, read as a row: a blank behind the number ends it. */
-TextFault faultOfBand(std::string_view text) {
-    const TextFault fault = faultOfNumber(text);
+Fault faultOfBand(std::string_view text) {
+    const Fault fault = faultOfNumber(text);
     std::vector<int> numbers;
     string2IntVector(std::string(text) + ",0", numbers);
-    return fault == TextFault::NONE && numbers.size() != 2 ? TextFault::NOT_A_NUMBER : fault;
+    return !fault.has_value() && numbers.size() != 2 ? Rule::NOT_A_NUMBER : fault;
 }
 
 /** The same of one that may be true or false as well. */
-TextFault faultOfSwitch(std::string_view text) {
+Fault faultOfSwitch(std::string_view text) {
     if (text == "true" || text == "false") {
-        return TextFault::NONE;
+        return std::nullopt;
     }
-    const TextFault fault = faultOfNumber(text);
-    const bool isWord = fault == TextFault::NOT_A_NUMBER && meaningOf(text).has_value();
-    return isWord ? TextFault::MISSPELT : fault;
+    const Fault fault = faultOfNumber(text);
+    const bool isWord = fault == Rule::NOT_A_NUMBER && meaningOf(text).has_value();
+    return isWord ? Rule::MISSPELT_BOOLEAN : fault;
 }
 
-/** What is wrong with a row of numbers. */
-struct RowFault {
-    /** NONE, OUT_OF_RANGE, or NOT_A_NUMBER where the row ends before the text does. */
-    TextFault fault = TextFault::NONE;
-    /** Numbers that the reader gets out of it. */
-    size_t read = 0;
-    /** What it stops at. */
-    std::string at;
-};
+/** What may stand between the numbers of a row. */
+constexpr std::string_view kSeparators = ", \t\n\v\f\r";
 
-RowFault faultOfRow(std::string_view text) {
-    constexpr std::string_view kSeparators = ", \t\n\v\f\r";
-    std::vector<int> numbers;
-    string2IntVector(text, numbers);
-    std::string_view rest = trimmed(text);
-    if (rest.empty()) {
-        return {TextFault::EMPTY, 0, ""};
-    }
-    for (size_t i = 0; i < numbers.size(); ++i) {
+/** What follows the numbers that the reader gets out of a row; empty where it reads all of it. */
+std::string_view unreadOf(std::string_view row, size_t numbers) {
+    std::string_view rest = trimmed(row);
+    for (size_t i = 0; i < numbers; ++i) {
         rest.remove_prefix(numberLength(rest));
         const bool isParted = !rest.empty() && rest.front() == ',';
         rest = trimmed(rest.substr(isParted ? 1 : 0));
     }
-    if (rest.find_first_not_of(kSeparators) == std::string_view::npos) {
-        return {TextFault::NONE, numbers.size(), ""};
-    }
-    const size_t length = numberLength(rest);
-    const size_t end = length != 0 ? length : std::max(rest.find_first_of(kSeparators), size_t{1});
-    return {length != 0 ? TextFault::OUT_OF_RANGE : TextFault::NOT_A_NUMBER, numbers.size(),
-            std::string(rest.substr(0, end))};
+    return rest.find_first_not_of(kSeparators) == std::string_view::npos ? "" : rest;
 }
 
-TextFault faultOfName(std::string_view text) {
-    return text.empty() ? TextFault::EMPTY : TextFault::NONE;
+Fault faultOfName(std::string_view text) {
+    return text.empty() ? Fault(Rule::MISSING_ATTRIBUTE) : std::nullopt;
 }
 
 /** Flags are set by exactly "true". */
-TextFault faultOfFlag(std::string_view text) {
-    return text != "true" && meansTrue(text) ? TextFault::MISSPELT : TextFault::NONE;
+Fault faultOfFlag(std::string_view text) {
+    return text != "true" && meansTrue(text) ? Fault(Rule::MISSPELT_BOOLEAN) : std::nullopt;
 }
 
 /** What an attribute holds; told apart by address. */
 struct Holds {
-    TextFault (*faultOf)(std::string_view text);
+    Fault (*faultOf)(std::string_view text);
     /** What comes of an empty one, and of a missing one unless it may be missing. */
     const char* empty;
     bool isOptional = false;
@@ -248,7 +222,8 @@ class AttributeCheck {
             const ReadElement& record = mContext.read(mElement);
             if (record.as != As::NOTHING && !isMisread(record)) {
                 mAttributes = mContext.document.attributes(mElement);
-                check(record, readingOf(record));
+                check(record,
+                      record.as == As::SECTION ? sectionReading(record) : setterReading(record));
             }
         }
         checkIncluded();
@@ -266,17 +241,6 @@ class AttributeCheck {
         const bool isDeeper = isOf<BandColumnsValueSetter>(record.setter) &&
                               mContext.read(parent).setter != record.setter;
         return isBand && (parent == 0 || isContainer || isDeeper);
-    }
-
-    /** How the reader reads the attributes of such elements. */
-    const Reading& readingOf(const ReadElement& record) {
-        const auto [found, isNew] =
-                mReadings.try_emplace({record.as, record.kind, record.setter}, Reading());
-        if (isNew) {
-            found->second =
-                    record.as == As::SECTION ? sectionReading(record) : setterReading(record);
-        }
-        return found->second;
     }
 
     Reading sectionReading(const ReadElement& record) const {
@@ -357,16 +321,16 @@ class AttributeCheck {
         const auto found = std::find_if(mAttributes.begin(), mAttributes.end(),
                                         [name](const auto& each) { return each.name == name; });
         const bool isMissing = found == mAttributes.end();
-        const TextFault fault = isMissing ? TextFault::EMPTY : holds.faultOf(found->text);
+        const Fault fault = isMissing ? Rule::MISSING_ATTRIBUTE : holds.faultOf(found->text);
         if (isMissing && holds.isOptional) {
             return;
         }
-        if (fault == TextFault::EMPTY) {
+        if (fault == Rule::MISSING_ATTRIBUTE) {
             add(&holds == &kColumn ? Rule::SHORT_COLUMN : Rule::MISSING_ATTRIBUTE, name,
                 isMissing ? "is missing, which " : "is empty, which ", holds.empty, "; write ",
                 name, "=\"...\"");
-        } else if (fault != TextFault::NONE) {
-            addFaulty(fault, *found, holds);
+        } else if (fault.has_value()) {
+            addFaulty(*fault, *found, holds);
         } else if (holds.names != nullptr) {
             checkName(*found, holds);
         } else if (&holds == &kPresetNumber) {
@@ -374,19 +338,14 @@ class AttributeCheck {
         }
     }
 
-    void addFaulty(TextFault fault, const DocumentAttribute& attribute, const Holds& holds) const {
+    void addFaulty(Rule fault, const DocumentAttribute& attribute, const Holds& holds) const {
         const std::string& text = attribute.text;
-        const std::string number = std::to_string(string2Int(text));
-        const std::string reading =
-                quoted(text) + " reads as " + (holds.faulty != nullptr ? holds.faulty : number);
-        if (fault == TextFault::MISSPELT) {
-            add(Rule::MISSPELT_BOOLEAN, attribute.name, reading, "; write ",
-                meansTrue(text) ? "true" : "false");
-        } else if (fault == TextFault::NOT_A_NUMBER) {
-            add(Rule::NOT_A_NUMBER, attribute.name, reading, "; write a whole number");
-        } else {
-            add(Rule::OUT_OF_RANGE, attribute.name, reading, "; it does not fit 32 bits");
-        }
+        const char* const word = meansTrue(text) ? "; write true" : "; write false";
+        add(fault, attribute.name, quoted(text), " reads as ",
+            holds.faulty != nullptr ? holds.faulty : std::to_string(string2Int(text)),
+            fault == Rule::MISSPELT_BOOLEAN ? word
+            : fault == Rule::NOT_A_NUMBER   ? "; write a whole number"
+                                            : "; it does not fit 32 bits");
     }
 
     void checkName(const DocumentAttribute& attribute, const Holds& holds) {
@@ -409,16 +368,21 @@ class AttributeCheck {
     }
 
     void checkRow(const DocumentAttribute& row) const {
-        const RowFault fault = faultOfRow(row.text);
+        std::vector<int> numbers;
+        string2IntVector(row.text, numbers);
+        const std::string_view rest = unreadOf(row.text, numbers.size());
+        const size_t length = numberLength(rest);
         const std::string ends =
-                " ends the row after " + countText(fault.read, "number", "numbers");
-        if (fault.fault == TextFault::EMPTY) {
+                " ends the row after " + countText(numbers.size(), "number", "numbers");
+        if (trimmed(row.text).empty()) {
             add(Rule::MISSING_ATTRIBUTE, row.name, "is empty, so there are no values; write ",
                 row.name, "=\"...\"");
-        } else if (fault.fault == TextFault::OUT_OF_RANGE) {
-            add(Rule::OUT_OF_RANGE, row.name, fault.at, " does not fit 32 bits and", ends);
-        } else if (fault.fault == TextFault::NOT_A_NUMBER) {
-            add(Rule::ROW_CUT, row.name, quoted(fault.at), ends,
+        } else if (length != 0) {
+            add(Rule::OUT_OF_RANGE, row.name, rest.substr(0, length), " does not fit 32 bits and",
+                ends);
+        } else if (!rest.empty()) {
+            const size_t end = std::max(rest.find_first_of(kSeparators), size_t{1});
+            add(Rule::ROW_CUT, row.name, quoted(rest.substr(0, end)), ends,
                 "; write a comma and a number behind each number");
         }
     }
@@ -456,7 +420,6 @@ class AttributeCheck {
     }
 
     const CheckContext& mContext;
-    std::map<std::tuple<As, DocumentElement, const ValueSetter*>, Reading> mReadings;
     size_t mElement = 0;
     std::vector<DocumentAttribute> mAttributes;
     /** Elements by the number of the preset that they choose. */
