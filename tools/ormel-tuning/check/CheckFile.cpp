@@ -4,15 +4,177 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "CheckMeaning.h"
+#include "EmbeddedText.h"
 #include "text/Files.h"
 #include "text/Text.h"
 
 namespace ormel::tools {
 
 namespace {
+
+/** What files begin with that libxml2 may unpack, and who packs them. */
+constexpr std::pair<std::string_view, const char*> kPackers[] = {
+        {"\x1f\x8b", "gzip"}, {"\xfd\x37zXZ", "xz"}, {{"\x5d\0\0", 3}, "lzma"}};
+
+/** What libxml2 reads however it was built. */
+constexpr std::string_view kEncodings[] = {"utf-8",    "utf-16", "utf-16le",   "utf-16be",
+                                           "us-ascii", "ascii",  "iso-8859-1", "iso-latin-1"};
+
+/** The first line of what libxml2 says of an error. */
+std::string_view messageOf(const xmlError& error) {
+    const std::string_view message = error.message == nullptr ? "" : error.message;
+    return message.substr(0, message.find('\n'));
+}
+
+/** What follows the first @p mark in a text; empty where there is none. */
+std::string_view behind(std::string_view text, std::string_view mark) {
+    const size_t found = text.find(mark);
+    return found == std::string_view::npos ? "" : text.substr(found + mark.size());
+}
+
+/** The line that libxml2 names of a tag behind @p mark: "Start Tag band line 12"; else @p other. */
+long lineIn(std::string_view message, std::string_view mark, long other) {
+    const std::string line(behind(behind(message, mark), " line "));
+    return line.empty() ? other : std::stol("0" + line);
+}
+
+/** "Element 'x', attribute 'y': ..." or "... The attribute 'y' is ...". */
+std::string attributeIn(std::string_view message) {
+    const std::string_view name = behind(message, "attribute '");
+    return std::string(name.substr(0, name.find('\'')));
+}
+
+/** The element's name goes in front of every finding anyway. */
+std::string textOf(std::string_view message) {
+    const size_t colon = message.find(": ");
+    const bool isNamed = message.find("Element '") == 0 && colon != std::string_view::npos;
+    return std::string(message.substr(isNamed ? colon + 2 : 0));
+}
+
+/**
+ * The schema built in without what it demands of ids and references, which libxml2 compares each
+ * with each. The layer of meaning has rules for all of that, and better words.
+ */
+XmlPointer<xmlDoc> parseEmbedded() {
+    const std::string text = schemaText();
+    XmlPointer<xmlDoc> document(xmlReadMemory(text.data(), static_cast<int>(text.size()),
+                                              "spatializer-tuning.xsd", nullptr, 0));
+    std::vector<xmlNode*> constraints;
+    forEachElement(xmlDocGetRootElement(document.get()), [&constraints](xmlNode* node) {
+        const std::string_view name = toText(node->name);
+        if (name == "unique" || name == "key" || name == "keyref") {
+            constraints.push_back(node);
+        }
+    });
+    for (xmlNode* const constraint : constraints) {
+        xmlUnlinkNode(constraint);
+        xmlFreeNode(constraint);
+    }
+    return document;
+}
+
+/** Holds one document to a schema while it is parsed, so that no tree of it is needed. */
+class SchemaValidation {
+  public:
+    SchemaValidation(const CheckSchema& schema, Findings& faults)
+        : mFaults(faults),
+          mValidator(xmlSchemaNewValidCtxt(schema.schema.get()), xmlSchemaFreeValidCtxt) {
+        xmlSchemaSetValidStructuredErrors(mValidator.get(), takeError, this);
+        mListener.rootName = schema.rootName;
+        mPlug.reset(xmlSchemaSAXPlug(mValidator.get(), &mListener.handlers, &mListener.context),
+                    xmlSchemaSAXUnplug);
+    }
+
+    /** Gets what the parser comes across. */
+    XmlListener& listener() { return mListener; }
+
+  private:
+    static void takeError(void* validation, XmlError* error) {
+        static_cast<SchemaValidation*>(validation)->add(messageOf(*error));
+    }
+
+    void add(std::string_view message) {
+        const size_t element = mListener.element;
+        std::string attribute = attributeIn(message);
+        if (!message.empty() && mFaulty.emplace(element, attribute).second) {
+            const auto text = mListener.textLines.find(element);
+            const bool isText = message.find("Character content") != std::string_view::npos;
+            const long line = isText && text != mListener.textLines.end() ? text->second : 0;
+            mFaults.add({Rule::SCHEMA, line, textOf(message), element, "", std::move(attribute)});
+        }
+    }
+
+    Findings& mFaults;
+    std::set<std::pair<size_t, std::string>> mFaulty;
+    XmlListener mListener;
+    const std::shared_ptr<xmlSchemaValidCtxt> mValidator;
+    std::shared_ptr<xmlSchemaSAXPlugStruct> mPlug;
+};
+
+/** Adds what is not read everywhere. */
+void findOddities(const XmlElements& document, Findings& findings) {
+    const std::string& encoding = document.getEncoding();
+    if (!encoding.empty() && !contains(kEncodings, lowered(encoding))) {
+        findings.add({Rule::ENCODING, 1,
+                      "the encoding " + encoding + " is not read everywhere; write UTF-8"});
+    }
+    for (const auto& [element, name] : document.getReferences()) {
+        findings.add({Rule::ENTITY_REFERENCE, 0,
+                      "what &" + name + "; stands for is not read; write it out", element});
+    }
+}
+
+/**
+ * Parses a document's bytes, and holds it to a schema meanwhile. None if it cannot be read.
+ *
+ * @param findings gets what keeps it from being read, here or on a device
+ * @param faults   gets what it does not keep to of the schema, an element's or attribute's first
+ *                 fault each
+ */
+std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSchema& schema,
+                                         Findings& findings, Findings& faults);
+
+std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSchema& schema,
+                                         Findings& findings, Findings& faults) {
+    for (const auto& [mark, packer] : kPackers) {
+        if (text.compare(0, mark.size(), mark) == 0) {
+            findings.add({Rule::COMPRESSED, 1,
+                          std::string("the file is packed with ") + packer + "; ship it unpacked"});
+            return std::nullopt;
+        }
+    }
+    std::optional<Finding> fault;
+    const XmlErrorScope errors([&fault](const xmlError& error) {
+        const std::string message(messageOf(error));
+        if (!fault.has_value()) {
+            fault = {Rule::NOT_WELL_FORMED, lineIn(message, "tag mismatch: ", error.line), message};
+        } else {
+            // What follows comes of the first, but may tell where that tag begins.
+            fault->line = std::min(fault->line, lineIn(message, "Start Tag ", fault->line));
+        }
+    });
+    SchemaValidation validation(schema, faults);
+    std::optional<XmlElements> document(std::in_place, text, &validation.listener());
+    if (!document->isReadable() && !fault.has_value()) {
+        fault = {Rule::NOT_WELL_FORMED, 1,
+                 text.empty() ? "Document is empty" : "Document cannot be read"};
+    }
+    if (fault.has_value()) {
+        findings.add(*fault);
+    }
+    if (!document->isReadable()) {
+        return std::nullopt;
+    }
+    findOddities(*document, findings);
+    return document;
+}
 
 /** The format version or what is spelt nearly so; the root where there is neither. */
 size_t formatVersionOf(const XmlElements& document) {
@@ -179,13 +341,10 @@ class Found {
 
     /** Whether it lies below an element that is affected as a whole. */
     bool isInWhole(size_t element) const {
-        bool isWhole = false;
-        while (element != 0 && !isWhole) {
-            element = mDocument.parent(element);
-            const auto best = mBest.find(element);
-            isWhole = element != 0 && best != mBest.end() && best->second.first == kWhole;
-        }
-        return isWhole;
+        const size_t parent = mDocument.parent(element);
+        const auto best = mBest.find(parent);
+        const bool isWhole = best != mBest.end() && best->second.first == kWhole;
+        return parent != 0 && (isWhole || isInWhole(parent));
     }
 
   private:
@@ -216,10 +375,8 @@ class Found {
     }
 
     size_t sectionOf(size_t element) const {
-        while (mDocument.parent(element) != 0) {
-            element = mDocument.parent(element);
-        }
-        return element;
+        const size_t parent = mDocument.parent(element);
+        return parent == 0 ? element : sectionOf(parent);
     }
 
     bool isEffect(const Finding& finding, const Consequence& row) const {
@@ -254,6 +411,21 @@ void addFaults(const XmlElements& document, const Findings& faults, Findings& fi
 }
 
 }  // namespace
+
+CheckSchema::CheckSchema(const std::string& file)
+    : rootName(file.empty() ? "device_tuning_data" : nullptr) {
+    const XmlPointer<xmlDoc> embedded = file.empty() ? parseEmbedded() : nullptr;
+    const XmlErrorScope errors;
+    const std::shared_ptr<xmlSchemaParserCtxt> parser(
+            file.empty() ? xmlSchemaNewDocParserCtxt(embedded.get())
+                         : xmlSchemaNewParserCtxt(file.c_str()),
+            xmlSchemaFreeParserCtxt);
+    schema.reset(xmlSchemaParse(parser.get()), xmlSchemaFree);
+    if (schema == nullptr) {
+        throw std::runtime_error((file.empty() ? "the schema built in" : file) +
+                                 (errors.first().empty() ? ": no schema" : errors.first()));
+    }
+}
 
 Findings checkFile(const std::string& path, const CheckSchema& schema,
                    const std::vector<std::string>& disabled) {

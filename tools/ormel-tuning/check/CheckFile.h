@@ -4,12 +4,10 @@
 #include <libxml/xmlschemas.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "CheckRules.h"
-#include "document/XmlElements.h"
 
 namespace ormel::tools {
 
@@ -22,16 +20,6 @@ struct CheckSchema {
     const char* rootName;
     std::shared_ptr<xmlSchema> schema;
 };
-
-/**
- * Parses a document's bytes, and holds it to a schema meanwhile. None if it cannot be read.
- *
- * @param findings gets what keeps it from being read, here or on a device
- * @param faults   gets what it does not keep to of the schema, an element's or attribute's first
- *                 fault each
- */
-std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSchema& schema,
-                                         Findings& findings, Findings& faults);
 
 /**
  * What is wrong with a document, but for rules whose ids are @p disabled. Throws std::runtime_error
