@@ -116,25 +116,19 @@ const RuleRow& ruleOf(const std::string& id) {
                              "see check --rules");
 }
 
-void explain(const CheckOptions& options) {
-    const RuleRow& row = ruleOf(options.explain);
+/** One rule in words, or all of them as a list in Markdown. */
+void printRules(const CheckOptions& options) {
+    const RuleRow* const one = options.rules ? nullptr : &ruleOf(options.explain);
     if (options.json) {
-        printJson(row, std::cout);
-        return;
-    }
-    std::cout << row.id << " (" << severityName(row.severity) << ")\n"
-              << wrapped(row.sentence, 0) << "\nInstead: " << wrapped(row.remedy, 0) << '\n';
-}
-
-/** A list in Markdown. */
-void printRules(bool isJson) {
-    if (isJson) {
-        printJson(kRules, std::cout);
-        return;
-    }
-    for (const RuleRow& row : kRules) {
-        std::cout << "- `" << row.id << "` (" << severityName(row.severity) << "): " << row.sentence
-                  << ' ' << row.remedy << '\n';
+        printJson(one == nullptr ? Json(kRules) : Json(*one), std::cout);
+    } else if (one != nullptr) {
+        std::cout << one->id << " (" << severityName(one->severity) << ")\n"
+                  << wrapped(one->sentence, 0) << "\nInstead: " << wrapped(one->remedy, 0) << '\n';
+    } else {
+        for (const RuleRow& row : kRules) {
+            std::cout << "- `" << row.id << "` (" << severityName(row.severity)
+                      << "): " << row.sentence << ' ' << row.remedy << '\n';
+        }
     }
 }
 
@@ -201,16 +195,14 @@ int checkFiles(const CheckOptions& options) {
 
 int run(const CheckOptions& options) {
     std::for_each(options.disabled.begin(), options.disabled.end(), ruleOf);
-    if (options.rules) {
-        printRules(options.json);
-    } else if (!options.explain.empty()) {
-        explain(options);
-    } else if (options.files.empty()) {
-        throw std::runtime_error("check: FILE is required; see --help");
-    } else {
-        return checkFiles(options);
+    if (options.rules || !options.explain.empty()) {
+        printRules(options);
+        return 0;
     }
-    return 0;
+    if (options.files.empty()) {
+        throw std::runtime_error("check: FILE is required; see --help");
+    }
+    return checkFiles(options);
 }
 
 }  // namespace
