@@ -210,8 +210,10 @@ void checkDefaults(const CheckContext& context, const Devices& devices) {
     }
 }
 
-/** What must be there once, and what must be there. */
-void checkReferences(const CheckContext& context) {
+}  // namespace
+
+void checkObjects(const CheckContext& context) {
+    checkParameters(context);
     std::set<int> profiles;
     for (const Profile* const profile : context.data.getProfiles()) {
         profiles.insert(profile->getProfileId());
@@ -242,13 +244,6 @@ void checkReferences(const CheckContext& context) {
     if (!devices.empty()) {
         checkDefaults(context, devices);
     }
-}
-
-}  // namespace
-
-void checkObjects(const CheckContext& context) {
-    checkParameters(context);
-    checkReferences(context);
 }
 
 }  // namespace ormel::tools

@@ -454,8 +454,10 @@ void checkParts(const CheckContext& context) {
     }
 }
 
-/** Bands against those around them and in other curves, and numbers that go by others. */
-void checkCurves(const CheckContext& context) {
+}  // namespace
+
+void checkSisters(const CheckContext& context) {
+    checkParts(context);
     for (const Parameter frequency :
          {AUDIO_OPTIMIZER_FREQUENCY, GEQ_FREQUENCY, IEQ_FREQUENCY, REGULATOR_FREQUENCY}) {
         checkCurvesOver(context, frequency);
@@ -471,13 +473,6 @@ void checkCurves(const CheckContext& context) {
             }
         }
     }
-}
-
-}  // namespace
-
-void checkSisters(const CheckContext& context) {
-    checkParts(context);
-    checkCurves(context);
 }
 
 }  // namespace ormel::tools
