@@ -1,6 +1,5 @@
 #include "AppliedLists.h"
 
-#include <ormel/KivParameter.h>
 #include <ormel/StoreFront.h>
 
 #include <algorithm>
@@ -51,26 +50,6 @@ std::vector<AppliedList> appliedLists(const LoadedDocument& document) {
         applied.push_back({std::move(list), effect.getValues()});
     }
     return applied;
-}
-
-const std::vector<int32_t>* valuesOf(const AppliedList& applied, int32_t device, int32_t code) {
-    const auto found = applied.values.find({device, code});
-    return found == applied.values.end() ? nullptr : &found->second;
-}
-
-std::optional<Shape> shapeOf(const AppliedList& applied, int32_t device, int32_t code) {
-    const std::vector<int32_t>* const values = valuesOf(applied, device, code);
-    if (values == nullptr) {
-        return std::nullopt;
-    }
-    const auto& entries = applied.list.entries;
-    const bool isOwn = std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) {
-        return entry.device == device && entry.code == code && entry.values == *values;
-    });
-    return isOwn || code != kivCode(DOM) || values->empty()
-                   ? shapeOf(code, *values)
-                   : shapeOf(*values, {kParameterNames[VIRTUALIZER_ENABLE]},
-                             kParameterNames[OUTPUT_MIX_MATRIX]);
 }
 
 }  // namespace ormel::tools

@@ -5,12 +5,10 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <utility>
 #include <vector>
 
 #include "LoadedDocument.h"
-#include "PackedEntries.h"
 
 namespace ormel::tools {
 
@@ -58,14 +56,5 @@ struct AppliedList {
 
 /** Every list of a document, in the document's order, applied from the document's own store. */
 std::vector<AppliedList> appliedLists(const LoadedDocument& document);
-
-/** The values that an effect keeps for a device under a code; null where it keeps none. */
-const std::vector<int32_t>* valuesOf(const AppliedList& applied, int32_t device, int32_t code);
-
-/**
- * The shape of those values. Where the front puts the mix matrix of the speaker's tuning into the
- * speaker's output mode, the matrix begins behind the first value.
- */
-std::optional<Shape> shapeOf(const AppliedList& applied, int32_t device, int32_t code);
 
 }  // namespace ormel::tools

@@ -66,8 +66,8 @@ void to_json(Json& json, const EffectValue& value) {
     json["from"] = Json::array();
     for (size_t i = 0; i < value.origins.size(); ++i) {
         const auto& [kind, param, line] = value.origins[i];
-        Json& from = json["from"].emplace_back();
-        from = {{"parameter", parameterName(param)}, {"origin", nameOf(kind)}};
+        Json& from = json["from"].emplace_back(
+                Json{{"parameter", parameterName(param)}, {"origin", nameOf(kind)}});
         if (kind == Origin::Kind::LINE) {
             from["line"] = line;
         }
@@ -83,11 +83,21 @@ EffectValue valueOf(const Entry& entry, Origins origins) {
 }
 
 EffectValue keptValue(const AppliedList* applied, int32_t device, int32_t code) {
-    EffectValue value = {device, code};
-    const auto* const kept = applied == nullptr ? nullptr : valuesOf(*applied, device, code);
-    if (kept != nullptr) {
-        value.values = *kept;
-        value.shape = shapeOf(*applied, device, code).value_or(Shape{{}, {}, *kept, ""});
+    if (applied == nullptr || applied->values.count({device, code}) == 0) {
+        return {device, code};
+    }
+    const std::vector<int32_t>& kept = applied->values.at({device, code});
+    EffectValue value = valueOf({device, code, kept}, {});
+    const auto& entries = applied->list.entries;
+    const bool isOwn = std::any_of(entries.begin(), entries.end(), [&](const Entry& entry) {
+        return entry.device == device && entry.code == code && entry.values == kept;
+    });
+    // The front puts the mix matrix of the speaker's tuning behind the first value of the speaker's
+    // output mode.
+    if (!isOwn && code == kivCode(DOM)) {
+        value.shape = shapeOf(kept, {kParameterNames[VIRTUALIZER_ENABLE]},
+                              kParameterNames[OUTPUT_MIX_MATRIX])
+                              .value_or(value.shape);
     }
     return value;
 }
