@@ -104,9 +104,8 @@ class Selection {
         } else if (mLists.empty()) {
             mLists = {kBuiltIn};
         }
-        for (const std::string& code : options.codes) {
-            mCodes.insert(codeOf(code));
-        }
+        std::transform(options.codes.begin(), options.codes.end(),
+                       std::inserter(mCodes, mCodes.end()), codeOf);
         for (const std::string& param : options.params) {
             const std::vector<Parameter> params = parametersOf(param);
             mParams.insert(params.begin(), params.end());
@@ -129,12 +128,10 @@ class Selection {
     }
 
     bool has(const EffectValue& entry) const {
-        const bool isOfParam =
-                mParams.empty() || std::any_of(entry.origins.begin(), entry.origins.end(),
-                                               [this](const Origin& origin) {
-                                                   return mParams.count(origin.param) > 0;
-                                               });
-        return isOfParam && (mCodes.empty() || mCodes.count(entry.code) > 0) &&
+        const auto isWanted = [this](const Origin& from) { return mParams.count(from.param) > 0; };
+        const Origins& origins = entry.origins;
+        return (mParams.empty() || std::any_of(origins.begin(), origins.end(), isWanted)) &&
+               (mCodes.empty() || mCodes.count(entry.code) > 0) &&
                (!mDevice.has_value() || entry.device == *mDevice);
     }
 
@@ -149,24 +146,25 @@ class Selection {
 /** The line of the element that chose the preset of a profile's device; 0 where there is none. */
 long includeLine(const LoadedDocument& document, const EffectList& list, int32_t device) {
     const Endpoint wanted = device == DEVICE_OUT_SPEAKER ? ENDPOINT_SPEAKER : ENDPOINT_HEADPHONE;
+    const auto& sections = document.trace().getSections();
+    const auto last = std::find_if(sections.rbegin(), sections.rend(), [&](const auto& section) {
+        const auto* const endpoint = static_cast<const ProfileEndpoint*>(section.object);
+        return section.owner == ParameterOwner::PROFILE_ENDPOINT && endpoint != nullptr &&
+               endpoint->getEndpoint() == wanted && endpoint->getProfileId() == list.profile;
+    });
+    if (last == sections.rend()) {
+        return 0;
+    }
     const XmlElements& xml = document.elements();
-    const auto& elements = document.trace().getElements();
-    // Of formats 3.2. the profile has it, of others each endpoint.
-    std::set<size_t> owners;
-    for (const ReadSection& section : document.trace().getSections()) {
-        for (const ProfileEndpoint* const endpoint : document.objects().getProfileEndpoints()) {
-            if (endpoint == section.object && endpoint->getEndpoint() == wanted &&
-                endpoint->getProfileId() == list.profile) {
-                owners = {section.element, xml.parent(section.element)};
-            }
+    const size_t profile = xml.parent(last->element);
+    for (size_t i = xml.end(profile); i-- > profile;) {
+        // Of formats 3.2. the profile has it, of others each endpoint.
+        const bool isOwn = xml.parent(i) == profile || xml.parent(i) == last->element;
+        if (isOwn && document.trace().getElements()[i].is(DocumentElement::INCLUDE)) {
+            return xml.line(i);
         }
     }
-    long line = 0;
-    for (size_t element = 0; element < elements.size(); ++element) {
-        const bool isInclude = elements[element].is(DocumentElement::INCLUDE);
-        line = isInclude && owners.count(xml.parent(element)) > 0 ? xml.line(element) : line;
-    }
-    return line;
+    return 0;
 }
 
 /** What stands behind each origin of an entry, in words. */
@@ -286,16 +284,13 @@ void show(const ShowOptions& options, std::ostream& out) {
         lists = source.emplace(options.file).document.lists();
     }
     SpatializerParamArray store{SpatializerParamArray::Empty()};
-    for (EffectList& list : builtInLists(store)) {
-        lists.push_back(std::move(list));
-    }
+    const std::vector<EffectList> builtIn = builtInLists(store);
+    lists.insert(lists.end(), builtIn.begin(), builtIn.end());
     const Selection selection(options, source, lists);
-    const bool hasObjects = source.has_value() && selection.hasObjects();
-    const Json objects = hasObjects ? objectsOf(source->document) : Json::array();
-    Json json = {{"file", options.file}, {"objects", objects}, {"lists", Json::array()}};
-    if (options.file.empty()) {
-        json.erase("file");
-    }
+    const Json objects =
+            source && selection.hasObjects() ? objectsOf(source->document) : Json::array();
+    Json json = options.file.empty() ? Json::object() : Json{{"file", options.file}};
+    json.update({{"objects", objects}, {"lists", Json::array()}});
     const Style style;
     std::ostringstream text;
     for (const Json& object : objects) {
