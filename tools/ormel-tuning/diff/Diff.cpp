@@ -59,24 +59,22 @@ void addObjects(const LoadedDocument& document, size_t side, Groups& groups) {
     for (const Json& object : objectsOf(document)) {
         Group& group = groups[printable(object["object"])];
         group.isThere[side] = true;
-        const auto add = [&](const std::string& name, const Json& value, const Values& row) {
-            Pair& pair = group.pairs[{0, name}];
-            pair.head = {{"parameter", name}};
-            pair.items[side] = {value, {{}, {}, row, ""}};
-            if (object.contains("line")) {
-                pair.items[side].lines = {object["line"].get<int32_t>()};
-            }
-        };
-        const Json params = object.value("values", Json::object());
-        for (const auto& [name, values] : params.items()) {
-            if (!values.empty()) {
-                add(name, values, values);
-            }
-        }
+        Json said = object.value("values", Json::object());
         for (const auto& [name, field] : object.items()) {
             if (name != "object" && name != "line" && name != "values") {
-                const std::string text = field.is_string() ? std::string(field) : field.dump();
-                add(name, printable(text), {});
+                said[name] = printable(field.is_string() ? std::string(field) : field.dump());
+            }
+        }
+        std::set<int32_t> lines;
+        if (object.contains("line")) {
+            lines.insert(object["line"].get<int32_t>());
+        }
+        for (const auto& [name, value] : said.items()) {
+            if (!value.empty()) {
+                const Values row = value.is_array() ? Values(value) : Values();
+                Pair& pair = group.pairs[{0, name}];
+                pair.head = {{"parameter", name}};
+                pair.items[side] = {value, {{}, {}, row, ""}, lines};
             }
         }
     }
@@ -132,20 +130,6 @@ std::vector<std::string> rowChanges(const Values& a, const Values& b, NameOf nam
     return changes;
 }
 
-/** Adds the places that differ, or where they are many both rows as they are. */
-void addRest(const Values& a, const Values& b, const std::string& name,
-             std::vector<std::string>& lines) {
-    const bool areAlike = a.size() == b.size();
-    const auto changes = rowChanges(a, areAlike ? b : a, [&name](size_t place) {
-        return name + ' ' + std::to_string(place + 1);
-    });
-    if (!areAlike || changes.size() > kMaxPlaces) {
-        lines.insert(lines.end(), {"a: " + listText(a), "b: " + listText(b)});
-    } else if (!changes.empty()) {
-        lines.push_back(joined(changes, ", "));
-    }
-}
-
 /** The lines on the parts that differ of two shapes that have the same ones. */
 std::vector<std::string> partChanges(const Shape& a, const Shape& b) {
     const auto bandName = [&a, &b](size_t band) {
@@ -168,7 +152,16 @@ std::vector<std::string> partChanges(const Shape& a, const Shape& b) {
             lines.push_back(name + ": " + changeText(value, b.fields[i].second));
         }
     }
-    addRest(a.rest, b.rest, hasParts(a) ? a.restName : "value", lines);
+    const std::string rest = hasParts(a) ? a.restName + ' ' : "value ";
+    const bool areAlike = a.rest.size() == b.rest.size();
+    const auto changes = rowChanges(a.rest, areAlike ? b.rest : a.rest, [&rest](size_t place) {
+        return rest + std::to_string(place + 1);
+    });
+    if (!areAlike || changes.size() > kMaxPlaces) {
+        lines.insert(lines.end(), {"a: " + listText(a.rest), "b: " + listText(b.rest)});
+    } else if (!changes.empty()) {
+        lines.push_back(joined(changes, ", "));
+    }
     return lines;
 }
 
@@ -259,12 +252,10 @@ struct DiffOptions {
 
 /** Whether the documents differ. */
 bool diff(const DiffOptions& options, std::ostream& out) {
-    const LoadedDocument left(options.left);
-    const LoadedDocument right(options.right);
     const auto add = options.ofObjects ? addObjects : addLists;
     Groups groups;
-    add(left, 0, groups);
-    add(right, 1, groups);
+    add(LoadedDocument(options.left), 0, groups);
+    add(LoadedDocument(options.right), 1, groups);
     std::ostringstream text;
     const Json differences = differencesOf(groups, text);
     if (options.json) {
