@@ -34,7 +34,7 @@ namespace {
 namespace mustache = kainjow::mustache;
 
 /** Lines around one that is spoken of. */
-constexpr long kContext = 2;
+constexpr size_t kContext = 2;
 
 constexpr size_t kWidth = 440;
 /** Of a picture without its legend. */
@@ -58,41 +58,37 @@ struct ReportOptions {
     std::string output;
 };
 
-/** A line and some around it: [{number, text, isPlace}]; empty for a line that there is not. */
-Json excerptJson(const Json& source, long line) {
-    const auto last = static_cast<long>(source.size());
-    if (line < 1 || line > last) {
-        return Json::array();
-    }
-    const long first = std::max(1L, line - kContext);
-    Json excerpt(source.begin() + (first - 1), source.begin() + std::min(last, line + kContext));
-    excerpt[static_cast<size_t>(line - first)]["isPlace"] = true;
-    return excerpt;
-}
-
-/** Adds the findings, and the lines of the document, each with the first finding on it. */
+/**
+ * Adds the findings, with some lines around each, and the lines of the document, each with the
+ * first finding on it.
+ */
 void addFindings(const ReportOptions& options, Findings& findings, Json& content) {
     Json source = Json::array();
     for (const std::string& line : linesOf(readDocument(options.file))) {
-        source.push_back({{"number", source.size() + 1}, {"text", line}});
+        source.push_back({{"text", line}});
     }
     Json list = Json::array();
     for (const Finding& finding : findings.sorted()) {
         const RuleRow& row = rowOf(finding.rule);
-        const std::string id = "finding-" + std::to_string(list.size() + 1);
         std::string where = finding.elementName.empty() ? "" : "<" + finding.elementName + ">";
         where += finding.attribute.empty() ? "" : " " + finding.attribute;
-        list.push_back({{"id", id},
-                        {"severity", severityName(row.severity)},
+        list.push_back({{"severity", severityName(row.severity)},
                         {"where", where},
                         {"what", finding.what},
                         {"rule", row.id},
                         {"line", finding.line == 0 ? Json() : Json(finding.line)},
                         {"sentence", row.sentence},
-                        {"remedy", row.remedy},
-                        {"excerpt", excerptJson(source, finding.line)}});
-        if (!list.back()["excerpt"].empty()) {
-            source[static_cast<size_t>(finding.line - 1)].emplace("finding", id);
+                        {"remedy", row.remedy}});
+        const auto line = static_cast<size_t>(finding.line);
+        if (line == 0 || line > source.size()) {
+            continue;
+        }
+        source[line - 1].emplace("finding", list.size());
+        Json& excerpt = list.back()["excerpt"];
+        const size_t end = std::min(source.size(), line + kContext);
+        for (size_t i = std::max(line, kContext + 1) - kContext; i <= end; ++i) {
+            const Json& text = source[i - 1]["text"];
+            excerpt.push_back({{"number", i}, {"text", text}, {"isPlace", i == line}});
         }
     }
     const size_t notes = findings.countOf(Severity::NOTE);
@@ -153,20 +149,21 @@ Json curveJson(const Curve& curve) {
     return json;
 }
 
-/** The documents that gnuplot drew, as parts of a page: what they all define is in one place. */
-std::vector<std::string> svgParts(std::string drawn, std::string& defs) {
-    std::vector<std::string> parts;
-    for (size_t at = drawn.find("<svg"); at != std::string::npos; at = drawn.find("<svg", at)) {
-        const size_t end = std::min(drawn.find("<?xml", at), drawn.size());
-        std::string part = drawn.substr(at, end - at);
-        cut(part, "<title>", "</title>");
-        cut(part, "<desc>", "</desc>");
-        cut(part, " id=\"gnuplot", "canvas\"");
-        defs = cut(part, "<defs>", "</defs>");
-        parts.push_back(part.substr(std::string("<svg").size()));
-        at = end;
+/** A picture from the document that gnuplot drew; @p defs gets what all of them define. */
+Json pictureJson(const Picture& picture, std::string svg, Json& defs) {
+    cut(svg, "<title>", "</title>");
+    cut(svg, "<desc>", "</desc>");
+    cut(svg, " id=\"gnuplot", "canvas\"");
+    defs = cut(svg, "<defs>", "</defs>");
+    Json json = {{"title", titleOf(picture)},
+                 {"flags", picture.flags},
+                 {"isChanged", isChanged(picture)},
+                 {"isOverFrequency", picture.kind->frequency.has_value()},
+                 {"svg", svg.substr(std::string("<svg").size())}};
+    for (const Curve& curve : picture.curves) {
+        json["curves"].push_back(curveJson(curve));
     }
-    return parts;
+    return json;
 }
 
 /**
@@ -174,8 +171,7 @@ std::vector<std::string> svgParts(std::string drawn, std::string& defs) {
  * change come first, and where gnuplot fails, notDrawn says why.
  */
 Json picturesJson(std::vector<Picture> pictures) {
-    Json json = {{"pictures", Json::array()}, {"flat", Json::array()}};
-    // What changes comes first, what is flat last.
+    Json json = {{"pictures", Json::array()}, {"flat", Json::array()}, {"defs", ""}};
     std::stable_partition(pictures.begin(), pictures.end(), isChanged);
     const auto flat = std::stable_partition(pictures.begin(), pictures.end(), hasHeight);
     for (auto picture = flat; picture != pictures.end(); ++picture) {
@@ -186,35 +182,24 @@ Json picturesJson(std::vector<Picture> pictures) {
         pictures.resize(kMaxPictures);
         json["notDrawn"] = "Only the first " + std::to_string(kMaxPictures) + " are drawn.";
     }
-    std::vector<std::string> parts;
-    std::string defs;
+    std::string drawn;
     try {
-        if (!pictures.empty()) {
-            parts = svgParts(drawnByGnuplot(scriptFor(pictures)), defs);
-        }
+        drawn = pictures.empty() ? "" : drawnByGnuplot(scriptFor(pictures));
     } catch (const std::runtime_error& error) {
         json["notDrawn"] = error.what();
     }
-    json["defs"] = defs;
-    for (size_t i = 0; i < std::min(parts.size(), pictures.size()); ++i) {
-        const Picture& picture = pictures[i];
-        Json& drawn = json["pictures"].emplace_back();
-        drawn = {{"id", "picture-" + std::to_string(i + 1)},
-                 {"title", titleOf(picture)},
-                 {"flags", picture.flags},
-                 {"isChanged", isChanged(picture)},
-                 {"isOverFrequency", picture.kind->frequency.has_value()},
-                 {"svg", parts[i]}};
-        for (const Curve& curve : picture.curves) {
-            drawn["curves"].push_back(curveJson(curve));
+    for (const Picture& picture : pictures) {
+        const std::string svg = cut(drawn, "<svg", "</svg>\n\n");
+        if (!svg.empty()) {
+            json["pictures"].push_back(pictureJson(picture, svg, json["defs"]));
         }
     }
     return json;
 }
 
 /**
- * {fields: [{name, now, was}], bands: {names, rows: [{band, cells}]}, restName, items}. A number
- * has "was" where the old shape, which has the same parts, has another one in its place.
+ * {fields: [{name, now, was}], bands: {names, rows: [{cells}]}, restName, items}. A number has
+ * "was" where the old shape, which has the same parts, has another one in its place.
  *
  * @param changed gets the count of those
  */
@@ -234,7 +219,6 @@ Json partsJson(const Shape& now, const Shape& old, size_t& changed) {
         parts["bands"]["names"].push_back(column.name);
         Json& rows = parts["bands"]["rows"];
         for (size_t band = 0; band < column.values.size(); ++band) {
-            rows[band]["band"] = band + 1;
             rows[band]["cells"].push_back(cell(column.values[band], old.columns[i].values[band]));
         }
     }
@@ -244,26 +228,24 @@ Json partsJson(const Shape& now, const Shape& old, size_t& changed) {
     return parts;
 }
 
-bool isShort(const EffectValue& value) {
-    return !value.values.has_value() ||
-           (value.values->size() <= kMaxShort && !hasParts(value.shape));
+bool isLong(const EffectValue& value) {
+    return value.values.has_value() && (value.values->size() > kMaxShort || hasParts(value.shape));
 }
 
 std::string shortText(const EffectValue& value) {
     if (!value.values.has_value()) {
         return "absent";
     }
-    const bool isListed = isShort(value) && !value.values->empty();
-    return isListed ? listText(*value.values) : countText(value.values->size(), "value", "values");
+    return isLong(value) || value.values->empty()
+                   ? countText(value.values->size(), "value", "values")
+                   : listText(*value.values);
 }
 
 /** Parameters that come from one place share it: [{line, origin, params}]. */
 Json originsJson(const Origins& origins) {
     std::map<std::pair<long, std::string>, std::vector<std::string>> paramsOfPlace;
-    for (const Origin& origin : origins) {
-        const bool hasLine = origin.kind == Origin::Kind::LINE && origin.line != 0;
-        paramsOfPlace[{origin.line, hasLine ? "" : nameOf(origin.kind)}].emplace_back(
-                parameterName(origin.param));
+    for (const auto& [kind, param, line] : origins) {
+        paramsOfPlace[{line, nameOf(kind)}].emplace_back(parameterName(param));
     }
     Json list = Json::array();
     for (const auto& [place, params] : paramsOfPlace) {
@@ -285,7 +267,7 @@ Json rowJson(const EffectValue& now, const EffectValue& was) {
                 {"isChanged", now.values != was.values},
                 {"reason", now.notSent.empty() ? Json() : Json(now.notSent)},
                 {"from", originsJson(now.origins)}};
-    if (isShort(now)) {
+    if (!isLong(now)) {
         return row;
     }
     const bool areAlike = was.values.has_value() && haveSameParts(now.shape, was.shape) &&
@@ -336,60 +318,57 @@ void addSwitchedOff(const LoadedDocument& document, const EntryOrigins& origins,
     }
 }
 
-/** [{devices, isChanged, codes, rows}] of the groups, taken from there; equal ones are one. */
-Json groupsJson(std::map<int32_t, Json>& groupOfDevice) {
+/**
+ * [{devices, isChanged, rows}] of the rows by device, taken from there; equal ones are one.
+ *
+ * @param changes gets what changes: "dom, gebs for speaker; vbm for all devices"
+ */
+Json groupsJson(std::map<int32_t, Json>& rowsOfDevice, std::string& changes) {
     Json groups = Json::array();
-    for (auto& [device, group] : groupOfDevice) {
-        if (!groups.empty() && groups.back()["rows"] == group["rows"]) {
+    for (auto& [device, rows] : rowsOfDevice) {
+        if (!groups.empty() && groups.back()["rows"] == rows) {
             groups.back()["devices"].get_ref<std::string&>() += ", " + deviceText(device);
-            continue;
+        } else {
+            groups.push_back({{"devices", deviceText(device)}, {"rows", std::move(rows)}});
         }
-        group["devices"] = deviceText(device);
-        group["isChanged"] = group.contains("codes");
-        groups.push_back(std::move(group));
     }
-    return groups;
-}
-
-/** "dom, gebs for speaker; vbm for all devices": what changes. */
-std::string changesText(const Json& groups) {
-    std::vector<std::string> changes;
-    for (const Json& group : groups) {
-        std::vector<std::string> codes = group.value("codes", std::vector<std::string>());
+    for (Json& group : groups) {
+        std::vector<std::string> codes;
+        for (const Json& row : group["rows"]) {
+            if (row["isChanged"]) {
+                codes.push_back(row["code"]);
+            }
+        }
         const bool isCut = codes.size() > kMaxCodes;
         codes.resize(std::min(codes.size(), kMaxCodes));
+        group["isChanged"] = !codes.empty();
         if (!codes.empty()) {
-            changes.push_back(joined(codes, ", ") + (isCut ? " and more for " : " for ") +
-                              std::string(group["devices"]));
+            changes += (changes.empty() ? "" : "; ") + joined(codes, ", ") +
+                       (isCut ? " and more for " : " for ") + std::string(group["devices"]);
         }
     }
-    return joined(changes, "; ");
+    return groups;
 }
 
 /** {title, sentence, isChanged, groups} of what the effect gets; @p was is null for a new list. */
 Json listJson(const EffectList& list, const std::vector<EffectValue>& values,
               const AppliedList* was, bool hasOld) {
-    std::map<int32_t, Json> groupOfDevice;
+    std::map<int32_t, Json> rowsOfDevice;
     size_t changed = 0;
     for (const EffectValue& value : values) {
         const EffectValue old = hasOld ? keptValue(was, value.device, value.code) : value;
-        Json& group = groupOfDevice[value.device];
-        Json row = rowJson(value, old);
-        if (row["isChanged"]) {
-            group["codes"].push_back(row["code"]);
-            ++changed;
-        }
-        group["rows"].push_back(std::move(row));
+        rowsOfDevice[value.device].push_back(rowJson(value, old));
+        changed += value.values != old.values ? 1 : 0;
     }
-    Json groups = groupsJson(groupOfDevice);
+    std::string changes;
+    Json groups = groupsJson(rowsOfDevice, changes);
     const std::string count = countText(values.size(), "value", "values");
-    const std::string sentence = !hasOld          ? count
-                                 : was == nullptr ? "New, with " + count
-                                 : changed == 0
-                                         ? "Nothing changes: " + count
-                                         : std::to_string(changed) + " of " + count +
-                                                   (changed == 1 ? " changes: " : " change: ") +
-                                                   changesText(groups);
+    const std::string sentence =
+            !hasOld          ? count
+            : was == nullptr ? "New, with " + count
+            : changed == 0   ? "Nothing changes: " + count
+                             : std::to_string(changed) + " of " + count +
+                                     (changed == 1 ? " changes: " : " change: ") + changes;
     return {{"title", titleOf(list)},
             {"sentence", sentence + "."},
             {"isChanged", changed > 0},
@@ -406,19 +385,17 @@ const AppliedList* findSame(const std::vector<AppliedList>& lists, const EffectL
 }
 
 /**
- * [{id, title, sentence, isChanged, groups: [{devices, isChanged, rows}]}]: what the effect gets of
+ * [{title, sentence, isChanged, groups: [{devices, isChanged, rows}]}]: what the effect gets of
  * each profile and tuning device, beside what it gets of @p old where there is an old document.
  */
 Json listsJson(const LoadedDocument& document, const LoadedDocument* old) {
     const bool hasOld = old != nullptr;
     const auto oldLists = hasOld ? appliedLists(*old) : std::vector<AppliedList>();
-    const std::vector<AppliedList> lists = appliedLists(document);
+    std::vector<AppliedList> lists = appliedLists(document);
+    lists.resize(std::min(lists.size(), kMaxLists));
     const EntryOrigins origins(document);
     Json json = Json::array();
     for (const AppliedList& list : lists) {
-        if (json.size() == kMaxLists) {
-            break;
-        }
         std::vector<EffectValue> values = keptValues(list, origins);
         const AppliedList* const was = findSame(oldLists, list.list);
         for (const auto& [place, old] : was == nullptr ? RecordingEffect::Values() : was->values) {
@@ -435,9 +412,6 @@ Json listsJson(const LoadedDocument& document, const LoadedDocument* old) {
                             {"isChanged", true},
                             {"groups", Json::array()}});
         }
-    }
-    for (size_t i = 0; i < json.size(); ++i) {
-        json[i]["id"] = "list-" + std::to_string(i + 1);
     }
     return json;
 }
@@ -464,9 +438,9 @@ void addLoaded(const ReportOptions& options, Json& content) {
 }
 
 /**
- * Content for the template, which has "has_NAME" beside a list that is not empty, and "isLast" in
- * each of its objects. Every text stays text, whatever is in it, but for the markup that the tool
- * made.
+ * Content for the template, which has "has_NAME" beside a list that is not empty, and "isLast" and
+ * "index", from 1, in each of its objects. Every text stays text, whatever is in it, but for the
+ * markup that the tool made.
  */
 mustache::data toData(const Json& json) {
     if (json.is_object()) {
@@ -486,6 +460,7 @@ mustache::data toData(const Json& json) {
             mustache::data item = toData(value);
             if (value.is_object()) {
                 item.set("isLast", &value == &json.back());
+                item.set("index", std::to_string(&value - &json.front() + 1));
             }
             list.push_back(item);
         }
