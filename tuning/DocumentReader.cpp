@@ -552,6 +552,7 @@ class DocumentReader {
         parser->_private = guard;
         errors.watch(mRunning);
         parser->myDoc = xmlCtxtReadIO(mRunning, readMore, nullptr, this, nullptr, nullptr, 0);
+        mRunning = nullptr;
         mError = errors.text();
         const bool isSound =
                 parser->wellFormed != 0 && !errors.areFatal() && mSource.getError().empty();

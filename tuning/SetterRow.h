@@ -11,7 +11,7 @@ namespace ormel {
 
 /** An element's name, the class of its setter, and the parameters that it sets. */
 struct SetterRow {
-    constexpr SetterRow(std::string_view name, uint8_t rowKind, ParameterList fed)
+    constexpr SetterRow(std::string_view name, uint8_t rowKind, const ParameterList& fed)
         : nameBegin(name.data()),
           nameSize(static_cast<uint8_t>(name.size())),
           kind(rowKind),

@@ -180,7 +180,7 @@ SetterReading named(As as, std::vector<const Holds*> holds) {
 Reading setterReading(const ReadElement& record) {
     using Kind = Reading::Kind;
     // clang-format off
-    static const auto& readings = *new std::vector<SetterReading>{
+    static const std::vector<SetterReading> readings = {
         {isOf<SimpleValueSetter>,             As::PARAMETER, {Kind::NAMED, {"value"}, {&kSwitch}}},
         {isOf<RowDataValueSetter>,            As::PARAMETER, {Kind::FIRST}},
         {isOf<MixMatrixValueSetter>,          As::ROW,       {Kind::FIRST}},
