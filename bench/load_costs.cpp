@@ -71,8 +71,13 @@ Memory measure() {
     return {allocations, static_cast<long>(::mallinfo2().uordblks), dirty};
 }
 
+/** Why the dynamic linker failed last. */
+std::string linkerError() {
+    return ::dlerror();  // NOLINT(concurrency-mt-unsafe): the program has one thread.
+}
+
 int fail(const std::string& what) {
-    std::fprintf(stderr, "load_costs: %s\n", what.c_str());
+    (void)std::fprintf(stderr, "load_costs: %s\n", what.c_str());
     return EXIT_FAILURE;
 }
 
@@ -81,7 +86,7 @@ int loadOnce(const char* path) {
     measure();
     const Memory before = measure();
     if (load_library(path) == nullptr) {
-        return fail(::dlerror());
+        return fail(linkerError());
     }
     const Memory after = measure();
     std::printf("allocations %ld\nbytes %ld\ndirty %ld\n", after.allocations - before.allocations,
@@ -89,14 +94,14 @@ int loadOnce(const char* path) {
     return EXIT_SUCCESS;
 }
 
-int loadAndUnload(const char* path, int cycles) {
+int loadAndUnload(const char* path, long cycles) {
     long before = 0;
-    for (int cycle = 0; cycle <= cycles; ++cycle) {
+    for (long cycle = 0; cycle <= cycles; ++cycle) {
         // The first cycle also allocates what the dynamic linker keeps.
         before = cycle == 1 ? measure().bytes : before;
         void* const library = load_library(path);
         if (library == nullptr) {
-            return fail(::dlerror());
+            return fail(linkerError());
         }
         ::dlclose(library);
         if (::dlopen(path, RTLD_NOW | RTLD_NOLOAD) != nullptr) {
@@ -113,5 +118,9 @@ int main(int argc, char** argv) {
     if (argc < 2 || argc > 3) {
         return fail("usage: load_costs LIBRARY [CYCLES]");
     }
-    return argc == 2 ? loadOnce(argv[1]) : loadAndUnload(argv[1], std::atoi(argv[2]));
+    if (argc == 2) {
+        return loadOnce(argv[1]);
+    }
+    const long cycles = std::strtol(argv[2], nullptr, 10);
+    return cycles > 0 ? loadAndUnload(argv[1], cycles) : fail("CYCLES is a number above 0");
 }
