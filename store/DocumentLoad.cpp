@@ -5,9 +5,6 @@
 #include <log/log.h>
 #include <ormel/TuningFileParser.h>
 
-#include <algorithm>
-#include <utility>
-
 namespace ormel {
 
 namespace {
