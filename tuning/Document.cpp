@@ -26,9 +26,9 @@ void DocumentBuilder::addNode(Kind kind, Piece name) {
     mDocument.mNodes.push_back(node);
 }
 
-void DocumentBuilder::beginElement(std::string_view name) {
+void DocumentBuilder::beginElement(Piece name) {
     const auto index = static_cast<uint32_t>(mDocument.mNodes.size());
-    addNode(Kind::ELEMENT, store(name));
+    addNode(Kind::ELEMENT, name);
     ++mElementCount;
     mOpen.push_back({index, Document::kNone, Kind::NONE});
 }

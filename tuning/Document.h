@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -64,7 +65,7 @@ class Document {
 
     std::vector<Node> mNodes;
     std::vector<Attribute> mAttributes;
-    std::vector<char> mText;
+    std::string mText;
 };
 
 static_assert(sizeof(Document::Node) == 24 && sizeof(Document::Attribute) == 16);
@@ -77,7 +78,7 @@ class DocumentBuilder {
     /** Whether an element is open. Nodes added then are its children. */
     bool isInElement() const { return !mOpen.empty(); }
 
-    void beginElement(std::string_view name);
+    void beginElement(Document::Piece name);
     void endElement();
 
     /** Adds an attribute to the element begun last. */
@@ -105,9 +106,7 @@ class DocumentBuilder {
 
     /** The same for a text in pieces: everything appended until endText(). */
     void beginText() { mTextBegin = mDocument.mText.size(); }
-    void appendText(std::string_view text) {
-        mDocument.mText.insert(mDocument.mText.end(), text.begin(), text.end());
-    }
+    void appendText(std::string_view text) { mDocument.mText.append(text); }
     Document::Piece endText() const {
         return {static_cast<uint32_t>(mTextBegin),
                 static_cast<uint32_t>(mDocument.mText.size() - mTextBegin)};

@@ -6,6 +6,8 @@
 #include <libxml/tree.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <map>
 #include <string_view>
@@ -113,25 +115,39 @@ struct ParserDeleter {
 using Parser = std::unique_ptr<xmlParserCtxt, ParserDeleter>;
 
 /**
- * The name of an element or attribute: the local name, with a prefix only if no namespace is bound
- * to the prefix.
+ * Stores the names of a document, most of them once: libxml2 keeps all copies of a name at one
+ * address.
  */
-class NodeName {
+class NameStore {
   public:
-    NodeName(const xmlChar* name, const xmlChar* prefix, const xmlChar* uri) : mName(toText(name)) {
-        if (prefix != nullptr && uri == nullptr) {
-            mQualified.append(toText(prefix)).append(":").append(mName);
-            mName = mQualified;
-        }
-    }
-    NodeName(const NodeName&) = delete;
-    NodeName& operator=(const NodeName&) = delete;
+    explicit NameStore(DocumentBuilder& builder) : mBuilder(builder) {}
 
-    std::string_view get() const { return mName; }
+    /** Stores a name that keeps its address during this object's lifetime. */
+    Document::Piece store(const xmlChar* name) {
+        Stored& stored = mStored[reinterpret_cast<uintptr_t>(name) % mStored.size()];
+        if (stored.name != name) {
+            stored = {name, mBuilder.store(toText(name))};
+        }
+        return stored.piece;
+    }
+
+    /** Stores a local name, with its prefix only if no namespace is bound to the prefix. */
+    Document::Piece store(const xmlChar* name, const xmlChar* prefix, const xmlChar* uri) {
+        if (prefix == nullptr || uri != nullptr) {
+            return store(name);
+        }
+        return mBuilder.store(std::string(toText(prefix)).append(":").append(toText(name)));
+    }
 
   private:
-    std::string mQualified;
-    std::string_view mName;
+    struct Stored {
+        const xmlChar* name = nullptr;
+        Document::Piece piece;
+    };
+
+    DocumentBuilder& mBuilder;
+    /** By address. Of names that share a place, the last one is here. */
+    std::array<Stored, 512> mStored;
 };
 
 /** Texts by name. Attributes of an element with one local name all have the first one's text. */
@@ -146,20 +162,23 @@ class FirstTexts {
         if (!mMayRepeat) {
             return make();
         }
-        const auto found = mTexts.find(name);
-        return found != mTexts.end() ? found->second : mTexts.emplace(name, make()).first->second;
+        const auto [text, isFirst] = mTexts.try_emplace(std::string(name));
+        if (isFirst) {
+            text->second = make();
+        }
+        return text->second;
     }
 
   private:
     const bool mMayRepeat;
-    std::map<std::string, Document::Piece, std::less<>> mTexts;
+    std::map<std::string, Document::Piece> mTexts;
 };
 
 /** Builds a document from the parser's events. */
 class EventReader {
   public:
     EventReader(Document& document, DocumentBudget& budget, xmlParserCtxt*& parser)
-        : mBuilder(document), mBudget(budget), mParser(parser) {}
+        : mDocument(document), mBuilder(document), mBudget(budget), mParser(parser) {}
 
     static xmlSAXHandler handler() {
         xmlSAXHandler handler = {};
@@ -189,9 +208,9 @@ class EventReader {
 
     static void onStart(void* self, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
                         int, const xmlChar**, int attributeCount, int, const xmlChar** attributes) {
-        of(self).mBudget.chargeAttributes(static_cast<size_t>(attributeCount));
-        DocumentBuilder& builder = of(self).mBuilder;
-        builder.beginElement(NodeName(name, prefix, uri).get());
+        EventReader& reader = of(self);
+        reader.mBudget.chargeAttributes(static_cast<size_t>(attributeCount));
+        reader.mBuilder.beginElement(reader.mNames.store(name, prefix, uri));
         const xmlChar** const end =
                 attributes + static_cast<size_t>(attributeCount) * kPartsOfAttribute;
         bool hasNamespaces = false;
@@ -200,12 +219,13 @@ class EventReader {
         }
         FirstTexts texts(hasNamespaces);
         for (const xmlChar** at = attributes; at != end; at += kPartsOfAttribute) {
-            const NodeName attribute(at[0], at[1], at[2]);
+            const Document::Piece attribute = reader.mNames.store(at[0], at[1], at[2]);
             const std::string_view text(reinterpret_cast<const char*>(at[3]),
                                         static_cast<size_t>(at[4] - at[3]));
-            const Document::Piece piece =
-                    texts.get(attribute.get(), [&] { return storeUnescaped(builder, text); });
-            builder.addAttribute(builder.store(attribute.get()), piece);
+            const Document::Piece piece = texts.get(reader.mDocument.text(attribute), [&] {
+                return storeUnescaped(reader.mBuilder, text);
+            });
+            reader.mBuilder.addAttribute(attribute, piece);
         }
     }
 
@@ -252,7 +272,9 @@ class EventReader {
         }
     }
 
+    const Document& mDocument;
     DocumentBuilder mBuilder;
+    NameStore mNames{mBuilder};
     DocumentBudget& mBudget;
     xmlParserCtxt*& mParser;
     bool mHasDocumentType = false;
@@ -397,7 +419,7 @@ class TreeCopy {
     void add(const xmlNode* node) {
         switch (node->type) {
             case XML_ELEMENT_NODE:
-                mBuilder.beginElement(toText(node->name));
+                mBuilder.beginElement(mNames.store(node->name));
                 addAttributes(node);
                 break;
             case XML_TEXT_NODE:
@@ -421,7 +443,7 @@ class TreeCopy {
         for (const xmlAttr* attr = element->properties; attr != nullptr; attr = attr->next) {
             const Document::Piece text =
                     texts.get(toText(attr->name), [&] { return expand(attr); });
-            mBuilder.addAttribute(mBuilder.store(toText(attr->name)), text);
+            mBuilder.addAttribute(mNames.store(attr->name), text);
         }
     }
 
@@ -466,6 +488,7 @@ class TreeCopy {
     }
 
     DocumentBuilder mBuilder;
+    NameStore mNames{mBuilder};
     DocumentBudget& mBudget;
 };
 
