@@ -144,17 +144,24 @@ void DocumentLoad::commit() {
     mArray.mXMLProfileParams.merge(mProfileLists);
     mArray.mProfileGeqGains.merge(mGeqGains);
     mArray.mTuningCount += mDeviceTuningCount;
-    for (const auto& [device, port] : mPorts) {
-        // Adds an unknown port with the value 0.
-        portNameToEndpoint()[port];
-        portNameToAndroidDevice()[port];
-    }
+    addUnknownPorts();
     replaceBy(mArray.mXMLTuningParams, mTuningLists);
     replaceBy(mArray.mMixMatrices, mMixMatrices);
     replaceBy(mArray.mAvailableTuningDevices, mPorts);
     keepHandedOut(mTuningLists);
     keepHandedOut(mMixMatrices);
     reportMissingDefaults();
+}
+
+/** Adds ports that are unknown, of tuning devices with a tuning, to the port maps with value 0. */
+void DocumentLoad::addUnknownPorts() const {
+    for (const DeviceTuning* const deviceTuning : mDocument.getDeviceTunings()) {
+        if (mTunings.count(deviceTuning->getTuning()) > 0) {
+            const std::string port = deviceTuning->getPort();
+            portNameToEndpoint()[port];
+            portNameToAndroidDevice()[port];
+        }
+    }
 }
 
 /** Moves lists that callers may reference into the array, without changing their addresses. */

@@ -57,6 +57,7 @@ class DocumentLoad {
     bool selectPreset(const ProfileEndpoint& endpoint);
     void loadDeviceTuning(const DeviceTuning& deviceTuning);
     void keepHandedOut(SpatializerParamArray::ListsByDevice& replaced);
+    void addUnknownPorts() const;
     void reportMissingDefaults() const;
 
     void translateForDevice(AndroidDevice device);

@@ -240,7 +240,9 @@ TEST_F(LoadTest, AddressesATuningToTheDeviceOfItsPort) {
         {"nowhere",          0,      "0"},
     };
     // clang-format on
-    std::string text = "<tuning name='t' endpoint_type='other' orientation='3'> ";
+    std::string text =
+            "<tuning name='t' endpoint_type='other' orientation='3'> "
+            "<device_id id='nowhere' endpoint_port='replaced'/>";
     for (const auto& port : ports) {
         text += "<device_id id='" + port.name + "' endpoint_port='" + port.name + "'/>";
     }
@@ -259,12 +261,13 @@ TEST_F(LoadTest, AddressesATuningToTheDeviceOfItsPort) {
                             ", orientation 3, mix matrices length 2\n"),
                   std::string::npos);
     }
-    EXPECT_EQ(mArray.getTuningCount(), 8);
+    EXPECT_EQ(mArray.getTuningCount(), 9);
     for (int port = 0; port < 7; ++port) {
         EXPECT_EQ(mArray.getAvailableTuningDevices(port), kPortNames[port]);
     }
     // The lookups added the names that they did not find.
     EXPECT_EQ(kPortNameToEndpoint.count("nowhere"), 1U);
+    EXPECT_EQ(kPortNameToEndpoint.count("replaced"), 1U);
     EXPECT_EQ(kPortNameToAndroidDevice.count("hdmi"), 1U);
 }
 
