@@ -103,17 +103,21 @@ void addLists(const LoadedDocument& document, size_t side, Groups& groups) {
     }
 }
 
+bool isEmptyText(const Json& value) {
+    return value.is_string() && value.get_ref<const std::string&>().empty();
+}
+
 /** "32 -> 48", or what only one document has; just its length for a row that keeps it. */
 std::string changeText(const Json& a, const Json& b) {
     if (a.size() > 1 && a.size() == b.size()) {
         return valueText(a);
     }
     const auto textOf = [](const Json& value) {
-        return value.is_null()     ? "absent"
-               : value == ""       ? "empty"
-               : value.is_string() ? std::string(value)
-               : value.is_array()  ? valueText(value)
-                                   : value.dump();
+        return value.is_null()      ? "absent"
+               : isEmptyText(value) ? "empty"
+               : value.is_string()  ? std::string(value)
+               : value.is_array()   ? valueText(value)
+                                    : value.dump();
     };
     return textOf(a) + " -> " + textOf(b);
 }
@@ -201,7 +205,9 @@ std::string describe(const std::string& name, const Pair& pair, const Style& sty
 /** [{in, device, code, meaning, a, b, aLines, bLines}], and the same as text. */
 Json differencesOf(const Groups& groups, std::ostream& text) {
     const Style style;
-    const auto jsonOf = [](const Json& value) { return value == "" ? Json::array() : value; };
+    const auto jsonOf = [](const Json& value) {
+        return isEmptyText(value) ? Json::array() : value;
+    };
     Json differences = Json::array();
     for (const auto& [title, group] : groups) {
         const size_t before = differences.size();
