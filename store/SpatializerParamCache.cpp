@@ -42,7 +42,8 @@ bool hasDeviceTunings(SpatializerParamArray& store) {
 struct ProfileRules {
     bool hasTunings;
     bool replacesMixMatrix;
-    bool isOrmelContent;
+    /** Says which parameters apply to the maker's own content; null if the content is not that. */
+    KivParamStore* ormelContentParams;
 };
 
 /** Copies at most kGeqBands of @p gains to their place after the frequencies. */
@@ -199,9 +200,8 @@ void pushProfileEntry(SpatializerParamArray& store, const EffectParamParser& ent
         pushOutputMode(store, entry, effect);
         return;
     }
-    if (!rules.isOrmelContent ||
-        android::Singleton<KivParamStore>::getInstance().isDeviceProcParamInProfile(
-                entry.mParamCode)) {
+    if (rules.ormelContentParams == nullptr ||
+        rules.ormelContentParams->isDeviceProcParamInProfile(entry.mParamCode)) {
         effect.set(entry);
     }
 }
@@ -237,7 +237,11 @@ void updateMixMatrix(SpatializerParamArray& store, const std::string& device, Ef
 int32_t applyProfile(SpatializerParamArray& store, ListWalk& list, EffectCalls& effect,
                      bool isOrmelContent) {
     const bool hasTunings = hasDeviceTunings(store);
-    const ProfileRules rules = {hasTunings, hasTunings && isSurroundOutput(store), isOrmelContent};
+    // Looked up once, because the singleton locks a mutex at every lookup.
+    KivParamStore* const ormelContentParams =
+            isOrmelContent ? &android::Singleton<KivParamStore>::getInstance() : nullptr;
+    const ProfileRules rules = {hasTunings, hasTunings && isSurroundOutput(store),
+                                ormelContentParams};
     list.begin();
     while (!effect.haveFailed() && list.next()) {
         pushProfileEntry(store, list.entry(), effect, rules);
