@@ -45,7 +45,7 @@ class IEffectOrm {
      * Makes the parameters set so far take effect.
      *
      * @param device always 0x40000000
-     * @return 0 or a status, which the front operation returns
+     * @return 0 or a status; SpatializerParamCache.h says which ones its operations return
      */
     virtual int32_t commitEffectParams(int32_t device) = 0;
 

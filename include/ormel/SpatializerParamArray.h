@@ -27,10 +27,10 @@ class StoreDump;
  *
  * The process's instance is getInstance(), created on first use and never destroyed.
  *
- * Getters of lists insert: asking for an unknown key adds an empty list. Empty gains or an empty
- * mix matrix mean nothing to apply. An empty parameter list counts as one from the document, and
- * applying it fails. Lists are packed parameter lists (SpatializerParamParser.h). Messages have the
- * tag "OrmSpatializerParamArray".
+ * A getter marked "Inserts" adds an empty list for an unknown key. Empty gains or an empty mix
+ * matrix mean nothing to apply. An empty parameter list counts as one from the document, and
+ * applying it fails. Parameter lists are packed (SpatializerParamParser.h). Messages have the tag
+ * "OrmSpatializerParamArray".
  *
  * Threads. Every operation except isValidTuningDevice() and getMixMatrixCapacity() holds the
  * instance's lock throughout and calls no other that locks. All operations, loads and front
@@ -42,6 +42,7 @@ class StoreDump;
  *   setProfileGeqGains() for the same profile. A caller that writes through a reference must keep
  *   all other threads out of the store, and must not do so inside an effect's operation.
  *   copyProfileGeqGains() has none of these limits.
+ * - The last TagIterator of the process must not be destroyed during a load (TagIterator.h).
  * - A child that is forked while another thread is inside an operation, such as a load, must not
  *   use the store: the lock is never released in the child.
  *
@@ -102,7 +103,7 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /** Whether the profile has a list, from the tuning document or inserted by a getter. */
     bool isXMLProfileValid(int profile);
 
-    /** The profile's list from the tuning document. Inserts. */
+    /** The profile's list from the tuning document. Inserts; later documents then give it none. */
     std::vector<int32_t>& getXMLProfileParams(int profile);
 
     /** Whether the tuning device has a list, from the document or inserted by a getter. */
@@ -162,32 +163,35 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
      *
      * If profiles share an id, the first one's list is kept; if tuning devices share a name, the
      * last one's. All are counted. A tuning device whose tuning the document lacks is skipped with
-     * a warning. A supported port whose selected tuning device is not available keeps it, and
-     * "loadSpatializerXMLFile() default tuningDevice D is not available for port P." (error) is
-     * logged.
+     * "Tuning id(D): no tuning T" (warning): it is neither counted nor available. A supported port
+     * whose selected tuning device is not available keeps it, with "loadSpatializerXMLFile()
+     * default tuningDevice D is not available for port P." (error).
      *
      * @param path path of the document
      */
     void loadSpatializerXMLFile(const std::string& path);
 
-    enum class LoadOutcome : int32_t { LOADED, NOT_READ, OVER_BOUND };
+    enum class LoadOutcome : int32_t {
+        LOADED,
+        /** No load yet, or one that failed for any reason but the next. */
+        NOT_READ,
+        /** The document exceeded a bound of DocumentBudget other than kMaxDocumentBytes. */
+        OVER_BOUND,
+    };
 
-    /** The same for a document's text. */
+    /** The same for a document's text. @return as getLoadOutcome() */
     LoadOutcome loadSpatializerXMLText(const std::string& text);
 
     /** The outcome of the last load. */
     LoadOutcome getLoadOutcome();
 
-    /**
-     * Why the last load failed: line and libxml2's message, the system's message for an unreadable
-     * file, or the exceeded bound. Empty if it succeeded.
-     */
+    /** Why the last load failed: line and libxml2's message, or another reason; else empty. */
     std::string getLoadError();
 
     /** The cost of the last load. */
     DocumentBudget getLoadBudget();
 
-    /** The profile last applied; movie at first. */
+    /** The profile last given to setProfile(), applied or not; movie at first. */
     OrmSpatializerProfileId getCurrentProfile();
     void setCurrentProfile(OrmSpatializerProfileId profile);
 
@@ -197,7 +201,7 @@ class SpatializerParamArray : public android::Singleton<SpatializerParamArray> {
     /** Number of document profiles, including repeated ids. */
     int32_t getTuningProfileCount();
 
-    /** Output channels of the internal speaker's tuning; 2 without one. */
+    /** Output channels of the internal speaker's tuning in the last document with one; 2 before. */
     int32_t getOutputChannelCount();
 
     /** Number of values after the first that fit when the effect's output mode is read back. */

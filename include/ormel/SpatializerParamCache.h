@@ -15,13 +15,14 @@ namespace ormel {
  * Applies profiles, tunings and graphic-equalizer gains to an effect.
  *
  * A cache has no state: all caches work on the process's SpatializerParamArray. The first operation
- * creates that and reads the tuning document, which takes time: never call it on a real-time
- * thread.
+ * other than isValidPort() creates that and reads the tuning document, which takes time: never call
+ * it on a real-time thread.
  *
  * Threads. Operations may run concurrently with each other and with those of SpatializerParamArray.
- * The exceptions listed there concern the reference that getProfileGeqGains() returns, and forked
- * children. No operation is atomic as a whole: if one effect is passed to several operations at
- * once, it gets their calls interleaved, unless callers serialise them.
+ * The exceptions listed there hold here too: for the reference that getProfileGeqGains() returns,
+ * for the last TagIterator, and for forked children. No operation is atomic as a whole: if one
+ * effect is passed to several operations at once, it gets their calls interleaved, unless callers
+ * serialise them.
  *
  * The effect is called back on the same thread, with no lock held, and must not throw. It may call
  * any operation, loads included: the outer operation goes on with the list that it began with. It
@@ -46,14 +47,16 @@ class SpatializerParamCache {
      * Entries go to the effect unchanged and in order, except:
      * - virtual bass type (`vbon`) is dropped if the document gave no device tunings;
      * - graphic-equalizer bands (`gebs`) get the current profile's gains, and are dropped unless
-     *   there are 20 bands;
-     * - the speaker's output mode (`dom`) gets the mix matrix of the internal speaker's selected
-     *   tuning device, if there are device tunings and more than two output channels;
-     * - for the maker's own content, other entries are dropped unless the shared store says that
-     *   they belong to the device processing.
+     *   they have 41 values;
+     * - with device tunings and more than two output channels, the speaker's output mode (`dom`)
+     *   gets the mix matrix of the internal speaker's selected tuning device, if that has one. The
+     *   matrix replaces all values after the first, cut or zero-filled to their number;
+     * - for the maker's own content, other entries are dropped unless
+     *   KivParamStore::isDeviceProcParamInProfile() is true for their code.
      *
      * @param isOrmelContent whether the content is the maker's own; then the built-in common list
-     *                       and the profile's built-in list are applied too, each committed
+     *                       and the profile's built-in list are applied too, each committed;
+     *                       the results of these commits are dropped
      * @return 0 if the document has no list for the profile; the commit's status; or -22 with
      *         "setProfile() Invalid data for setting parameter values." (error) for a list that is
      *         broken or was inserted by a getter, and then no built-in list is applied
@@ -74,7 +77,7 @@ class SpatializerParamCache {
     /**
      * Applies the selected tuning device of every supported port, in ascending order of ports.
      *
-     * @return the status of the last port; those of earlier ports are dropped
+     * @return the result of loadTuningDevice() for the last port, USB; the others are dropped
      */
     int32_t loadTuning(IEffectOrm* effect);
 
@@ -86,21 +89,26 @@ class SpatializerParamCache {
     int32_t loadTuningDevice(const std::string& device, IEffectOrm* effect);
 
     /**
-     * Selects a tuning device for a port and applies it. On the internal speaker with more than two
-     * output channels, the effect's speaker output mode gets the device's mix matrix first.
+     * Selects a tuning device for a port and applies it.
+     *
+     * On the internal speaker with more than two output channels, the effect's speaker output mode
+     * is first read, and set to its own first value followed by the device's mix matrix. This is
+     * skipped if the read fails or the device has no matrix.
      *
      * @return 0, with nothing done, if the device is already selected; -22 if there is no such port
-     *         or the device is not available on it; else the commit's status
+     *         or the device is not available on it; else the result of loadTuningDevice()
      */
     int32_t setSelectedTuningDevice(int port, const std::string& device, IEffectOrm* effect);
 
     /**
-     * Stores the current profile's graphic-equalizer gains and applies them. All are stored; the
-     * first 20 reach the effect, in its own gain units.
+     * Stores the current profile's graphic-equalizer gains and applies them. All are stored, and
+     * the first 20 reach the effect. If there are fewer, the other bands keep the effect's gains;
+     * setProfile() sends 0 for them.
      *
-     * @param gains must not change on another thread meanwhile
+     * @param gains in the effect's own units; must not change on another thread meanwhile
      * @return the commit's status; or -22 with "setProfileGeqGains(): could not get proper GEQ
-     *         parameters!" (error) if the effect does not return 20 bands; the gains stay stored
+     *         parameters!" (error) if the effect's bands cannot be read or do not have 41 values;
+     *         the gains stay stored
      */
     int32_t setProfileGeqGains(const std::vector<int32_t>& gains, IEffectOrm* effect);
 

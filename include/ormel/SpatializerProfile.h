@@ -19,7 +19,8 @@ constexpr OrmSpatializerProfileId ORM_SPATIALIZER_PROFILE_CUSTOM = 3;
 constexpr const char* kProfileNames[] = {"dynamic", "movie", "music", "custom"};
 
 /**
- * Bands of the effect's graphic equalizer. Entries with another number of bands are not applied.
+ * Bands of the effect's graphic equalizer. An entry that does not have 2 * kGeqBands + 1 values is
+ * not applied.
  */
 constexpr size_t kGeqBands = 20;
 

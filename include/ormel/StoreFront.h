@@ -11,8 +11,8 @@
 namespace ormel {
 
 /**
- * The operations of SpatializerParamCache, on any store, for tools and tests. That contract applies
- * with this store in place of the process's.
+ * The operations of SpatializerParamCache that need a store, on any store, for tools and tests.
+ * That contract applies with this store in place of the process's.
  */
 class StoreFront {
   public:

@@ -40,8 +40,10 @@ class DocumentBudget;
  *
  * An iterator belongs to one thread at a time. The count of live iterators is a plain integer, so
  * all iterators of a process must be made and destroyed under one lock. Destroying the last one
- * tears down libxml2's global state; the next load sets it up again. Messages are errors with the
- * tag "TagIterator".
+ * tears down libxml2's global state, which the next load sets up again. Nothing in the process may
+ * use libxml2 at that time. This includes document loads, because their iterators are not counted.
+ *
+ * Messages are errors with the tag "TagIterator".
  */
 class TagIterator {
   public:
@@ -54,8 +56,9 @@ class TagIterator {
      * Loads a document, replacing an earlier one, and puts the cursor on the first child node of
      * its root. After a failure there is no document, except that an empty source changes nothing.
      *
-     * Opens no other file. The document may have at most 16 MiB. The text and nodes that its
-     * entities expand to are bounded by its size: see DocumentBudget.
+     * Opens no other file. The document may have at most 16 MiB, and a text node in it at most
+     * 10,000,000 bytes. The text and nodes that its entities expand to are bounded by its size: see
+     * DocumentBudget.
      *
      * @param source     path of the document, a regular file, or the document's text if
      *                   @p fromMemory

@@ -38,8 +38,8 @@ class KivParamStore : public android::Singleton<KivParamStore> {
     void commitChange();
 
     /**
-     * Whether a parameter belongs to the device processing of the current profile. If so, the
-     * tuning document decides it for the maker's own content too.
+     * Whether a parameter belongs to the current profile: setProfile() then applies it for the
+     * maker's own content too.
      */
     bool isDeviceProcParamInProfile(int code);
 
