@@ -50,7 +50,7 @@ class DocumentLoad {
     void loadProfile(Profile& profile);
     void translateProfile(Profile& profile);
     ProfilePass translateParts(int profileId);
-    /** Has the effects of translating another profile with an id, except that it makes no list. */
+    /** Does what translating another profile with the same id would do, but makes no list. */
     void repeatPass(ProfilePass& pass);
     void translateGeqPresets(int profileId);
     void translateEndpoint(ProfileEndpoint& endpoint);

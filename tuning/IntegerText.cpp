@@ -10,7 +10,10 @@
 
 namespace {
 
-/** Most numbers to reserve for a row. A text of many commas must not reserve as many. */
+/**
+ * Most numbers to reserve for a row. Reserving saves allocations, but a text of many commas must
+ * not reserve as many.
+ */
 constexpr size_t kMaxReserve = 64;
 
 bool isWhitespace(char character) {

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view kTrue = "true";
 constexpr char kIeqBandName[] = "band_ieq";
-/** The usual number of bands, reserved for each column. */
+/** The usual number of bands, reserved for each column: one allocation instead of several. */
 constexpr size_t kUsualBandCount = 20;
 
 /** Saves an iterator's position and returns to it at the end of the scope. */

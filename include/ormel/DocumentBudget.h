@@ -34,11 +34,15 @@ class DocumentBudget {
     /** Prices in work. A byte of text or name, returned or expanded, costs 1. */
     static constexpr uint64_t kStepPrice = 4;
     static constexpr uint64_t kMessagePrice = 64;
-    static constexpr size_t kFewAttributes = 1000;
-    static constexpr uint64_t kComparisonsPerWork = 64;
     /** Prices both in work and in holder bytes. */
     static constexpr uint64_t kEntryPrice = 64;
     static constexpr uint64_t kObjectPrice = 128;
+    /**
+     * Comparing n attributes of an element with one another costs n * n / kComparisonsPerWork, and
+     * nothing for up to kFewAttributes.
+     */
+    static constexpr size_t kFewAttributes = 1000;
+    static constexpr uint64_t kComparisonsPerWork = 64;
 
     /** Sets the work limit for a document of @p bytes. */
     void setDocumentSize(size_t bytes) { mWorkLimit = kWorkPerByte * bytes + kWorkBase; }
@@ -49,7 +53,7 @@ class DocumentBudget {
     /** Cursor moves, attributes looked at, or nodes visited while an entity is expanded. */
     void chargeSteps(size_t count) { mWork += kStepPrice * count; }
 
-    /** Comparisons of an element's attributes with one another; free for up to kFewAttributes. */
+    /** Comparisons of an element's attributes with one another. */
     void chargeAttributes(size_t count) {
         mWork += count > kFewAttributes ? uint64_t{count} * count / kComparisonsPerWork : 0;
     }

@@ -22,7 +22,10 @@ enum class EntryHead : uint8_t {
 struct EntryLayout {
     KivParameter destination;
     EntryHead head;
-    /** While this is off, no entry is written, except that VBM is written as 0. */
+    /**
+     * The switch. CEQT and RSSA are written only if its first value is 1, BMDT unless it is 0. VBM
+     * is written as 0 if it is 0.
+     */
     ParameterList enable;
     /**
      * The lists in the order written. DOM also has the endpoint number after its first list, and

@@ -8,7 +8,7 @@
 
 namespace ormel {
 
-/** The effect as SetParamCommand sees it. Has no state and takes no locks. */
+/** Passes the lists of SetParamCommand on. Has no state and takes no locks. */
 class KivEffect {
   public:
     /** Both arguments are ignored. */

@@ -10,7 +10,7 @@ class Profile : public ParameterValues {
   public:
     static const std::set<Parameter>& kValidParams;
 
-    /** Selects the graphic-equalizer preset whose number is @p profileId. */
+    /** Selects graphic-equalizer preset @p profileId. */
     Profile(int profileId, std::string name, bool mobility);
 
     /** Restores a stored profile; starts clean. */

@@ -99,7 +99,7 @@ class IeqTranslator : public SpecialTranslator {
 
 /**
  * CEQT: channel count, band count, left, right, and for four channels the surrounds. Written only
- * while the complex equalizer is on, for two or four channels.
+ * if COMPLEX_EQUALIZER_ENABLE is 1, for two or four channels.
  */
 class ComplexEqualizerTranslator : public SpecialTranslator {
   public:
@@ -112,8 +112,8 @@ class ComplexEqualizerTranslator : public SpecialTranslator {
 };
 
 /**
- * VBM: the virtual bass mode, or 0 if virtual bass is off. Then VBON, which carries the virtual
- * bass type, not the switch.
+ * VBM: the virtual bass mode, or 0 if VIRTUAL_BASS_ENABLE is 0. Then VBON, which carries the
+ * virtual bass type, not the switch.
  */
 class VirtualBassEnableTranslator : public SpecialTranslator {
   public:
@@ -134,7 +134,7 @@ class VirtualBassTranslator : public SpecialTranslator {
                       bool mono) override;
 };
 
-/** BMDT: the bass compressor's tuning, unless the compressor is off. */
+/** BMDT: BASS_MBDRC_TUNING, unless BASS_MBDRC_ENABLE is 0. */
 class BassMbdrcTranslator : public SpecialTranslator {
   public:
     static constexpr std::array kSrcParams = {BASS_MBDRC_TUNING};
@@ -168,8 +168,8 @@ class AudioOptimizerTranslator : public SpecialTranslator {
 
 /**
  * ARSA: channel count, stress amounts. ARBS: band count, frequencies, low thresholds, high
- * thresholds, isolated flags. RSSA, only with sibilance suppression on and two or four channels:
- * channel count, band count, amounts by channel.
+ * thresholds, isolated flags. RSSA, only if REGULATOR_SIBILANCE_SUPPRESS_ENABLE is 1 and for two or
+ * four channels: channel count, band count, amounts by channel.
  *
  * For fewer than three channels, cuts or zero-fills the source's stress amounts to two.
  */
@@ -227,7 +227,7 @@ class TranslatorCollection {
     /** Table position of the translator of @p param; kParameterCount if there is none. */
     size_t findPlace(Parameter param) const;
 
-    /** @param place a translator's position, as findPlace() returns it */
+    /** @param place a table position, below kAllTranslators.size() */
     Translator& at(size_t place) const;
 
     /** Layout of the entries for @p destination; without lists if no translator writes it. */

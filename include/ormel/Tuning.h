@@ -7,7 +7,7 @@
 
 namespace ormel {
 
-/** A named set of processing parameters for the hardware behind one endpoint. */
+/** A named set of device-specific processing parameters for one endpoint. */
 class Tuning : public ParameterValues {
   public:
     static const std::set<Parameter>& kValidParams;

@@ -58,8 +58,10 @@ class TuningFileObserver {
 
     /**
      * A section begins. Versions and settings are reported first, wherever they are in the
-     * document. An include that selects a preset is reported right after its profile or endpoint.
-     * Among the parameters it is then passed over, like one that selects none.
+     * document; settings that the format version leaves unread are not reported at all.
+     *
+     * An include that selects a preset is reported right after its profile or endpoint. Among the
+     * parameters it is then passed over, like one that selects none.
      */
     virtual void onSection(const DocumentSection& /* section */) {}
 

@@ -34,7 +34,7 @@ class ValueSetter {
     virtual std::string getNodeName();
 
     /**
-     * Reads the element at the cursor of @p iterator and stores all of this setter's parameters in
+     * Reads the element at the cursor of @p iterator and stores this setter's parameters in
      * @p values. The cursor ends where it was.
      */
     virtual void set(ParameterValues& values, TagIterator& iterator) = 0;
@@ -128,7 +128,7 @@ class NamedAttributesValueSetter : public ValueSetter {
     AttrNames mAttrNames;
 };
 
-/** Stores the two ends of a frequency range, each an attribute of the element. */
+/** Stores the two ends of a frequency range, each an attribute; nothing for a non-element. */
 class VirtualBassValueSetter : public NamedAttributesValueSetter {
   public:
     static constexpr std::array<const char*, 2> kAttrNames = {"frequency_low", "frequency_high"};
@@ -138,7 +138,12 @@ class VirtualBassValueSetter : public NamedAttributesValueSetter {
     void set(ParameterValues& values, TagIterator& iterator) override;
 };
 
-/** Base of the setters of a preset's bands, which are three levels below the element. */
+/**
+ * Base of the setters of a preset's bands, which are three levels below the element.
+ *
+ * Each column is read as one row of its bands' texts, with a comma after each text. What ends a row
+ * (string2IntVector()) ends the column, such as a missing text. Columns may thus differ in length.
+ */
 class PresetBandsValueSetter : public NamedAttributesValueSetter {
   public:
     void set(ParameterValues& values, TagIterator& iterator) override;
