@@ -13,7 +13,7 @@ enum class VersionRuleKind : uint8_t {
     VALUE,
     /** Endpoints get the value that comes before them in their profile; 0 if there is none. */
     PROFILES_VALUE,
-    /** The settings are not read; the virtual bass process gets the value. */
+    /** `authorized_technologies` only sets the type of virtual bass to the value. */
     SETTINGS_UNREAD,
     /** Ids of intelligent-equalizer presets are names, and includes refer to them by name. */
     IEQ_PRESETS_NAMED,
