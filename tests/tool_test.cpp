@@ -145,7 +145,7 @@ TEST(ShowTest, ListsValuesTheirLinesAndReasons) {
              "          gain_r                2\n"
              "          gain_ls               3\n"
              "          gain_rs               4\n"},
-            {wide, "    bmde         0  bass multiband compressor enable  version rule\n"},
+            {wide, "    bmde         0  bass mbdrc enable  version rule\n"},
             {speaker + " --json", R"(
             {
               "parameter": "virtual_bass_mode",
