@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# Tests the findings of ormel-tuning check, mostly on documents with one fault each:
-# check_test.sh TOOL EXAMPLES
+# Tests ormel-tuning check, mostly on documents with one fault each: check_test.sh TOOL EXAMPLES
 set -euo pipefail
 tool=$1
 examples=$2
@@ -35,6 +34,7 @@ sed -i '$d' "$temp/out"
 sed 's|^\./||' "$temp/out" | triples | diff "$temp/expected" - || fail 'findings'
 [[ $(grep -cvE '\[[a-z-]+\]$' "$temp/out") == 0 ]] || fail 'more than findings'
 ! grep -q $'\033' "$temp/out" || fail 'colours in a file'
+grep -q '18: .* 1 number for -1 channels; two are sent' "$temp/out" || fail 'negative channels'
 
 # Every rule has a document, and an explanation.
 expect 0 --rules

@@ -384,7 +384,7 @@ void checkStressAmounts(const CheckContext& context, size_t element) {
     const int channels = firstOr0(context.valuesOf(section, OUTPUT_CHANNELS));
     if (count != static_cast<size_t>(std::max(channels, 2))) {
         context.add(Rule::STRESS_AMOUNTS, element, "has ", countText(count, "number", "numbers"),
-                    " for ", countText(static_cast<size_t>(channels), "channel", "channels"),
+                    " for ", channels, channels == 1 ? " channel" : " channels",
                     channels < 3 ? "; two are sent" : "; they are sent as they are");
     }
 }
