@@ -281,7 +281,8 @@ void checkColumn(const CheckContext& context, const Curve& curve, size_t column,
                  const std::vector<Curve>& curves) {
     const Numbers& values = *curve.columns[column];
     const size_t largest = largestOf(values);
-    for (size_t i = 0; i < values.size(); ++i) {
+    // A single value has no others to compare with.
+    for (size_t i = 0; i < values.size() && values.size() > 1; ++i) {
         const bool isTurned = isTurnedAt(values, i);
         const auto agrees = [&](const Curve& each) {
             const Numbers& other = *each.columns[column];
@@ -290,9 +291,11 @@ void checkColumn(const CheckContext& context, const Curve& curve, size_t column,
         };
         if ((isTurned || (i == largest && isOutOfProportion(values, i))) &&
             std::none_of(curves.begin(), curves.end(), agrees)) {
-            context.add(Rule::IMPLAUSIBLE, curve.bands[i], "has ", values[i], " between ",
-                        values[i == 0 ? 1 : i - 1], " and ",
-                        values[i + 1 < values.size() ? i + 1 : 0]);
+            const bool isFirst = i == 0;
+            const bool isLast = i + 1 == values.size();
+            context.add(Rule::IMPLAUSIBLE, curve.bands[i], "has ", values[i], " next to ",
+                        values[isFirst ? i + 1 : i - 1],
+                        isFirst || isLast ? "" : concat(" and ", values[i + 1]));
         }
     }
 }
