@@ -105,7 +105,7 @@ struct Holds {
     /** What comes of an empty one, and of a missing one unless it may be missing. */
     const char* empty;
     bool isOptional = false;
-    /** What a faulty one reads as; null for the number that it begins with. */
+    /** What comes of a faulty one; null if it reads as the number that it begins with. */
     const char* faulty = nullptr;
     /** The names that are known, and what is found of any other; null where any will do. */
     const char* const* names = nullptr;
@@ -122,8 +122,8 @@ constexpr Holds kOptionalNumber = {faultOfNumber, "reads as 0", true};
 constexpr Holds kSurroundGain   = {faultOfNumber, "reads as 0"};
 constexpr Holds kPresetNumber   = {faultOfNumber, "reads as preset 0"};
 constexpr Holds kSwitch         = {faultOfSwitch, "reads as 0"};
-constexpr Holds kFlag           = {faultOfFlag,   "reads as false", true, "false"};
-constexpr Holds kColumn         = {faultOfBand,   "ends the column at this band", false, "a number too many or the end of the column"};
+constexpr Holds kFlag           = {faultOfFlag,   "reads as false", true, "reads as false"};
+constexpr Holds kColumn         = {faultOfBand,   "ends the column at this band", false, "ends the column at this band or adds a number to it"};
 constexpr Holds kPresetName     = {faultOfName,   "reads as off", false, nullptr, kIeqPresetNames, kIeqPresetCount, Rule::UNKNOWN_PRESET, "is no preset's name and reads as off"};
 constexpr Holds kEndpoint       = {faultOfName,   "reads as other, which is never sent", false, nullptr, kEndpointNames, kEndpointCount, Rule::UNKNOWN_ENDPOINT, "reads as other, which is never sent"};
 constexpr Holds kTuningEndpoint = {faultOfName,   "reads as speaker", true, nullptr, kEndpointNames, kEndpointCount, Rule::UNKNOWN_ENDPOINT, "reads as speaker"};
@@ -341,8 +341,8 @@ class AttributeCheck {
     void addFaulty(Rule fault, const DocumentAttribute& attribute, const Holds& holds) const {
         const std::string& text = attribute.text;
         const char* const word = meansTrue(text) ? "; write true" : "; write false";
-        add(fault, attribute.name, quoted(text), " reads as ",
-            holds.faulty != nullptr ? holds.faulty : std::to_string(string2Int(text)),
+        add(fault, attribute.name, quoted(text), " ",
+            holds.faulty != nullptr ? holds.faulty : concat("reads as ", string2Int(text)),
             fault == Rule::MISSPELT_BOOLEAN ? word
             : fault == Rule::NOT_A_NUMBER   ? "; write a whole number"
                                             : "; it does not fit 32 bits");
@@ -405,17 +405,19 @@ class AttributeCheck {
             if (presets.count(preset) != 0) {
                 continue;
             }
-            const std::string who = countText(includes.size(), "include", "includes");
+            const std::string who = countText(includes.size(), "include names", "includes name");
+            const std::string which =
+                    arePresetsNamed() ? kIeqPresetNames[preset] : std::to_string(preset);
             if (stranded != presets.end()) {
-                mContext.add(Rule::MISSING_PRESET, stranded->second, "is included by nobody, and ",
-                             who, " a preset ", preset, ", which is not there");
+                mContext.add(Rule::MISSING_PRESET, stranded->second, "is never included, but ", who,
+                             " preset ", which, ", which the document lacks");
                 return;
             }
             mContext.addAttribute(
                     Rule::MISSING_PRESET, includes.front(),
                     rowOf(DocumentElement::INCLUDE).attributes[arePresetsNamed() ? 0 : 1],
-                    "names preset ", preset, ", which is not there, as ", who,
-                    "; each endpoint goes with the preset before it");
+                    "there is no preset ", which, ", which ", who,
+                    "; each endpoint uses the preset of the one before it, or none");
         }
     }
 

@@ -19,7 +19,7 @@ namespace ormel::tools {
 
 namespace {
 
-/** What files begin with that libxml2 may unpack, and who packs them. */
+/** What compressed files begin with, and the name of their format. */
 constexpr std::pair<std::string_view, const char*> kPackers[] = {
         {"\x1f\x8b", "gzip"}, {"\xfd\x37zXZ", "xz"}, {{"\x5d\0\0", 3}, "lzma"}};
 
@@ -145,8 +145,9 @@ std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSch
                                          Findings& findings, Findings& faults) {
     for (const auto& [mark, packer] : kPackers) {
         if (text.compare(0, mark.size(), mark) == 0) {
-            findings.add({Rule::COMPRESSED, 1,
-                          std::string("the file is packed with ") + packer + "; ship it unpacked"});
+            findings.add(
+                    {Rule::COMPRESSED, 1,
+                     std::string("the file is compressed with ") + packer + "; ship it unpacked"});
             return std::nullopt;
         }
     }
@@ -232,7 +233,7 @@ void checkFormat(const CheckContext& context) {
     if (!context.has(VersionRuleKind::SETTINGS_UNREAD) && !context.data.getTunings().empty() &&
         std::any_of(sections.begin(), sections.end(), isWithoutVirtualBass)) {
         context.add(Rule::ABSENT, lastOf(context, DocumentElement::AUTHORIZED_TECHNOLOGIES),
-                    "gives no virtual_bass_process ahead of the profiles, so 1 is sent");
+                    "gives no virtual_bass_process, so 1 is sent");
     }
 }
 

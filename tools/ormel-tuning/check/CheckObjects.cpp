@@ -37,7 +37,7 @@ struct ObjectRow {
 constexpr ObjectRow kObjects[] = {
     {"",                     "tuning device", idOf<DeviceTuning, &DeviceTuning::getDevice>, Rule::REPEATED_DEVICE,   "the last one stands"},
     {"a preset",             "ieq preset",    idOf<IeqPreset, &IeqPreset::getPresetId>,     Rule::REPEATED_PRESET,   "the first one stands"},
-    {"a preset",             "geq preset",    idOf<GeqPreset, &GeqPreset::getProfileId>,    Rule::REPEATED_PRESET,   "both are sent, and the first one's gains stand"},
+    {"a preset",             "geq preset",    idOf<GeqPreset, &GeqPreset::getProfileId>,    Rule::REPEATED_PRESET,   "both are sent, each with the gains of the first"},
     {"a profile",            "profile",       idOf<Profile, &Profile::getProfileId>,        Rule::REPEATED_PROFILE,  "the first one stands and gets the endpoints of both"},
     {"an endpoint_type",     "endpoint",      endpointOf,                                   Rule::REPEATED_ENDPOINT, "both are sent, so the values of the last one stand"},
     {"the data of a tuning", "tuning",        idOf<Tuning, &Tuning::getName>,               Rule::REPEATED_TUNING,   "devices of either get the first one"},
@@ -231,8 +231,10 @@ void checkObjects(const CheckContext& context) {
         const size_t scope = isEndpoint ? context.document.parent(section.element) : 0;
         const auto [first, isNew] = firsts.try_emplace({section.owner, scope, id}, section.element);
         if (!isNew) {
-            context.add(row.repeated, section.element, row.name, " ", id, " is there since line ",
-                        context.document.line(first->second), "; ", row.outcome);
+            const bool isOther = isEndpoint && id == kEndpointNames[ENDPOINT_OTHER];
+            context.add(row.repeated, section.element, "repeats ", row.name, " ", id, " of line ",
+                        context.document.line(first->second), "; ",
+                        isOther ? "neither is sent" : row.outcome);
         }
         checkProfileId(context, section, profiles);
         if (section.owner == ParameterOwner::TUNING) {

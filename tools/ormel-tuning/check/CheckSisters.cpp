@@ -151,7 +151,7 @@ void checkPlaces(const CheckContext& context, const std::vector<Row>& rows) {
             if (hasTurnedSign(values, i, isSure ? 20 : 100) ||
                 isOutOfProportion(values, i, length == 1 ? 20 : 100)) {
                 context.add(Rule::IMPLAUSIBLE, rows[i].element, "has ", *found,
-                            " where others have ", values[i == 0 ? 1 : 0], " or so");
+                            " where another one has ", values[i == 0 ? 1 : 0]);
                 return;
             }
         }
@@ -245,17 +245,17 @@ bool checkFrequencies(const CheckContext& context, const Curve& curve, const Num
     const bool isExpected = !isUsual && place < usual->size();
     if (isExpected && isAscending && own.size() < usual->size()) {
         context.add(Rule::FREQUENCY_UNLIKE, context.document.parent(curve.bands.front()),
-                    "lacks the band of frequency ", (*usual)[place], ", which the others have");
+                    "lacks the band of frequency ", (*usual)[place], ", which most others have");
         return false;
     }
     const size_t band = std::min(place, own.size() - 1);
     const bool isFalling = band != 0 && own[band - 1] >= own[band];
     context.add(isAscending ? Rule::FREQUENCY_UNLIKE : Rule::FREQUENCY_ORDER, curve.bands[band],
                 "frequency ", own[band],
-                isAscending ? " is unlike those of its kind"
+                isAscending ? " differs from most curves"
                 : isFalling ? concat(" is out of order after ", own[band - 1])
                             : " is out of order",
-                isExpected ? concat("; the others have ", (*usual)[place]) : "");
+                isExpected ? concat("; most others have ", (*usual)[place]) : "");
     return false;
 }
 
@@ -321,7 +321,7 @@ using Rows = std::map<size_t, Numbers>;
 
 constexpr const auto& kBuiltIn = SpatializerParamArray::kDefaultMixMatrix;
 
-/** A matrix as long as the built-in one, whose blocks begin with a row of two that counts them. */
+/** A matrix as long as the built-in one: blocks of two numbers, and as many more as the second. */
 void checkBlocks(const CheckContext& context, const Rows& rows) {
     size_t block = 0;
     size_t at = 0;
@@ -331,7 +331,7 @@ void checkBlocks(const CheckContext& context, const Rows& rows) {
             const int count = kBuiltIn[block + 1];
             if (row.size() < 2 || row[0] != first || row[1] != count) {
                 context.add(Rule::MIX_MATRIX_BLOCK, element,
-                            "stands where the built-in matrix has a row of ", first, ", ", count);
+                            "has other numbers where the built-in matrix has ", first, ", ", count);
                 return;
             }
             block += 2 + static_cast<size_t>(count);
