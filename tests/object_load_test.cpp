@@ -8,7 +8,7 @@ namespace ormel::test {
 namespace {
 
 // In a document only the last tuning can be missing, since nothing is read after it.
-TEST(ObjectLoad, UsesOnlyTheInternalSpeakersFirstTuningEvenIfMissing) {
+TEST(ObjectLoad, IgnoresASecondTuningOfTheInternalSpeakerEvenIfTheFirstDoesNotExist) {
     const std::string own = "default_internal_speaker";
     const std::array<std::string, 2> names = {"missing", "four"};
     for (const bool missingFirst : {true, false}) {
