@@ -48,7 +48,7 @@ TEST(XmlElements, HavePositionsAndLines) {
     }
 }
 
-// For each element: what it was read as, and whether the reader named, entered or skipped it.
+// For each element: what it was read as, and whether it was named, entered or found childless.
 std::string readingOf(const std::string& text) {
     const XmlElements elements(text);
     const ReadTrace trace("document", text, elements);
@@ -58,7 +58,7 @@ std::string readingOf(const std::string& text) {
         out += isSection ? rowOf(element.kind).name
                          : std::string(1, "-sPBR"[static_cast<int>(element.as)]);
         out += std::string(element.isNamed ? "n" : "") + (element.isEntered ? "e" : "") +
-               (element.isStray ? "s" : "") + " ";
+               (element.isChildless ? "c" : "") + " ";
     }
     return out;
 }
@@ -71,10 +71,10 @@ TEST(ReadTrace, FindsBandsAndRowsWhereTheReaderLooks) {
              "- tuningne -ne Pne Bn Bn - "},
             {"<r> <tuning> <d> <audio-optimizer-bands><band/><band/></audio-optimizer-bands>"
              "<regulator-tuning/> <x/> </d> </tuning> </r>",
-             "- tuningne -ne Pne - Bn Bns Bn "},
+             "- tuningne -ne Pne - Bn Bnc Bn "},
             {"<r> <tuning> <d> <output-mode> <m> <row/> <row/> </m> </output-mode> <output-mode>"
              "<!----><m/> </output-mode> <output-mode/> </d> </tuning> </r>",
-             "- tuningne -ne Pne -e Rn Rn Pne - Pns "},
+             "- tuningne -ne Pne -e Rn Rn Pne - Pnc "},
             {"<r> <preset type='ieq'> <d> <b> <band_ieq/> <band_ieq/> <x/> <band_ieq/> </b> </d>"
              "</preset> <preset type='geq'> <d> <b> <any/> </b> </d> </preset> <preset/> </r>",
              "- presetne -e -e Bn Bn -n - presetne -e -e Bn presetn "}};

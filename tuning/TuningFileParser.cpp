@@ -247,7 +247,7 @@ void TuningFileParser::Reader::passOver(const DocumentSection& section) {
     using Reason = TuningFileObserver::Reason;
     if (mObserver != nullptr && mIterator.isOnElement()) {
         mObserver->onPassedOver(elementNumber(),
-                                section.isChildless ? Reason::STRAY : Reason::UNKNOWN);
+                                section.isChildless ? Reason::UNEXPECTED_CHILD : Reason::UNKNOWN);
     }
 }
 

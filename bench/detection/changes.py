@@ -11,7 +11,7 @@ from random import Random
 from typing import Callable, Optional
 
 from source import Attribute, Element, Source, Span
-from targets import Target, column, is_number, neighbours, numbers_in, sisters
+from targets import Target, column, is_number, neighbours, numbers_in, same_elsewhere
 from texts import TextChange, digits_exchanged, letter, nearby
 
 
@@ -150,7 +150,7 @@ def _standing(attribute: Attribute, source: Source) -> list[int]:
     """Numbers to compare a number with: its column, or the same number elsewhere."""
     if attribute.element.name.startswith("band"):
         return column(attribute)
-    return [int(each.value) for each in sisters(attribute, source) if is_number(each.value)]
+    return [int(each.value) for each in same_elsewhere(attribute, source) if is_number(each.value)]
 
 
 def wrong_sign(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
@@ -178,7 +178,7 @@ def in_row(change: Callable[[int], int], shows: Callable[[int, list[int]], bool]
     """Changes a number if the rows of other sections show that it is wrong."""
     def change_row(rng: Random, source: Source, attribute: Attribute) -> Optional[Changed]:
         matches = list(re.finditer(r"-?\d+", attribute.value))
-        rows = [numbers_in(each.value) for each in sisters(attribute, source)]
+        rows = [numbers_in(each.value) for each in same_elsewhere(attribute, source)]
         if len(rows) < 2 or any(len(row) != len(matches) for row in rows):
             return None
         at = rng.randrange(len(matches))

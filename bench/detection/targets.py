@@ -178,7 +178,7 @@ value_attributes = any_of(scalars, switches, band_numbers, isolated, range_numbe
 """Without rows and subgains, whose attributes are read whatever their names."""
 
 
-def sisters(attribute: Attribute, source: Source) -> list[Attribute]:
+def same_elsewhere(attribute: Attribute, source: Source) -> list[Attribute]:
     """The same attribute in the other elements with the same name, in the same kind of section."""
     element = attribute.element
     return [other.attributes[attribute.name] for other in source.all(element.name)

@@ -49,7 +49,7 @@ class TuningFileObserver {
         /** Not the name of a section, preset type or parameter that is known at this place. */
         UNKNOWN,
         /** The same, and taken for a child of a childless section. */
-        STRAY,
+        UNEXPECTED_CHILD,
         /** A tuning without data. Reading ends there: nothing after it is reported. */
         NO_DATA,
     };

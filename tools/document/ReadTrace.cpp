@@ -82,7 +82,7 @@ void ReadTrace::onSection(const DocumentSection& section) {
 
 void ReadTrace::noteEntry(size_t element) {
     const bool isChildless = mXml.nodes(element) == 0;
-    (isChildless ? mElements[element].isStray : mElements[element].isEntered) = true;
+    (isChildless ? mElements[element].isChildless : mElements[element].isEntered) = true;
 }
 
 void ReadTrace::beginSection(const DocumentSection& section, ParameterOwner owner) {
@@ -112,7 +112,7 @@ void ReadTrace::onParameter(const DocumentSection& section, ValueSetter& setter,
     } else {
         record->as = As::PARAMETER;
         record->section = mElements[section.element].section;
-        mSections[record->section].strays += section.isChildless ? 1 : 0;
+        mSections[record->section].unexpectedChildren += section.isChildless ? 1 : 0;
         mSections[record->section].addSources(setter, element);
     }
     findBands(element, setter);

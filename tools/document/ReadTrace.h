@@ -39,8 +39,8 @@ struct ReadElement {
     bool isNamed = false;
     /** Whether the reader went on to its children, passing over the first of them. */
     bool isEntered = false;
-    /** Whether the reader wanted to, found none, and read on from the element itself. */
-    bool isStray = false;
+    /** Whether the reader looked for children, found none, and read on from the element itself. */
+    bool isChildless = false;
     /** Index of the section that was being read, or that begins here. */
     uint32_t section = kNoSection;
     /** The setter that read it as a parameter, or in whose parameter it is a band or row. */
@@ -69,8 +69,8 @@ struct ReadSection {
     const void* object = nullptr;
     /** In the order of reading, the elements that gave parameters. */
     Sources sources = {};
-    /** Elements behind the section that were read into it, since it has no children. */
-    size_t strays = 0;
+    /** Number of elements after the section that were read into it, since it has no children. */
+    size_t unexpectedChildren = 0;
 };
 
 /** Thrown for a document that the library refuses. */

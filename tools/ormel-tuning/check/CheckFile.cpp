@@ -442,7 +442,7 @@ Findings checkFile(const std::string& path, const CheckSchema& schema,
         const DeviceData& data = trace.getDocument();
         const CheckContext context = {*document, trace, data, data.getFormatVersion(), findings};
         for (const auto check :
-             {checkStructure, checkAttributes, checkObjects, checkSisters, checkFormat}) {
+             {checkStructure, checkAttributes, checkObjects, checkConsistency, checkFormat}) {
             check(context);
         }
     } catch (const RefusedDocument& refused) {

@@ -46,9 +46,9 @@ struct CheckContext {
     /** Whether the reader was at the element at all, other than to look at its name. */
     bool isUsed(size_t element) const {
         const ReadElement& record = read(element);
-        return record.as != ReadElement::As::NOTHING || record.isEntered || record.isStray;
+        return record.as != ReadElement::As::NOTHING || record.isEntered || record.isChildless;
     }
-    /** Whether the reader passed over the element since its parent has nothing in front of it. */
+    /** Whether the reader skipped the element because no node comes before it in its parent. */
     bool isLostFirst(size_t element) const {
         return element != 0 && document.nodesBefore(element) == 0 &&
                read(document.parent(element)).isEntered && !isUsed(element);
@@ -88,13 +88,13 @@ struct CheckContext {
 /** What is left unread, and what is read in the wrong place. */
 void checkStructure(const CheckContext& context);
 
-/** The texts of attributes, and those that are missing or not looked at. */
+/** The texts of attributes, and attributes that are missing or ignored. */
 void checkAttributes(const CheckContext& context);
 
 /** What the objects of the document come to, each and together. */
 void checkObjects(const CheckContext& context);
 
-/** What stands apart from its like: sections, rows, values and bands; and the rows of matrices. */
-void checkSisters(const CheckContext& context);
+/** Sections, rows, values and bands that differ from others of their kind; rows of matrices. */
+void checkConsistency(const CheckContext& context);
 
 }  // namespace ormel::tools

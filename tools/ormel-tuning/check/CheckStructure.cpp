@@ -117,7 +117,7 @@ void checkBands(const CheckContext& context, size_t preset) {
 
 void checkPreset(const CheckContext& context, size_t preset) {
     const ReadElement& record = context.read(preset);
-    if (record.isStray) {
+    if (record.isChildless) {
         context.addWhole(Rule::CHILDLESS, preset,
                          "has no children; the reader takes what follows it for its bands");
     } else if (record.section == ReadElement::kNoSection) {
@@ -133,10 +133,10 @@ size_t checkUsed(const CheckContext& context, size_t element, const ReadElement&
     const ReadElement& record = context.read(element);
     const bool isWrapper = record.as == As::BAND && context.document.end(element) > element + 1;
     const auto* const columns = dynamic_cast<const BandColumnsValueSetter*>(record.setter);
-    if (isWrapper && context.document.parent(element) != 0 && !parent.isStray) {
+    if (isWrapper && context.document.parent(element) != 0 && !parent.isChildless) {
         context.addWhole(Rule::BAND_DEPTH, element,
                          "is taken for a band, and what is in it is lost");
-    } else if (record.isStray && columns != nullptr &&
+    } else if (record.isChildless && columns != nullptr &&
                record.setter->getNodeName() == context.document.name(element)) {
         context.addWhole(Rule::CHILDLESS, element,
                          "has no bands; the reader takes itself and what follows for them");
@@ -210,10 +210,11 @@ bool isEmpty(const CheckContext& context, const ReadSection& section) {
 
 void checkSections(const CheckContext& context) {
     for (const ReadSection& section : context.trace.getSections()) {
-        if (section.strays != 0 && section.kind != Element::PRESET) {
+        if (section.unexpectedChildren != 0 && section.kind != Element::PRESET) {
             context.add(Rule::CHILDLESS, section.element,
                         "has no children where the reader looks for some; it takes ",
-                        countText(section.strays, "element that follows", "elements that follow"),
+                        countText(section.unexpectedChildren, "element that follows",
+                                  "elements that follow"),
                         " for them");
         } else if (section.object != nullptr && isEmpty(context, section)) {
             context.add(Rule::EMPTY_SECTION, section.element, "has nothing in it that is read");

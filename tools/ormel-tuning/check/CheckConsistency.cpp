@@ -1,6 +1,6 @@
-// What stands apart from its like: sections that lack what the others of their kind have, rows of
-// another length, values and bands unlike those around them and those in their place elsewhere;
-// and numbers that go by an order, a count or the built-in mix matrix.
+// Compares what is alike: sections that lack what the others of their kind have, rows of another
+// length, values and bands unlike their neighbours and unlike those in the same place elsewhere.
+// Also checks numbers against an order, a count or the built-in mix matrix.
 #include <ormel/SpatializerParamArray.h>
 #include <ormel/TagIterator.h>
 
@@ -432,13 +432,13 @@ void checkParts(const CheckContext& context) {
     const auto& sections = context.trace.getSections();
     std::map<const ReadSection*, std::vector<std::string>> lacking;
     for (const auto& [key, part] : partsOf(context)) {
-        const auto isSister = [owner = key.first](const ReadSection& each) {
+        const auto isOfKind = [owner = key.first](const ReadSection& each) {
             return each.owner == owner && each.object != nullptr;
         };
-        const auto sisters = std::count_if(sections.begin(), sections.end(), isSister);
-        if (part.size() >= kMinOwners && part.size() + 1 == static_cast<size_t>(sisters)) {
+        const auto count = std::count_if(sections.begin(), sections.end(), isOfKind);
+        if (part.size() >= kMinOwners && part.size() + 1 == static_cast<size_t>(count)) {
             auto section = sections.begin();
-            while (!isSister(*section) || part.count(&*section) != 0) {
+            while (!isOfKind(*section) || part.count(&*section) != 0) {
                 ++section;
             }
             lacking[&*section].emplace_back(key.second);
@@ -459,7 +459,7 @@ void checkParts(const CheckContext& context) {
 
 }  // namespace
 
-void checkSisters(const CheckContext& context) {
+void checkConsistency(const CheckContext& context) {
     checkParts(context);
     for (const Parameter frequency :
          {AUDIO_OPTIMIZER_FREQUENCY, GEQ_FREQUENCY, IEQ_FREQUENCY, REGULATOR_FREQUENCY}) {
