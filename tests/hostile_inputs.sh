@@ -80,7 +80,7 @@ inputs=(
     'folder.xml|2|2|folder.xml: '
     'folder/missing|2|2|No such file'
     '|2|2|No such file'
-    'pipe|2|2|pipe: nobody writes to this pipe'
+    'pipe|2|2|pipe: nothing writes to this pipe'
     'socket|2|2|socket: No such device'
     'dangling|2|2|No such file'
     'circle|2|2|Too many levels'

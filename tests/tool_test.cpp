@@ -64,15 +64,15 @@ TEST(ApplyTest, ReportsErrors) {
         {"apply x", "ormel-tuning: one of --profile and --script is needed"},
         {"apply x --profile 1", "ormel-tuning: x: No such file or directory"},
         {"apply /dev/null --profile 1", "/dev/null: cannot be loaded as a tuning document"},
-        {"apply x --profile film", ": unknown profile 'film'; there are dynamic, movie, music, custom"},
+        {"apply x --profile film", ": unknown profile 'film'; use one of dynamic, movie, music, custom"},
         {kTablet + "--tuning usb", "ormel-tuning: 'usb' is not PORT=DEVICE"},
-        {kTablet + "--tuning line=x", ": unknown port 'line'; there are internal_speaker, hdmi, miracast, headphone, bluetooth, usb, other"},
-        {kTablet + "--tuning usb=x", ": unknown tuning device 'x' for port usb; there are default_usb"},
+        {kTablet + "--tuning line=x", ": unknown port 'line'; use one of internal_speaker, hdmi, miracast, headphone, bluetooth, usb, other"},
+        {kTablet + "--tuning usb=x", ": unknown tuning device 'x'; port usb has default_usb"},
         {kTablet + "--geq 1,2x", "ormel-tuning: '2x' is not an integer of 32 bits"},
         {kTablet + "--device-proc dom,loud", "ormel-tuning: no parameter of the effect has the code 'loud'"},
-        {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND", "ormel-tuning: stdin:4: unknown operation 'play'; there are profile, tuning, geq, device-proc, load-tuning"},
+        {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND", "ormel-tuning: stdin:4: unknown operation 'play'; use one of profile, tuning, geq, device-proc, load-tuning"},
         {"show " + kSmall + " --profile 2", "small.xml: no profile music; it has movie"},
-        {"show " + kSmall + " --device tv", "ormel-tuning: unknown device 'tv'; there are all_devices, speaker, wired_headphone, Bluetooth_A2DP, USB_device, default_internal_speaker"},
+        {"show " + kSmall + " --device tv", "ormel-tuning: unknown device 'tv'; use one of all_devices, speaker, wired_headphone, Bluetooth_A2DP, USB_device, default_internal_speaker"},
         {"show " + kSmall + " --parameter volmax_bost", "ormel-tuning: there is no tuning parameter or element 'volmax_bost'; the nearest is 'volmax_boost'"},
         {"report " + kSmall + " -o page.pdf", "page.pdf: pages are .html or .htm"},
         {kTabletFile + "--script x --geq 1", "--script excludes --geq; see --help"},
@@ -188,7 +188,7 @@ TEST(DiffTest, ComparesListsOrDocuments) {
     vbm  3 -> 1  virtual bass mode, 0 when switched off
           lines 25, 33 -> lines 24, 34
 tuning device internal_speaker_night
-  38 values in b only
+  38 values only in NEW
 40 differences
 )"},
             {"--document " + kChanged + ' ' + kSmall, 1, R"(geq preset of profile 1
@@ -199,7 +199,7 @@ ieq preset 3
           value 2: 48 -> 32
           line 5 -> line 5
 tuning device internal_speaker_night
-  3 values in a only
+  3 values only in OLD
 tuning wide 'n' low
     virtual_bass_mode  1 -> 3
           line 29 -> line 29
@@ -356,8 +356,8 @@ TEST(PlotTest, DrawsTheCurves) {
                 HasSubstr("; not sent, since it has 0 bands; old: "));
     std::filesystem::remove_all(directory);
     EXPECT_EQ(run("plot " + kSmall + " -o " + picture),
-              std::make_pair(2, std::string("ormel-tuning: drawing takes gnuplot, which is not "
-                                            "installed; Debian has it in gnuplot-nox\n")));
+              std::make_pair(2, std::string("ormel-tuning: drawing needs gnuplot, which is not "
+                                            "installed; install Debian's gnuplot-nox\n")));
 }
 
 TEST(ReportTest, HasVerdictChangesFindingsAndValues) {

@@ -18,9 +18,9 @@ namespace {
 constexpr int kFailed = 2;
 
 constexpr char kFooter[] =
-        R"(Documents may be given as - for standard input, and as pipes.
+        R"(Documents may be files, pipes, or - for standard input.
 
-Exit status: 0 fine, 1 findings or differences, 2 could not do the work.
+Exit status: 0 success, 1 findings or differences, 2 failure.
 
 Example:
   ormel-tuning show examples/tablet-quad.xml --profile movie --device speaker)";
@@ -86,7 +86,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // A reader that has gone is a failed write, and no reason to die of.
+    // If the reader of a pipe has gone, a write fails; the signal must not end the process.
     (void)std::signal(SIGPIPE, SIG_IGN);
     try {
         const int status = run(argc, argv);

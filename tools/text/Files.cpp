@@ -31,7 +31,7 @@ std::string readAll(int from, const std::string& name) {
         const bool isSilent = ::poll(&waiting, 1, patience) == 0;
         const ssize_t count = ::read(from, block, sizeof(block));
         if (count == 0 && isSilent) {
-            throw std::runtime_error(name + ": nobody writes to this pipe");
+            throw std::runtime_error(name + ": nothing writes to this pipe");
         }
         if (count == 0) {
             return text;

@@ -43,7 +43,7 @@ size_t indexOf(const std::string& name, const std::string& kind,
                const std::vector<std::string>& names, const std::string& others) {
     const auto found = std::find(names.begin(), names.end(), name);
     if (found == names.end()) {
-        throw std::runtime_error("unknown " + kind + " '" + name + "'; there are " +
+        throw std::runtime_error("unknown " + kind + " '" + name + "'; use one of " +
                                  joined(names, ", ") + others);
     }
     return static_cast<size_t>(found - names.begin());

@@ -74,7 +74,7 @@ Operation profileOperation(const std::string& arguments) {
     const auto [profile, content] = splitWord(arguments);
     const bool isOrmelContent = content == "ormel-content";
     if (!content.empty() && !isOrmelContent) {
-        throw std::runtime_error("'" + content + "' behind the profile is not 'ormel-content'");
+        throw std::runtime_error("'" + content + "' after the profile is not 'ormel-content'");
     }
     const OrmSpatializerProfileId id = profileOf(profile);
     return {"setProfile(" + profileText(id) +
@@ -94,9 +94,9 @@ Operation tuningOperation(const std::string& choice) {
     SpatializerParamArray& store = SpatializerParamArray::getInstance();
     if (!store.isValidTuningDevice(port, device)) {
         const std::string available = store.getAvailableTuningDevices(port);
-        throw std::runtime_error("unknown tuning device '" + device + "' for port " +
-                                 kPortNames[port] + "; there " +
-                                 (available.empty() ? "is none" : "are " + available));
+        throw std::runtime_error("unknown tuning device '" + device + "'; port " +
+                                 kPortNames[port] + " has " +
+                                 (available.empty() ? "none" : available));
     }
     return {std::string("setSelectedTuningDevice(") + kPortNames[port] + ", " + device + ")",
             [port, device](IEffectOrm* effect) {
@@ -130,7 +130,7 @@ Operation deviceProcOperation(const std::string& codes) {
 
 Operation loadTuningOperation(const std::string& arguments) {
     if (!arguments.empty()) {
-        throw std::runtime_error("'" + arguments + "' behind load-tuning, which takes nothing");
+        throw std::runtime_error("'" + arguments + "' after load-tuning, which takes no arguments");
     }
     return {"loadTuning()",
             [](IEffectOrm* effect) { return SpatializerParamCache().loadTuning(effect); }};
@@ -308,27 +308,27 @@ void runApply(const ApplyOptions& options) {
 
 void addApply(CLI::App& app, int& /* status */) {
     CLI::App* const command = app.add_subcommand(
-            "apply", "Show every call that a tuning document makes an effect get");
+            "apply", "Show every call that the effect gets for a tuning document");
     const auto options = std::make_shared<ApplyOptions>();
     command->add_option("FILE", options->file, "Tuning document")->required();
     command->add_option("--profile", options->profile,
-                        joined(profileNames(), ", ") + ", or a number");
+                        "The profile to apply: " + joined(profileNames(), ", ") + ", or a number");
     command->add_flag("--ormel-content", options->ormelContent,
-                      "Apply the profile as for content in the maker's own encoding");
+                      "Apply the profile as for the maker's own content");
     command->add_option("--tuning", options->tunings,
-                        "Select a tuning device for a port first; may be repeated")
+                        "First select a tuning device for a port; may be repeated")
             ->type_name("PORT=DEVICE")
             ->allow_extra_args(false);
     command->add_option("--geq", options->gains,
-                        "Set the profile's graphic-equalizer gains first, as 0,16,-8")
+                        "First set the profile's graphic-equalizer gains, such as 0,16,-8")
             ->type_name("GAINS");
     command->add_option("--device-proc", options->deviceProc,
-                        "Effect parameters that belong to the device processing, as aoon,dom; they "
-                        "reach the effect whatever the content")
+                        "Effect parameters that belong to the device processing, such as aoon,dom; "
+                        "--ormel-content drops most other parameters of the document")
             ->type_name("CODES");
     CLI::Option* const script =
             command->add_option("--script", options->script,
-                                "Do these operations instead, one a line; - reads standard input")
+                                "Run these operations instead, one per line; - is standard input")
                     ->type_name("FILE");
     command->add_flag("--verbose", options->verbose, "Print all messages of the library to stderr");
     command->add_flag("--json", options->json,

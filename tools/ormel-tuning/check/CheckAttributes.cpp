@@ -124,10 +124,10 @@ constexpr Holds kPresetNumber   = {faultOfNumber, "reads as preset 0"};
 constexpr Holds kSwitch         = {faultOfSwitch, "reads as 0"};
 constexpr Holds kFlag           = {faultOfFlag,   "reads as false", true, "reads as false"};
 constexpr Holds kColumn         = {faultOfBand,   "ends the column at this band", false, "ends the column at this band or adds a number to it"};
-constexpr Holds kPresetName     = {faultOfName,   "reads as off", false, nullptr, kIeqPresetNames, kIeqPresetCount, Rule::UNKNOWN_PRESET, "is no preset's name and reads as off"};
+constexpr Holds kPresetName     = {faultOfName,   "reads as off", false, nullptr, kIeqPresetNames, kIeqPresetCount, Rule::UNKNOWN_PRESET, "is not the name of a preset and reads as off"};
 constexpr Holds kEndpoint       = {faultOfName,   "reads as other, which is never sent", false, nullptr, kEndpointNames, kEndpointCount, Rule::UNKNOWN_ENDPOINT, "reads as other, which is never sent"};
 constexpr Holds kTuningEndpoint = {faultOfName,   "reads as speaker", true, nullptr, kEndpointNames, kEndpointCount, Rule::UNKNOWN_ENDPOINT, "reads as speaker"};
-constexpr Holds kPort           = {faultOfName,   "reads as no port", false, nullptr, kPortNames, kPortCount, Rule::UNKNOWN_PORT, "is no port"};
+constexpr Holds kPort           = {faultOfName,   "reads as no port", false, nullptr, kPortNames, kPortCount, Rule::UNKNOWN_PORT, "is not a port"};
 
 /** By DocumentElement and the places of its attributes; null where any text will do. */
 constexpr std::array<const Holds*, 5> kSectionHolds[] = {
@@ -207,7 +207,7 @@ std::string quoted(std::string_view text) {
 std::string suggested(std::string_view text, const std::vector<std::string>& names,
                       const std::string& otherwise) {
     const std::string similar = nearestOf(text, names);
-    return !similar.empty()    ? "; is " + similar + " meant?"
+    return !similar.empty()    ? "; did you mean " + similar + "?"
            : otherwise.empty() ? ""
                                : "; " + otherwise + " " + joined(names, ", ");
 }
@@ -311,9 +311,9 @@ class AttributeCheck {
             std::sort(names.begin(), names.end());
             // Settings are picked from what there is, the others are asked for.
             const bool isSetting = record.is(DocumentElement::GLOBAL_SETTING);
-            add(Rule::UNKNOWN_ATTRIBUTE, attribute.name, "is not looked at",
+            add(Rule::UNKNOWN_ATTRIBUTE, attribute.name, "is ignored",
                 isRow ? "; a row is read from its first attribute only"
-                      : suggested(attribute.name, names, isSetting ? "" : "the reader asks for"));
+                      : suggested(attribute.name, names, isSetting ? "" : "the reader looks for"));
         }
     }
 
@@ -327,8 +327,8 @@ class AttributeCheck {
         }
         if (fault == Rule::MISSING_ATTRIBUTE) {
             add(&holds == &kColumn ? Rule::SHORT_COLUMN : Rule::MISSING_ATTRIBUTE, name,
-                isMissing ? "is missing, which " : "is empty, which ", holds.empty, "; write ",
-                name, "=\"...\"");
+                isMissing ? "is missing and " : "is empty and ", holds.empty, "; write ", name,
+                "=\"...\"");
         } else if (fault.has_value()) {
             addFaulty(*fault, *found, holds);
         } else if (holds.names != nullptr) {
@@ -354,14 +354,14 @@ class AttributeCheck {
         const auto* const known = std::find(holds.names, end, text);
         if (known == end) {
             add(holds.unknownRule, attribute.name, quoted(text), " ", holds.unknown,
-                suggested(text, {holds.names, end}, "there are"));
+                suggested(text, {holds.names, end}, "the names are"));
         } else if (&holds == &kPort && kPortNameToAndroidDevice.count(text) == 0) {
             std::string supported;
             for (const Port port : kSupportedPorts) {
                 supported += concat(supported.empty() ? "" : ", ", kPortNames[port]);
             }
             add(Rule::UNSUPPORTED_PORT, attribute.name, text,
-                " has no output device to send the tuning to; ", supported, " do");
+                " has no output device to send the tuning to; write one of ", supported);
         } else if (mContext.read(mElement).is(DocumentElement::INCLUDE)) {
             mIncludes[static_cast<int>(known - holds.names)].push_back(mElement);
         }
@@ -383,11 +383,11 @@ class AttributeCheck {
         } else if (!rest.empty()) {
             const size_t end = std::max(rest.find_first_of(kSeparators), size_t{1});
             add(Rule::ROW_CUT, row.name, quoted(rest.substr(0, end)), ends,
-                "; write a comma and a number behind each number");
+                "; write whole numbers, with commas between them");
         }
     }
 
-    /** A preset that is lost or has another id: one finding for all who include it. */
+    /** A preset that is lost or has another id: one finding for all that include it. */
     void checkIncluded() const {
         std::map<int, size_t> presets;
         for (const ReadSection& section : mContext.trace.getSections()) {
@@ -396,7 +396,7 @@ class AttributeCheck {
                 presets.try_emplace(preset->getPresetId(), section.element);
             }
         }
-        // One that nobody includes, its number being beyond those of the others.
+        // A preset that is never included and whose number is out of line with the others.
         const auto count = static_cast<int>(presets.size());
         const auto stranded = std::find_if(presets.begin(), presets.end(), [&](const auto& each) {
             return (each.first < 0 || each.first > count) && mIncludes.count(each.first) == 0;

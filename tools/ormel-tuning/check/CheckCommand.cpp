@@ -209,33 +209,35 @@ int run(const CheckOptions& options) {
 
 void addCheck(CLI::App& app, int& status) {
     CLI::App* const command = app.add_subcommand(
-            "check", "Find what is wrong with tuning documents, most of which is lost in silence");
+            "check", "Find mistakes in tuning documents; the library itself reports almost none");
     const auto options = std::make_shared<CheckOptions>();
     command->add_option("FILE", options->files,
                         "Tuning documents, or folders to search for *.xml; - is standard input");
-    command->add_option("--schema", options->schema, "Use this schema in place of the one built in")
+    command->add_option("--schema", options->schema, "Use this schema instead of the built-in one")
             ->type_name("FILE");
-    command->add_option("--explain", options->explain, "Say what a rule finds and what to do")
+    command->add_option("--explain", options->explain,
+                        "Explain a rule: what it finds and what to do about it")
             ->type_name("ID");
-    command->add_option("--fail-on", options->failOn, "The least severity that gives status 1")
+    command->add_option("--fail-on", options->failOn,
+                        "The lowest severity that gives exit status 1")
             ->check(CLI::IsMember({"error", "warning", "note"}))
             ->capture_default_str();
-    command->add_option("--disable", options->disabled, "A rule to do without; may be repeated")
+    command->add_option("--disable", options->disabled, "Disable this rule; may be repeated")
             ->type_name("ID")
             ->allow_extra_args(false);
     // Options of a subcommand are read from the application's file.
-    app.set_config("--config", "", "A file with options: [check], and in it fail-on and disable")
+    app.set_config("--config", "", "A file whose section [check] sets fail-on and disable")
             ->type_name("FILE");
     app.allow_config_extras(CLI::config_extras_mode::error);
     command->fallthrough();
     command->add_flag("--rules", options->rules, "List all rules, in Markdown");
-    command->add_flag("-q,--quiet", options->quiet, "Print nothing; the exit status speaks");
+    command->add_flag("-q,--quiet", options->quiet, "Print nothing; only set the exit status");
     command->add_flag(
             "--json", options->json,
             "{files: [{file, errors, warnings, notes, findings: [{line, severity, id, element, "
             "attribute, what, remedy}]}], checked, errors, warnings, notes}; element and "
-            "attribute are empty where a finding is about none");
-    command->footer(R"(Findings read FILE:LINE: severity: what [id], the id being a rule's.
+            "attribute are empty if a finding is about none");
+    command->footer(R"(A finding is a line FILE:LINE: severity: what [rule].
 
 Examples:
   ormel-tuning check examples/faulty.xml

@@ -112,8 +112,9 @@ Parts partsOf(const CheckContext& context) {
 const char* outcomeOfLacking(std::string_view name) {
     return name == rowOf(DocumentElement::INCLUDE).name ? "preset 0 is taken"
            : name == kGeqPreset                         ? "no gebs entry is sent"
-           : contains(kEndpointNames, name)             ? "nothing is sent for that endpoint"
-                                            : "what needs it goes out without values or as 0";
+           : contains(kEndpointNames, name)
+                   ? "nothing is sent for that endpoint"
+                   : "entries that need it are sent without values or as 0";
 }
 
 void addLacking(const CheckContext& context, const ReadSection& section,
@@ -175,7 +176,7 @@ void checkRows(const CheckContext& context, const Part& part, Parameter param) {
                param != REGULATOR_STRESS_AMOUNT) {
         context.add(Rule::ROW_LENGTH, rare->second.front(), "has ",
                     countText(rare->first, "number", "numbers"),
-                    ", and all others of its name have ", usual->first);
+                    ", but all others of its name have ", usual->first);
     }
 }
 
@@ -402,8 +403,9 @@ void checkSubgains(const CheckContext& context, size_t element) {
         stems.insert(name.substr(0, name.find_last_not_of("0123456789") + 1));
     }
     if (stems.size() == 1 && !std::is_sorted(names.begin(), names.end())) {
-        context.add(Rule::SUBGAIN_ORDER, element,
-                    "has its attributes out of order, and they are read as they stand");
+        context.add(
+                Rule::SUBGAIN_ORDER, element,
+                "has its attributes out of order; they are read in the order in which they stand");
     }
 }
 

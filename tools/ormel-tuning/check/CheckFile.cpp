@@ -23,7 +23,7 @@ namespace {
 constexpr std::pair<std::string_view, const char*> kPackers[] = {
         {"\x1f\x8b", "gzip"}, {"\xfd\x37zXZ", "xz"}, {{"\x5d\0\0", 3}, "lzma"}};
 
-/** What libxml2 reads however it was built. */
+/** Encodings that every build of libxml2 reads. */
 constexpr std::string_view kEncodings[] = {"utf-8",    "utf-16", "utf-16le",   "utf-16be",
                                            "us-ascii", "ascii",  "iso-8859-1", "iso-latin-1"};
 
@@ -118,16 +118,16 @@ class SchemaValidation {
     std::shared_ptr<xmlSchemaSAXPlugStruct> mPlug;
 };
 
-/** Adds what is not read everywhere. */
+/** Adds encodings that not every device reads, and entity references, which the reader skips. */
 void findOddities(const XmlElements& document, Findings& findings) {
     const std::string& encoding = document.getEncoding();
     if (!encoding.empty() && !contains(kEncodings, lowered(encoding))) {
         findings.add({Rule::ENCODING, 1,
-                      "the encoding " + encoding + " is not read everywhere; write UTF-8"});
+                      "the encoding " + encoding + " cannot be read everywhere; write UTF-8"});
     }
     for (const auto& [element, name] : document.getReferences()) {
         findings.add({Rule::ENTITY_REFERENCE, 0,
-                      "what &" + name + "; stands for is not read; write it out", element});
+                      "the content of &" + name + "; is not read; write it out", element});
     }
 }
 
@@ -224,7 +224,7 @@ void checkFormat(const CheckContext& context) {
         context.add(Rule::OTHER_FORMAT, version, "has no format_version");
     } else if (includesOtherwise(context) || overwritesMany(context)) {
         context.addWhole(Rule::OTHER_FORMAT, version,
-                         "is not of the format that the document is written for");
+                         "does not match the format that the document is written in");
     }
     const auto isWithoutVirtualBass = [](const ReadSection& each) {
         return each.owner == ParameterOwner::PROFILE_ENDPOINT &&
@@ -423,7 +423,7 @@ CheckSchema::CheckSchema(const std::string& file)
             xmlSchemaFreeParserCtxt);
     schema.reset(xmlSchemaParse(parser.get()), xmlSchemaFree);
     if (schema == nullptr) {
-        throw std::runtime_error((file.empty() ? "the schema built in" : file) +
+        throw std::runtime_error((file.empty() ? "the built-in schema" : file) +
                                  (errors.first().empty() ? ": no schema" : errors.first()));
     }
 }
@@ -446,8 +446,7 @@ Findings checkFile(const std::string& path, const CheckSchema& schema,
             check(context);
         }
     } catch (const RefusedDocument& refused) {
-        findings.add(
-                {Rule::REFUSED, refused.line, "the library gives up reading the document here"});
+        findings.add({Rule::REFUSED, refused.line, "the library gives up here"});
     }
     addFaults(*document, faults, findings);
     findings.removeIf([&](const Finding& each) { return contains(disabled, rowOf(each.rule).id); });

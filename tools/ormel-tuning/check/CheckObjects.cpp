@@ -51,8 +51,8 @@ const ObjectRow& rowOf(ParameterOwner owner) {
 /** @param before what gave the section the parameter before, 0 for nothing */
 void checkRepeated(const CheckContext& context, size_t element, size_t before) {
     if (before != 0) {
-        context.add(Rule::REPEATED_VALUE, element, "replaces what line ",
-                    context.document.line(before), " gives; remove one of the two");
+        context.add(Rule::REPEATED_VALUE, element, "replaces the value of line ",
+                    context.document.line(before), "; remove one of the two");
     }
 }
 
@@ -62,8 +62,7 @@ void checkForEndpoints(const CheckContext& context, size_t element, size_t befor
     const auto next = std::lower_bound(endpoints.begin(), endpoints.end(), before);
     if (!endpoints.empty() && endpoints.back() < element) {
         context.add(Rule::LATE_IEQ, element,
-                    "reaches no endpoint, since all of them stand before it; move it ahead of "
-                    "them");
+                    "reaches no endpoint, since all come before it; move it ahead of them");
     } else if (next == endpoints.end() || *next > element) {
         checkRepeated(context, element, before);
     } else if (before == 0) {
@@ -82,8 +81,8 @@ void checkOverwritten(const CheckContext& context, size_t element, Parameter par
     const std::string text = context.document.attribute(element, "value").value_or("");
     if ((text == "true" ? 1 : string2Int(text)) != stands) {
         const bool isProfiles = rule->kind == VersionRuleKind::PROFILES_VALUE;
-        context.add(Rule::OVERWRITTEN, element, "is replaced by ", stands,
-                    isProfiles ? ", which is the profile's" : "", " in this format");
+        context.add(Rule::OVERWRITTEN, element, "is replaced by ",
+                    isProfiles ? "the profile's value " : "", stands, " in this format");
     }
 }
 
@@ -115,7 +114,7 @@ void checkParameters(const CheckContext& context) {
         }
         checkRepeated(context, i, before);
         if (parametersOf(section.owner).count(param) == 0) {
-            context.add(Rule::WRONG_SECTION, i, "is not sent from here; it belongs into ",
+            context.add(Rule::WRONG_SECTION, i, "is not sent from here; move it to ",
                         rowOf(kParameterOwners[param]).place);
         } else {
             checkOverwritten(context, i, param, section);
@@ -151,7 +150,7 @@ void checkChannels(const CheckContext& context, const ReadSection& section) {
                             source == ReadSection::kNoElement ? section.element : source,
                             parameterName(lists[i]), " has ", other,
                             " values and the left channel ", length,
-                            ", the only length that is sent");
+                            "; only the left one's length is sent");
             }
         }
     }
@@ -168,13 +167,13 @@ void checkProfileId(const CheckContext& context, const ReadSection& section,
         const int id = static_cast<const Profile*>(section.object)->getProfileId();
         if (id < 0 || id >= static_cast<int>(std::size(kProfileNames))) {
             context.add(Rule::PROFILE_ID, section.element, "has the id ", id,
-                        ", which is no profile's");
+                        ", which is not one of the library's profiles");
         }
     } else if (section.owner == ParameterOwner::GEQ_PRESET) {
         const int id = static_cast<const GeqPreset*>(section.object)->getProfileId();
         if (!profiles.empty() && profiles.count(id) == 0) {
             context.add(Rule::GEQ_PROFILE, section.element, "has the id ", id,
-                        ", which no profile here has");
+                        ", which no profile of the document has");
         }
     }
 }

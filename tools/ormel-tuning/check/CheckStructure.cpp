@@ -11,9 +11,9 @@ using As = ReadElement::As;
 using Element = DocumentElement;
 
 void addLostFirst(const CheckContext& context, size_t element) {
-    context.addWhole(Rule::LOST_FIRST_CHILD, element, "is lost, since nothing parts it from <",
+    context.addWhole(Rule::LOST_FIRST_CHILD, element, "is lost: no whitespace between it and <",
                      context.document.name(context.document.parent(element)),
-                     ">; put a line break in front of it");
+                     ">; insert a line break");
 }
 
 void addUnknown(const CheckContext& context, size_t element) {
@@ -30,23 +30,23 @@ void addUnknown(const CheckContext& context, size_t element) {
     const bool isHeard = context.findings.countOf(Rule::UNKNOWN_ELEMENT) < Findings::kMaxPerRule;
     const std::string similar = isHeard ? nearestOf(context.document.name(element), names) : "";
     const bool isMisspelt = !similar.empty() && similar != context.document.name(element);
-    context.addWhole(Rule::UNKNOWN_ELEMENT, element, "is not known here and is passed over",
-                     isMisspelt ? "; is <" + similar + "> meant?" : "");
+    context.addWhole(Rule::UNKNOWN_ELEMENT, element, "is unknown here and is skipped",
+                     isMisspelt ? "; did you mean <" + similar + ">?" : "");
 }
 
 void addInclude(const CheckContext& context, size_t element, bool isInProfile) {
     const bool wantsProfile = context.has(VersionRuleKind::INCLUDE_IN_PROFILE);
     // By whether it stands in a profile, and whether the format wants it there.
     static constexpr const char* kRemedies[2][2] = {
-            {"make it the first thing in the endpoint_type, ahead of comments",
+            {"make it the first element of the endpoint_type; a comment counts as one",
              "in this format it has to be the second element of the profile"},
             {"in this format it has to be the first element of an endpoint_type",
-             "make it the second thing in the profile, comments counted"}};
+             "make it the second element of the profile; a comment counts as one"}};
     context.addWhole(Rule::INCLUDE_POSITION, element, "chooses no preset here; ",
                      kRemedies[isInProfile ? 1 : 0][wantsProfile ? 1 : 0]);
 }
 
-/** Some formats do not look into the settings, of which one would count. */
+/** Some formats do not read the settings, one of which would reach the effect. */
 void checkUnreadSettings(const CheckContext& context, size_t settings) {
     const VersionRule* const rule =
             findVersionRule(context.formatVersion, VersionRuleKind::SETTINGS_UNREAD);
@@ -57,12 +57,12 @@ void checkUnreadSettings(const CheckContext& context, size_t settings) {
         const auto text = context.document.attribute(i, "virtual_bass_process");
         if (text && string2Int(*text) != rule->value) {
             context.addAttribute(Rule::OVERWRITTEN, i, "virtual_bass_process",
-                                 "is not read in this format, which makes it ", rule->value);
+                                 "is not read in this format, which sets it to ", rule->value);
         }
     }
 }
 
-/** The element that keeps a band from its place: one too many, or behind a comment. */
+/** The element that keeps a band from its place: one level too many, or after a comment. */
 size_t misplacedAbove(const CheckContext& context, size_t band) {
     size_t element = context.document.parent(band);
     while (context.document.parent(element) != 0 && context.document.nodesBefore(element) < 2) {
@@ -103,12 +103,12 @@ void checkBands(const CheckContext& context, size_t preset) {
     } else if (valid.empty() && !lost.empty() &&
                (foreign.empty() || foreign.front() != lost.front())) {
         context.addWhole(Rule::BAND_DEPTH, misplacedAbove(context, lost.front()),
-                         "has its bands where the reader does not look, so it gets none; write "
-                         "preset, data, bands and bands' elements, with nothing but whitespace "
-                         "between the start tags");
+                         "has its bands where the reader does not look, so it reads none; write "
+                         "preset, data, ieq-bands or geq-bands, and the bands in that, with only "
+                         "whitespace between the start tags");
     } else if (!foreign.empty()) {
         context.addWhole(Rule::IEQ_BAND_NAME, foreign.front(),
-                         "is no band_ieq and ends the bands: ",
+                         "is not named band_ieq and ends the bands: ",
                          countText(lost.size(), "band is", "bands are"), " lost");
     } else if (isGeq && read != kGeqBands) {
         addBandCount(context, preset, read);
@@ -119,10 +119,10 @@ void checkPreset(const CheckContext& context, size_t preset) {
     const ReadElement& record = context.read(preset);
     if (record.isChildless) {
         context.addWhole(Rule::CHILDLESS, preset,
-                         "has no children; the reader takes what follows it for its bands");
+                         "has no children; the reader takes what follows for its bands");
     } else if (record.section == ReadElement::kNoSection) {
         context.addWhole(Rule::UNKNOWN_PRESET_TYPE, preset,
-                         "is neither of type ieq nor of type geq, and is passed over");
+                         "has neither type ieq nor type geq, so it is skipped");
     } else {
         checkBands(context, preset);
     }
@@ -134,12 +134,12 @@ size_t checkUsed(const CheckContext& context, size_t element, const ReadElement&
     const bool isWrapper = record.as == As::BAND && context.document.end(element) > element + 1;
     const auto* const columns = dynamic_cast<const BandColumnsValueSetter*>(record.setter);
     if (isWrapper && context.document.parent(element) != 0 && !parent.isChildless) {
-        context.addWhole(Rule::BAND_DEPTH, element,
-                         "is taken for a band, and what is in it is lost");
+        context.addWhole(Rule::BAND_DEPTH, element, "is taken for a band, and its content is lost");
     } else if (record.isChildless && columns != nullptr &&
                record.setter->getNodeName() == context.document.name(element)) {
-        context.addWhole(Rule::CHILDLESS, element,
-                         "has no bands; the reader takes itself and what follows for them");
+        context.addWhole(
+                Rule::CHILDLESS, element,
+                "has no bands; the reader takes the element itself and what follows for bands");
     }
     // The first element in a tuning that is no device_id is taken for its data.
     const std::string device = rowOf(Element::DEVICE_ID).name;
@@ -169,8 +169,7 @@ size_t checkElement(const CheckContext& context, size_t element) {
     } else if (context.read(element).isNamed || !parent.isEntered) {
         addUnknown(context, element);
     } else {
-        context.addWhole(Rule::UNREAD_ELEMENT, element,
-                         "stands where the reader does not come to it");
+        context.addWhole(Rule::UNREAD_ELEMENT, element, "is never reached by the reader");
     }
     return context.document.end(element);
 }
@@ -213,11 +212,10 @@ void checkSections(const CheckContext& context) {
         if (section.unexpectedChildren != 0 && section.kind != Element::PRESET) {
             context.add(Rule::CHILDLESS, section.element,
                         "has no children where the reader looks for some; it takes ",
-                        countText(section.unexpectedChildren, "element that follows",
-                                  "elements that follow"),
+                        countText(section.unexpectedChildren, "later element", "later elements"),
                         " for them");
         } else if (section.object != nullptr && isEmpty(context, section)) {
-            context.add(Rule::EMPTY_SECTION, section.element, "has nothing in it that is read");
+            context.add(Rule::EMPTY_SECTION, section.element, "contains nothing that is read");
         }
     }
 }

@@ -162,7 +162,7 @@ std::vector<std::string> partChanges(const Shape& a, const Shape& b) {
         return rest + std::to_string(place + 1);
     });
     if (!areAlike || changes.size() > kMaxPlaces) {
-        lines.insert(lines.end(), {"a: " + listText(a.rest), "b: " + listText(b.rest)});
+        lines.insert(lines.end(), {"OLD: " + listText(a.rest), "NEW: " + listText(b.rest)});
     } else if (!changes.empty()) {
         lines.push_back(joined(changes, ", "));
     }
@@ -237,8 +237,8 @@ Json differencesOf(const Groups& groups, std::ostream& text) {
         const std::string count = countText(differences.size() - before, "value", "values");
         if (!isInBoth) {
             text << "  "
-                 << (group.isThere[0] ? style.removed(count + " in a only")
-                                      : style.added(count + " in b only"))
+                 << (group.isThere[0] ? style.removed(count + " only in OLD")
+                                      : style.added(count + " only in NEW"))
                  << '\n';
         }
         printSections(sections, text);
@@ -276,17 +276,17 @@ bool diff(const DiffOptions& options, std::ostream& out) {
 
 void addDiff(CLI::App& app, int& status) {
     CLI::App* const command = app.add_subcommand(
-            "diff", "Compare what two tuning documents make an effect get; exit 1 if they differ");
+            "diff",
+            "Compare what the effect gets from two tuning documents; exit status 1 if it differs");
     const auto options = std::make_shared<DiffOptions>();
-    command->add_option("A", options->left, "Tuning document")->required();
-    command->add_option("B", options->right, "Tuning document")->required();
+    command->add_option("OLD", options->left, "Tuning document")->required();
+    command->add_option("NEW", options->right, "Tuning document")->required();
     command->add_flag("--document", options->ofObjects,
-                      "Compare the tuning values as the documents give them");
-    command->add_flag(
-            "--json", options->json,
-            "{a, b, differences: [{in, device, code, meaning, a, b, aLines, bLines}]}, a and b "
-            "being "
-            "values, a text, or null where absent; with --document {in, parameter, a, ...}");
+                      "Compare the values that the documents give, not what the effect gets");
+    command->add_flag("--json", options->json,
+                      "{a, b, differences: [{in, device, code, meaning, a, b, aLines, bLines}]}; a "
+                      "is from OLD, b from NEW: values, a text, or null if absent; with --document "
+                      "{in, parameter, a, ...}");
     command->footer(R"(Example:
   ormel-tuning diff shipped.xml new.xml && echo "the effect gets the same")");
     command->callback([options, &status] { status = diff(*options, std::cout) ? 1 : 0; });

@@ -172,7 +172,7 @@ std::string drawnByGnuplot(const std::string& script) {
     const int status = std::system(command.c_str());
     if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound) {
         throw std::runtime_error(
-                "drawing takes gnuplot, which is not installed; Debian has it in gnuplot-nox");
+                "drawing needs gnuplot, which is not installed; install Debian's gnuplot-nox");
     }
     std::string picture = out.content();
     if (status != 0 || picture.empty()) {

@@ -94,10 +94,10 @@ void plot(const PlotOptions& options) {
                                  " has no curves");
     }
     if (pictures.empty()) {
-        throw std::runtime_error(options.file + ": nothing to draw by that name");
+        throw std::runtime_error(options.file + ": no curves to draw");
     }
     if (pictures.size() > kMaxPages * kPicturesPerPage) {
-        throw std::runtime_error(options.file + ": too much to draw; name some with " +
+        throw std::runtime_error(options.file + ": too many curves; choose some with " +
                                  "--profile or --tuning");
     }
     const Scales scales = options.hasSameScale ? scalesOf(pictures) : Scales();
@@ -115,8 +115,7 @@ void plot(const PlotOptions& options) {
 }  // namespace
 
 void addPlot(CLI::App& app, int& /* status */) {
-    CLI::App* const command =
-            app.add_subcommand("plot", "Draw the curves of a tuning document over frequency");
+    CLI::App* const command = app.add_subcommand("plot", "Draw the curves of a tuning document");
     const auto options = std::make_shared<PlotOptions>();
     command->add_option("FILE", options->file, "Tuning document")->required();
     command->add_option("-o,--output", options->output,
@@ -124,10 +123,10 @@ void addPlot(CLI::App& app, int& /* status */) {
                         "files, with -2, -3, ... in their names")
             ->required();
     command->add_option("--against", options->old,
-                        "Draw the curves that another document has otherwise, too, as thin lines")
+                        "Also draw the curves that differ in another document, as thin lines")
             ->type_name("OLD");
     command->add_flag("--same-scale", options->hasSameScale,
-                      "Draw all pictures of a kind on one vertical scale");
+                      "Draw all pictures of a kind with the same vertical scale");
     command->add_option(
             "--profile", options->profile,
             "Only the equalizers of a profile: " + joined(profileNames(), ", ") + ", or a number");

@@ -501,16 +501,16 @@ void report(const ReportOptions& options) {
 
 void addReport(CLI::App& app, int& /* status */) {
     CLI::App* const command = app.add_subcommand(
-            "report", "Write a page for the review of a tuning document, or of what it changes");
+            "report", "Write an HTML page for reviewing a tuning document or what it changes");
     const auto options = std::make_shared<ReportOptions>();
     command->add_option("FILE", options->file, "Tuning document")->required();
-    command->add_option("-o,--output", options->output, "Page, one file, .html or .htm")
+    command->add_option("-o,--output", options->output, "The page: one file, .html or .htm")
             ->required();
     command->add_option("--against", options->old, "Show what changes from this document to FILE")
             ->type_name("OLD");
     command->footer(
             R"(The page has the findings of check, what the effect gets and from which line, and
-the curves. It needs no network, runs nothing, and prints.
+the curves. It needs no network, contains no scripts, and can be printed.
 
 Example:
   ormel-tuning report examples/tablet-quad.xml --against examples/faulty.xml -o review.html)");

@@ -112,7 +112,7 @@ class Selection {
         }
     }
 
-    /** Whether some parameters alone are asked for, which then say all that stands behind them. */
+    /** Whether only some parameters are asked for; their entries then come with their reasons. */
     bool hasReasons() const { return !mCodes.empty() || !mParams.empty(); }
 
     bool hasObjects() const {
@@ -167,7 +167,7 @@ long includeLine(const LoadedDocument& document, const EffectList& list, int32_t
     return 0;
 }
 
-/** What stands behind each origin of an entry, in words. */
+/** Each origin of an entry in words: its line, the include that chose it, its version rule. */
 std::vector<std::string> reasonsOf(const Source& source, const EffectList& list,
                                    const EffectValue& entry) {
     const auto lineText = [&lines = source.lines](long line) {
@@ -223,7 +223,7 @@ std::string originText(const Origins& origins) {
     return text;
 }
 
-/** The lines on an entry; what stands behind it has its own where it does not fit. */
+/** The lines about an entry; its origins have a line of their own if they do not fit. */
 std::string describe(const EffectValue& entry, const Style& style) {
     const auto [letters, meaning] = codeText(entry.code);
     const std::string origin = originText(entry.origins);
@@ -301,7 +301,7 @@ void show(const ShowOptions& options, std::ostream& out) {
             continue;
         }
         const std::vector<EffectValue> entries = entriesOf(list, source, selection);
-        // Where parameters are asked for, a list that has none of them says nothing.
+        // If parameters are asked for, a list that has none of them is left out.
         if (entries.empty() && selection.hasReasons()) {
             continue;
         }
@@ -312,17 +312,23 @@ void show(const ShowOptions& options, std::ostream& out) {
                                  {"entries", entries}});
     }
     if (objects.empty() && json["lists"].empty()) {
-        throw std::runtime_error(options.file.empty() ? "that takes a FILE"
-                                                      : options.file + ": no such list or entry");
+        throw std::runtime_error(options.file.empty()
+                                         ? "show: FILE is required for this; see --help"
+                                         : options.file + ": no such list or entry");
     }
     step.reset();
     options.json ? printJson(json, out) : void(out << text.str());
 }
 
-std::vector<std::string> listNames() {
+std::vector<std::string> builtInNames() {
     std::vector<std::string> names = profileNames();
-    names.insert(names.begin(),
-                 {kObjects, kProfiles, kTunings, profileText(ORM_SPATIALIZER_PROFILE_COMMON)});
+    names.insert(names.begin(), profileText(ORM_SPATIALIZER_PROFILE_COMMON));
+    return names;
+}
+
+std::vector<std::string> listNames() {
+    std::vector<std::string> names = builtInNames();
+    names.insert(names.begin(), {kObjects, kProfiles, kTunings});
     return names;
 }
 
@@ -330,7 +336,8 @@ std::vector<std::string> listNames() {
 
 void addShow(CLI::App& app, int& /* status */) {
     CLI::App* const command = app.add_subcommand(
-            "show", "Show what a tuning document becomes, and where each value comes from");
+            "show",
+            "Show the values that the library derives from a tuning document, and their sources");
     const auto options = std::make_shared<ShowOptions>();
     command->add_option("FILE", options->file,
                         "Tuning document; without one, the library's built-in lists are shown");
@@ -342,26 +349,30 @@ void addShow(CLI::App& app, int& /* status */) {
                         "device: " +
                                 joined(deviceNames(), ", ") + ", or a number");
     command->add_option("--list", options->lists,
-                        "Only these; may be repeated. " + joined(listNames(), ", ") +
-                                ", of which those from " + listNames()[3] + " on are built in")
+                        "Only these lists; may be repeated. Of the document: " +
+                                joined({kObjects, kProfiles, kTunings}, ", ") +
+                                ". Built in: " + joined(builtInNames(), ", "))
             ->allow_extra_args(false)
             ->check(CLI::IsMember(listNames()).description(""))
             ->type_name("LIST");
-    command->add_option("--code", options->codes,
-                        "Only the effect's parameter of this code, with what stands behind it; "
-                        "may be repeated")
+    command->add_option(
+                   "--code", options->codes,
+                   "Only entries of this effect parameter, with their sources; may be repeated")
             ->allow_extra_args(false)
             ->type_name("CODE");
-    command->add_option("--parameter", options->params,
-                        "Only what is made of this tuning parameter or element, likewise")
+    command->add_option(
+                   "--parameter", options->params,
+                   "Only entries made from this tuning parameter or element, with their sources; "
+                   "may be repeated")
             ->allow_extra_args(false)
             ->type_name("NAME");
     command->add_flag("--json", options->json,
                       "{file, objects: [{object, line, ..., values: {PARAMETER: [...]}}], lists: "
                       "[{list, builtIn, entries: [{device, deviceId, code, meaning, values, "
                       "structure, from: [{parameter, origin, line, why}]}]}]}");
-    command->footer(R"(What stands behind an entry: the lines of its elements; a version rule or a
-default, where the reader put the value in; absent, where nothing did.
+    command->footer(
+            R"(Sources of an entry: the lines of its elements; "version rule" or "default" if
+the library sets the value; "absent" if nothing does.
 
 Examples:
   ormel-tuning show examples/tablet-quad.xml --profile movie --device speaker
