@@ -378,7 +378,7 @@ TEST(ReportTest, HasVerdictChangesFindingsAndValues) {
               "<span class=\"number\">361</span><span class=\"line\">            "
               "&lt;virtualizer-enable value=&quot;True&quot;/&gt;</span>",
               "virtualizer_enable <del>1</del> <ins>0</ins>",
-              "Not sent: a graphic equalizer has 20 bands, this one 19.",
+              "Not sent: 20 bands take 41 values, and it has 39.",
               "<td class=\"value\">1</td><td class=\"value\">0</td>"},
              {}},
             {kSmall,

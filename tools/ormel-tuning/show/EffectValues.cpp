@@ -44,11 +44,10 @@ size_t bandCount(const Shape& shape) {
 
 /** Why the front does not hand an entry on. */
 std::string reasonOf(const Entry& entry) {
-    const size_t bands = bandCount(shapeOf(entry.code, entry.values).value_or(Shape()));
-    if (entry.code == kivCode(GEBS) && bands != kGeqBands) {
-        return "a graphic equalizer has 20 bands, this one " + std::to_string(bands);
+    if (entry.code == kivCode(GEBS)) {
+        return "20 bands take 41 values, and it has " + std::to_string(entry.values.size());
     }
-    return entry.code == kivCode(VBON) ? "the document has no tuning" : "the front keeps it";
+    return entry.code == kivCode(VBON) ? "the document has no tuning device" : "it is dropped";
 }
 
 }  // namespace
