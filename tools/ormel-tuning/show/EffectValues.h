@@ -55,7 +55,7 @@ constexpr size_t kValueColumn = 10;
 /** Prints values below their parameter: a row as it is, fields by name, and bands as a table. */
 void printValues(const Shape& shape, std::ostream& out);
 
-/** The lines among what stands behind a value. */
+/** The source lines of a value. */
 std::set<int32_t> sourceLines(const Origins& origins);
 
 /** "line 12", "lines 12, 40"; empty for no lines. */
