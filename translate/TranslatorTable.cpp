@@ -129,6 +129,8 @@ constexpr TranslatorRow kTranslatorRows[] = {
 // clang-format on
 constexpr size_t kTranslatorCount = std::size(kTranslatorRows);
 static_assert(kTranslatorCount <= kParameterCount, "a parameter has one translator at most");
+static_assert(kTranslatorRows[78].dst == SVRC,
+              "effects get the first 79 entries in this order: add rows behind them");
 
 using Translators = TranslatorClasses::Block<Translator, kTranslatorCount>;
 
