@@ -45,7 +45,7 @@ class XmlErrorScope {
   public:
     using Handler = std::function<void(XmlError&)>;
 
-    /** @param handler gets every error, but no warnings */
+    /** @param handler gets every error but those about namespaces, and no warnings */
     explicit XmlErrorScope(Handler handler = nullptr)
         : mHandler(std::move(handler)),
           mOuter(xmlStructuredError),
@@ -62,7 +62,8 @@ class XmlErrorScope {
   private:
     static void take(void* self, XmlError* error) {
         auto& scope = *static_cast<XmlErrorScope*>(self);
-        if (error->level < XML_ERR_ERROR) {
+        // A prefix that stands for nothing keeps no document from being read.
+        if (error->level < XML_ERR_ERROR || error->domain == XML_FROM_NAMESPACE) {
             return;
         }
         if (scope.mFirst.empty() && error->message != nullptr) {

@@ -312,9 +312,22 @@ class AttributeCheck {
             // Settings are picked from what there is, the others are asked for.
             const bool isSetting = record.is(DocumentElement::GLOBAL_SETTING);
             add(Rule::UNKNOWN_ATTRIBUTE, attribute.name, "is ignored",
+                outcomeWithout(nearestOf(attribute.name, names), reading),
                 isRow ? "; a row is read from its first attribute only"
                       : suggested(attribute.name, names, isSetting ? "" : "the reader looks for"));
         }
+    }
+
+    /** ", and value reads as 0" if the element lacks that attribute and should have it. */
+    std::string outcomeWithout(const std::string& name, const Reading& reading) const {
+        const auto found = std::find(reading.names.begin(), reading.names.end(), name);
+        if (found == reading.names.end() || mContext.document.attribute(mElement, name)) {
+            return "";
+        }
+        const Holds* const holds =
+                reading.holds[static_cast<size_t>(found - reading.names.begin())];
+        const bool isNeeded = holds != nullptr && !holds->isOptional;
+        return isNeeded ? concat(", and ", name, " ", holds->empty) : "";
     }
 
     void checkText(std::string_view name, const Holds& holds) {
@@ -383,7 +396,8 @@ class AttributeCheck {
         } else if (!rest.empty()) {
             const size_t end = std::max(rest.find_first_of(kSeparators), size_t{1});
             add(Rule::ROW_CUT, row.name, quoted(rest.substr(0, end)), ends,
-                "; write whole numbers, with commas between them");
+                rest.front() == ',' ? "; write each comma right after a number, without a blank"
+                                    : "; write whole numbers, with commas between them");
         }
     }
 
@@ -416,8 +430,9 @@ class AttributeCheck {
             mContext.addAttribute(
                     Rule::MISSING_PRESET, includes.front(),
                     rowOf(DocumentElement::INCLUDE).attributes[arePresetsNamed() ? 0 : 1],
-                    "there is no preset ", which, ", which ", who,
-                    "; each endpoint uses the preset of the one before it, or none");
+                    "there is no preset ", which, " (", who,
+                    " it); an endpoint with it uses "
+                    "the preset of the one before it, or none; include a preset that exists");
         }
     }
 

@@ -151,8 +151,11 @@ void checkPlaces(const CheckContext& context, const std::vector<Row>& rows) {
             const bool isSure = length == 1 || (isInner && isTurnedAt(rows[i].values, place));
             if (hasTurnedSign(values, i, isSure ? 20 : 100) ||
                 isOutOfProportion(values, i, length == 1 ? 20 : 100)) {
-                context.add(Rule::IMPLAUSIBLE, rows[i].element, "has ", *found,
-                            " where another one has ", values[i == 0 ? 1 : 0]);
+                const size_t other = i == 0 ? 1 : 0;
+                context.add(Rule::IMPLAUSIBLE, rows[i].element,
+                            length == 1 ? "is " : concat("number ", place + 1, " is "), *found,
+                            "; in line ", context.document.line(rows[other].element), " it is ",
+                            values[other]);
                 return;
             }
         }

@@ -86,7 +86,10 @@ class SchemaValidation {
     SchemaValidation(const CheckSchema& schema, Findings& faults)
         : mFaults(faults),
           mValidator(xmlSchemaNewValidCtxt(schema.schema.get()), xmlSchemaFreeValidCtxt) {
-        xmlSchemaSetValidStructuredErrors(mValidator.get(), takeError, this);
+        const auto take = [](void* self, XmlError* error) {
+            static_cast<SchemaValidation*>(self)->add(messageOf(*error));
+        };
+        xmlSchemaSetValidStructuredErrors(mValidator.get(), take, this);
         mListener.rootName = schema.rootName;
         mPlug.reset(xmlSchemaSAXPlug(mValidator.get(), &mListener.handlers, &mListener.context),
                     xmlSchemaSAXUnplug);
@@ -96,10 +99,6 @@ class SchemaValidation {
     XmlListener& listener() { return mListener; }
 
   private:
-    static void takeError(void* validation, XmlError* error) {
-        static_cast<SchemaValidation*>(validation)->add(messageOf(*error));
-    }
-
     void add(std::string_view message) {
         const size_t element = mListener.element;
         std::string attribute = attributeIn(message);
@@ -139,9 +138,6 @@ void findOddities(const XmlElements& document, Findings& findings) {
  *                 fault each
  */
 std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSchema& schema,
-                                         Findings& findings, Findings& faults);
-
-std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSchema& schema,
                                          Findings& findings, Findings& faults) {
     for (const auto& [mark, packer] : kPackers) {
         if (text.compare(0, mark.size(), mark) == 0) {
@@ -163,14 +159,9 @@ std::optional<XmlElements> parseForCheck(const std::string& text, const CheckSch
     });
     SchemaValidation validation(schema, faults);
     std::optional<XmlElements> document(std::in_place, text, &validation.listener());
-    if (!document->isReadable() && !fault.has_value()) {
-        fault = {Rule::NOT_WELL_FORMED, 1,
-                 text.empty() ? "Document is empty" : "Document cannot be read"};
-    }
-    if (fault.has_value()) {
-        findings.add(*fault);
-    }
     if (!document->isReadable()) {
+        const char* const other = text.empty() ? "Document is empty" : "Document cannot be read";
+        findings.add(fault.value_or(Finding{Rule::NOT_WELL_FORMED, 1, other}));
         return std::nullopt;
     }
     findOddities(*document, findings);
@@ -193,10 +184,8 @@ size_t lastOf(const CheckContext& context, DocumentElement kind) {
     return all.empty() ? 0 : all.back();
 }
 
-/** Whether most includes name presets the way another format does. */
-bool includesOtherwise(const CheckContext& context) {
-    const bool isNamed = context.has(VersionRuleKind::IEQ_PRESETS_NAMED);
-    const char* const other = rowOf(DocumentElement::INCLUDE).attributes[isNamed ? 1 : 0];
+/** Whether most includes have an attribute that only another format reads. */
+bool includesOtherwise(const CheckContext& context, const char* other) {
     const auto includes = context.below(
             0, [&](size_t i) { return context.isNamed(i, DocumentElement::INCLUDE); });
     const auto others = std::count_if(includes.begin(), includes.end(), [&](size_t i) {
@@ -220,11 +209,20 @@ bool overwritesMany(const CheckContext& context) {
 void checkFormat(const CheckContext& context) {
     const auto& sections = context.trace.getSections();
     const size_t version = formatVersionOf(context.document);
+    const auto& attributes = rowOf(DocumentElement::INCLUDE).attributes;
+    const bool isNamed = context.has(VersionRuleKind::IEQ_PRESETS_NAMED);
+    const char* const other = attributes[isNamed ? 1 : 0];
     if (lastOf(context, DocumentElement::FORMAT_VERSION) == 0 && !sections.empty()) {
-        context.add(Rule::OTHER_FORMAT, version, "has no format_version");
-    } else if (includesOtherwise(context) || overwritesMany(context)) {
-        context.addWhole(Rule::OTHER_FORMAT, version,
-                         "does not match the format that the document is written in");
+        context.add(Rule::OTHER_FORMAT, version,
+                    "has no format_version, so it is read as a format below 3.4; add one");
+    } else if (includesOtherwise(context, other)) {
+        context.addWhole(Rule::OTHER_FORMAT, version, "most includes have ", other, ", but format ",
+                         context.formatVersion, " reads ", attributes[isNamed ? 0 : 1],
+                         "; correct the version");
+    } else if (overwritesMany(context)) {
+        context.addWhole(Rule::OTHER_FORMAT, version, context.formatVersion,
+                         " compares as text below 3.4, but the document is written for a later "
+                         "format; correct the version");
     }
     const auto isWithoutVirtualBass = [](const ReadSection& each) {
         return each.owner == ParameterOwner::PROFILE_ENDPOINT &&

@@ -156,7 +156,7 @@ void checkChannels(const CheckContext& context, const ReadSection& section) {
     }
     if (!notSent.empty()) {
         context.add(Rule::CHANNELS_NOT_SENT, section.element, "has output_channels=\"", channels,
-                    "\", with which ", joined(notSent, ", "), " cannot be sent");
+                    "\", so these are not sent: ", joined(notSent, ", "), "; write 2 or 4");
     }
 }
 
@@ -167,7 +167,7 @@ void checkProfileId(const CheckContext& context, const ReadSection& section,
         const int id = static_cast<const Profile*>(section.object)->getProfileId();
         if (id < 0 || id >= static_cast<int>(std::size(kProfileNames))) {
             context.add(Rule::PROFILE_ID, section.element, "has the id ", id,
-                        ", which is not one of the library's profiles");
+                        ", which is not one of the library's profiles; write 0 to 3");
         }
     } else if (section.owner == ParameterOwner::GEQ_PRESET) {
         const int id = static_cast<const GeqPreset*>(section.object)->getProfileId();
