@@ -63,7 +63,7 @@ TEST(ApplyTest, ReportsErrors) {
         {"apply", "ormel-tuning: FILE is required; see --help"},
         {"apply x", "ormel-tuning: one of --profile and --script is needed"},
         {"apply x --profile 1", "ormel-tuning: x: No such file or directory"},
-        {"apply /dev/null --profile 1", "/dev/null: cannot be loaded as a tuning document"},
+        {"apply /dev/null --profile 1", "/dev/null: cannot be loaded as a tuning document: it is empty"},
         {"apply x --profile film", ": unknown profile 'film'; use one of dynamic, movie, music, custom"},
         {kTablet + "--tuning usb", "ormel-tuning: 'usb' is not PORT=DEVICE"},
         {kTablet + "--tuning line=x", ": unknown port 'line'; use one of internal_speaker, hdmi, miracast, headphone, bluetooth, usb, other"},

@@ -81,7 +81,8 @@ LoadedDocument::LoadedDocument(std::string file) : mFile(std::move(file)) {
     }
     mTrace = std::make_unique<ReadTrace>(mFile, text, *mElements);
     if (mStore->loadSpatializerXMLText(text) != SpatializerParamArray::LoadOutcome::LOADED) {
-        throw std::runtime_error(mFile + ": cannot be loaded as a tuning document");
+        throw std::runtime_error(
+                mFile + ": cannot be loaded as a tuning document: " + mStore->getLoadError());
     }
 }
 

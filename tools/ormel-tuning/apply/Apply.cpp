@@ -228,7 +228,7 @@ void printCall(const Json& call) {
     }
     std::cout << "  " << std::left << std::setw(7) << call["call"].get<std::string>()
               << std::setw(17) << device << std::setw(5) << call["code"].get<std::string>()
-              << std::right << std::setw(7) << (values.empty() ? "[0]" : valueText(values)) << "  "
+              << std::right << std::setw(7) << (values.empty() ? "none" : valueText(values)) << "  "
               << wrapped(meaning, kMeaningColumn) << '\n';
     if (values.size() > 1) {
         std::cout << std::string(kListColumn, ' ') << wrapped(listText(values), kListColumn)
@@ -268,7 +268,8 @@ void loadForProcess(const std::string& file, android_LogPriority lowest) {
         store.loadSpatializerXMLText(text);
     }
     if (store.getLoadOutcome() != Outcome::LOADED) {
-        throw std::runtime_error(file + ": cannot be loaded as a tuning document");
+        throw std::runtime_error(file + ": cannot be loaded as a tuning document: " +
+                                 (text.empty() ? "it is empty" : store.getLoadError()));
     }
 }
 
@@ -312,7 +313,8 @@ void addApply(CLI::App& app, int& /* status */) {
     const auto options = std::make_shared<ApplyOptions>();
     command->add_option("FILE", options->file, "Tuning document")->required();
     command->add_option("--profile", options->profile,
-                        "The profile to apply: " + joined(profileNames(), ", ") + ", or a number");
+                        "The profile to apply; the tunings are loaded after it: " +
+                                joined(profileNames(), ", ") + ", or a number");
     command->add_flag("--ormel-content", options->ormelContent,
                       "Apply the profile as for the maker's own content");
     command->add_option("--tuning", options->tunings,
@@ -320,7 +322,8 @@ void addApply(CLI::App& app, int& /* status */) {
             ->type_name("PORT=DEVICE")
             ->allow_extra_args(false);
     command->add_option("--geq", options->gains,
-                        "First set the profile's graphic-equalizer gains, such as 0,16,-8")
+                        "First store graphic-equalizer gains, such as 0,16,-8; that returns -22, "
+                        "since the effect has no bands yet, and setProfile then sends the gains")
             ->type_name("GAINS");
     command->add_option("--device-proc", options->deviceProc,
                         "Effect parameters that belong to the device processing, such as aoon,dom; "
