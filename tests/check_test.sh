@@ -56,6 +56,7 @@ expect 0 --config "$temp/options" absent.xml
 expect 1 --config "$temp/options" implausible.xml
 expect 0 --fail-on error repeated-value.xml
 expect 2 --config "$temp/misspelt" absent.xml
+grep -q 'misspelt: unknown setting check.fail-onn;' "$temp/err" || fail "--config: $(<"$temp/err")"
 
 # The examples have no findings, except faulty.xml, which has three.
 for example in "$examples"/*.xml; do

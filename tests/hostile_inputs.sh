@@ -227,6 +227,7 @@ for words in 'chek|check' 'shwo|show' 'reprot|report' 'help dif|diff' 'shema|sch
     read -ra command <<<"${words%|*}"
     expect 2 "; the nearest is '${words#*|}'" "$words" "${command[@]}"
 done
+"$tool" show "$tablet" 2>err | true || [[ ! -s err ]] || fail "a reader that stops: $(<err)"
 "$tool" schema | cmp - "$examples/../schema/spatializer-tuning.xsd" || fail schema
 [[ $("$tool" --version) == 'ormel-tuning '[0-9]* ]] || fail version
 

@@ -60,6 +60,7 @@ setProfile(movie, isOrmelContent=true)
 TEST(ApplyTest, ReportsErrors) {
     // clang-format off
     const std::pair<std::string, std::string> failures[] = {
+        {"frob", "ormel-tuning: unknown command 'frob'; see --help"},
         {"apply", "ormel-tuning: FILE is required; see --help"},
         {"apply x", "ormel-tuning: one of --profile and --script is needed"},
         {"apply x --profile 1", "ormel-tuning: x: No such file or directory"},
@@ -72,11 +73,13 @@ TEST(ApplyTest, ReportsErrors) {
         {kTablet + "--device-proc dom,loud", "ormel-tuning: no parameter of the effect has the code 'loud'"},
         {kTabletFile + "--script - <<'END'\n# two of three\ngeq 1\n\nplay it\nEND", "ormel-tuning: stdin:4: unknown operation 'play'; use one of profile, tuning, geq, device-proc, load-tuning"},
         {"show " + kSmall + " --profile 2", "small.xml: no profile music; it has movie"},
+        {"show " + kSmall + " --code gebs --device speaker", "small.xml: no entry matches these options"},
         {"show " + kSmall + " --device tv", "ormel-tuning: unknown device 'tv'; use one of all_devices, speaker, wired_headphone, Bluetooth_A2DP, USB_device, default_internal_speaker"},
         {"show " + kSmall + " --parameter volmax_bost", "ormel-tuning: there is no tuning parameter or element 'volmax_bost'; the nearest is 'volmax_boost'"},
         {"report " + kSmall + " -o page.pdf", "page.pdf: pages are .html or .htm"},
         {kTabletFile + "--script x --geq 1", "--script excludes --geq; see --help"},
         {"diff " + kSmall + " x", "ormel-tuning: x: No such file or directory"},
+        {"plot " + kSmall + " --tuning narrow -o curves.svg", "small.xml: no curves to draw; its tunings are wide 'n' low"},
         {"plot " + kSmall + " -o curves.pdf", "curves.pdf: pictures are .svg or .png"},
     };
     // clang-format on

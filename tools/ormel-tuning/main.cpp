@@ -1,12 +1,13 @@
 // The command line: a list of commands, each in a file of its own.
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
 #include <csignal>
 #include <exception>
 #include <iostream>
-#include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "Commands.h"
 #include "EmbeddedText.h"
@@ -30,18 +31,18 @@ constexpr void (*kCommands[])(CLI::App& app, int& status) = {
         ormel::tools::addCheck, ormel::tools::addShow, ormel::tools::addApply,
         ormel::tools::addDiff,  ormel::tools::addPlot, ormel::tools::addReport};
 
-/** The command of a name. Throws std::runtime_error, which says the nearest one, for no command. */
+/** The command of a name. Throws std::runtime_error, which says one near it, for no command. */
 CLI::App& commandOf(CLI::App& app, const std::string& name) {
-    std::map<size_t, CLI::App*> byDistance;
+    std::vector<std::string> names;
     for (CLI::App* const command : app.get_subcommands({})) {
-        byDistance.emplace(ormel::tools::editDistance(name, command->get_name()), command);
+        names.push_back(command->get_name());
+        if (names.back() == name) {
+            return *command;
+        }
     }
-    const auto [away, nearest] = *byDistance.begin();
-    if (away != 0) {
-        throw std::runtime_error("unknown command '" + name + "'; the nearest is '" +
-                                 nearest->get_name() + "'");
-    }
-    return *nearest;
+    const std::string nearest = ormel::tools::nearestOf(name, names);
+    throw std::runtime_error("unknown command '" + name + "'; " +
+                             (nearest.empty() ? "see --help" : "the nearest is '" + nearest + "'"));
 }
 
 void addCommands(CLI::App& app, int& status) {
@@ -77,8 +78,17 @@ int run(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::Success& request) {
         app.exit(request);
+    } catch (const CLI::ConfigError& error) {
+        // The last word is "check.failon", or "chek.++" for the start of a section.
+        const std::string what = error.what();
+        const std::string setting = what.substr(what.rfind(' ') + 1);
+        throw std::runtime_error(app.get_option("--config")->as<std::string>() +
+                                 ": unknown setting " + setting.substr(0, setting.rfind(".++")) +
+                                 "; the section [check] has fail-on and disable");
     } catch (const CLI::ParseError& error) {
-        throw std::runtime_error(std::string(error.what()) + "; see --help");
+        const bool isBare = app.get_subcommands().empty() && error.get_name() == "RequiredError";
+        throw std::runtime_error((isBare ? "a command is required" : std::string(error.what())) +
+                                 "; see --help");
     }
     return status;
 }
@@ -90,10 +100,11 @@ int main(int argc, char** argv) {
     (void)std::signal(SIGPIPE, SIG_IGN);
     try {
         const int status = run(argc, argv);
-        if (!std::cout.flush()) {
+        // Whoever stops reading, as head does, needs no message.
+        if (!std::cout.flush() && errno != EPIPE) {
             throw std::runtime_error("cannot write the output");
         }
-        return status;
+        return std::cout ? status : kFailed;
     } catch (const std::exception& error) {
         std::cerr << "ormel-tuning: " << ormel::tools::printable(error.what()) << '\n';
         return kFailed;

@@ -20,6 +20,25 @@ std::string likeness(std::string_view text) {
     return like;
 }
 
+/** Letters to add, leave out, replace or exchange with the next to get one text from another. */
+size_t editDistance(std::string_view one, std::string_view other) {
+    std::vector<size_t> older;
+    std::vector<size_t> last(other.size() + 1);
+    std::iota(last.begin(), last.end(), size_t{0});
+    for (size_t i = 1; i <= one.size(); ++i) {
+        std::vector<size_t> row(other.size() + 1, i);
+        for (size_t j = 1; j <= other.size(); ++j) {
+            const bool isSame = one[i - 1] == other[j - 1];
+            row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
+            const bool isExchanged =
+                    i > 1 && j > 1 && one[i - 1] == other[j - 2] && one[i - 2] == other[j - 1];
+            row[j] = isExchanged ? std::min(row[j], older[j - 2] + 1) : row[j];
+        }
+        older = std::exchange(last, std::move(row));
+    }
+    return last.back();
+}
+
 }  // namespace
 
 std::string wrapped(std::string_view text, size_t indent) {
@@ -126,24 +145,6 @@ std::string lowered(std::string_view text) {
         letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
     }
     return lower;
-}
-
-size_t editDistance(std::string_view one, std::string_view other) {
-    std::vector<size_t> older;
-    std::vector<size_t> last(other.size() + 1);
-    std::iota(last.begin(), last.end(), size_t{0});
-    for (size_t i = 1; i <= one.size(); ++i) {
-        std::vector<size_t> row(other.size() + 1, i);
-        for (size_t j = 1; j <= other.size(); ++j) {
-            const bool isSame = one[i - 1] == other[j - 1];
-            row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (isSame ? 0 : 1)});
-            const bool isExchanged =
-                    i > 1 && j > 1 && one[i - 1] == other[j - 2] && one[i - 2] == other[j - 1];
-            row[j] = isExchanged ? std::min(row[j], older[j - 2] + 1) : row[j];
-        }
-        older = std::exchange(last, std::move(row));
-    }
-    return last.back();
 }
 
 std::string nearestOf(std::string_view text, const std::vector<std::string>& names) {

@@ -45,9 +45,6 @@ std::string_view trimmed(std::string_view text);
 /** A text with the letters of ASCII in lower case. */
 std::string lowered(std::string_view text);
 
-/** Letters to add, leave out, replace or exchange with the next to get one text from another. */
-size_t editDistance(std::string_view one, std::string_view other);
-
 /** The name that a text is most like, but for case and dashes; empty where none is near. */
 std::string nearestOf(std::string_view text, const std::vector<std::string>& names);
 

@@ -238,6 +238,7 @@ void addCheck(CLI::App& app, int& status) {
             "attribute, what, remedy}]}], checked, errors, warnings, notes}; element and "
             "attribute are empty if a finding is about none");
     command->footer(R"(A finding is a line FILE:LINE: severity: what [rule].
+--config FILE reads fail-on and disable from the section [check] of a file.
 
 Examples:
   ormel-tuning check examples/faulty.xml

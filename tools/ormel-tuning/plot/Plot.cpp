@@ -94,7 +94,11 @@ void plot(const PlotOptions& options) {
                                  " has no curves");
     }
     if (pictures.empty()) {
-        throw std::runtime_error(options.file + ": no curves to draw");
+        std::string tunings;
+        for (const Tuning* const tuning : document.objects().getTunings()) {
+            tunings += (tunings.empty() ? "; its tunings are " : ", ") + tuning->getName();
+        }
+        throw std::runtime_error(options.file + ": no curves to draw" + tunings);
     }
     if (pictures.size() > kMaxPages * kPicturesPerPage) {
         throw std::runtime_error(options.file + ": too many curves; choose some with " +

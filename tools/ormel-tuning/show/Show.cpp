@@ -314,7 +314,7 @@ void show(const ShowOptions& options, std::ostream& out) {
     if (objects.empty() && json["lists"].empty()) {
         throw std::runtime_error(options.file.empty()
                                          ? "show: FILE is required for this; see --help"
-                                         : options.file + ": no such list or entry");
+                                         : options.file + ": no entry matches these options");
     }
     step.reset();
     options.json ? printJson(json, out) : void(out << text.str());
@@ -326,12 +326,6 @@ std::vector<std::string> builtInNames() {
     return names;
 }
 
-std::vector<std::string> listNames() {
-    std::vector<std::string> names = builtInNames();
-    names.insert(names.begin(), {kObjects, kProfiles, kTunings});
-    return names;
-}
-
 }  // namespace
 
 void addShow(CLI::App& app, int& /* status */) {
@@ -339,6 +333,8 @@ void addShow(CLI::App& app, int& /* status */) {
             "show",
             "Show the values that the library derives from a tuning document, and their sources");
     const auto options = std::make_shared<ShowOptions>();
+    std::vector<std::string> lists = builtInNames();
+    lists.insert(lists.begin(), {kObjects, kProfiles, kTunings});
     command->add_option("FILE", options->file,
                         "Tuning document; without one, the library's built-in lists are shown");
     command->add_option("--profile", options->profile,
@@ -353,7 +349,7 @@ void addShow(CLI::App& app, int& /* status */) {
                                 joined({kObjects, kProfiles, kTunings}, ", ") +
                                 ". Built in: " + joined(builtInNames(), ", "))
             ->allow_extra_args(false)
-            ->check(CLI::IsMember(listNames()).description(""))
+            ->check(CLI::IsMember(lists).description(""))
             ->type_name("LIST");
     command->add_option(
                    "--code", options->codes,
