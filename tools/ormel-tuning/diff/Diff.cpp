@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <iostream>
 #include <map>
@@ -209,6 +210,7 @@ Json differencesOf(const Groups& groups, std::ostream& text) {
         return isEmptyText(value) ? Json::array() : value;
     };
     Json differences = Json::array();
+    bool areShared = false;
     for (const auto& [title, group] : groups) {
         const size_t before = differences.size();
         const bool isInBoth = group.isThere[0] && group.isThere[1];
@@ -242,10 +244,12 @@ Json differencesOf(const Groups& groups, std::ostream& text) {
                  << '\n';
         }
         printSections(sections, text);
+        const auto isSame = [](const auto& a, const auto& b) { return a.second == b.second; };
+        areShared |= std::adjacent_find(sections.begin(), sections.end(), isSame) != sections.end();
     }
     text << (differences.empty() ? "no differences"
                                  : countText(differences.size(), "difference", "differences"))
-         << '\n';
+         << (areShared ? ", counted for each device\n" : "\n");
     return differences;
 }
 
