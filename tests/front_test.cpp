@@ -130,7 +130,7 @@ TEST_F(FrontTest, SetProfilePushesTheDocumentsList) {
                                  std::string("all:aoon\n") + entry(8, "gebs", bands(gains));
         EXPECT_EQ(calls(), "all:mdle 1\n" + kept + "8:dom 1 1 2\n" + mode + "all:commit\n");
 
-        // For the maker's own content, only parameters of the device processing are pushed.
+        // For the maker's own content, only parameters that the shared store names are pushed.
         const bool surround = channels > "2";
         EXPECT_EQ(front.setProfile(1, &effect, true), 12);
         EXPECT_EQ(calls(),

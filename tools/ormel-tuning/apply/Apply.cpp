@@ -326,8 +326,8 @@ void addApply(CLI::App& app, int& /* status */) {
                         "since the effect has no bands yet, and setProfile then sends the gains")
             ->type_name("GAINS");
     command->add_option("--device-proc", options->deviceProc,
-                        "Effect parameters that belong to the device processing, such as aoon,dom; "
-                        "--ormel-content drops most other parameters of the document")
+                        "Effect parameters that the document sets with --ormel-content too, such "
+                        "as aoon,dom")
             ->type_name("CODES");
     CLI::Option* const script =
             command->add_option("--script", options->script,
